@@ -1,0 +1,67 @@
+#include "flib/excited/get_ci_density_nbasis_nbsuse.h"
+
+#include <algorithm>
+#include <string>
+
+#include "flib/excited/matrix_product.h"
+#include "flib/io/stop_run.h"
+
+namespace flib {
+namespace {
+
+void check_counts(std::int32_t nbasis, std::int32_t nbsuse, std::int32_t mi, std::int32_t ma,
+                  std::int32_t nfc, std::int32_t nfv) {
+    const auto number = [](std::int64_t n) { return std::to_string(n); };
+    const std::int64_t orbitals = std::int64_t{mi} + nfc + ma + nfv;
+    std::string reason;
+    if (std::min({nbasis, nbsuse, mi, ma, nfc, nfv}) < 0) {
+        reason = "a count is negative";
+    } else if (nbsuse != nbasis) {
+        reason = "the number of independent functions differs from that of basis functions";
+    } else if (orbitals != nbasis) {
+        reason = "mi + nfc + ma + nfv = " + number(orbitals) + " differs from nbasis";
+    } else {
+        return;
+    }
+    throw run_error("the transition density can not be built: " + reason +
+                    " (nbasis = " + number(nbasis) + ", nbsuse = " + number(nbsuse) +
+                    ", mi = " + number(mi) + ", nfc = " + number(nfc) + ", ma = " + number(ma) +
+                    ", nfv = " + number(nfv) + ")");
+}
+
+}  // namespace
+
+void get_ci_density_nbasis_nbsuse(std::int32_t nbasis, std::int32_t nbsuse, std::int32_t mi,
+                                  std::int32_t ma, std::int32_t nfc, std::int32_t nfv,
+                                  matrix_view<const double> moc, std::span<const double> xpy,
+                                  matrix_view<double> den) {
+    check_counts(nbasis, nbsuse, mi, ma, nfc, nfv);
+    const matrix_view<const double> amplitudes(xpy.data(), ma, mi);
+    if (xpy.size() < amplitudes.all().size()) {
+        throw run_error("the transition density can not be built: there are " +
+                        std::to_string(xpy.size()) + " amplitudes of " +
+                        std::to_string(amplitudes.all().size()));
+    }
+    const std::int32_t ni = mi + nfc;
+    const std::int32_t na = ma + nfv;
+    // Both are whole columns of the coefficients, so neither needs a copy.
+    const matrix_view<const double> cn(moc.data(), nbsuse, ni);
+    const matrix_view<const double> cm(moc.data() + cn.all().size(), nbsuse, na);
+
+    matrix<double> cnt(ni, nbsuse, "the occupied orbitals");
+    for (std::int32_t i = 1; i <= ni; ++i) {
+        for (std::int32_t q = 1; q <= nbsuse; ++q) cnt(i, q) = cn(q, i);
+    }
+
+    // Frozen core orbitals shift the occupied index; frozen virtual ones are the last rows.
+    matrix<double> z(na, ni, "the amplitudes of one root");
+    for (std::int32_t i = 1; i <= mi; ++i) {
+        std::ranges::copy(amplitudes.column(i), z.view().column(i + nfc).begin());
+    }
+
+    matrix<double> cmz(nbsuse, ni, "the half-transformed amplitudes");
+    multiply(cm, z.view(), cmz.view());
+    multiply(cmz.view(), cnt.view(), den);
+}
+
+}  // namespace flib

@@ -1,0 +1,38 @@
+#include "flib/excited/qm_file_ci_xpy.h"
+
+#include "flib/io/free_format.h"
+#include "flib/io/stop_run.h"
+#include "flib/io/unit.h"
+#include "flib/qm_file/qm_file_type.h"
+#include "flib/qm_file/reader_steps.h"
+#include "flib/qm_file/type_tag.h"
+#include "flib/search/search_word.h"
+#include "flib/util/matrix.h"
+
+namespace flib {
+
+std::size_t xpy_count(std::int32_t ni, std::int32_t na, std::int32_t nci) {
+    return element_count({na, ni, 2, nci}, "the excitation amplitudes");
+}
+
+//  Dump of file   635 length        548 (read left to right):
+//     0.342852589334D+00    0.418284999711D+00    0.432966384958D+00    0.486109419700D+00 ...
+void qm_file_ci_xpy(std::string_view fname, std::int32_t ni, std::int32_t na, std::int32_t nci,
+                    std::span<double> xpy, std::int32_t& info) {
+    constexpr std::string_view header = "Dump of file";
+    line_buffer file_type;
+    line_buffer version;
+    line_buffer line;
+    qm_file_type(fname, file_type, version, info);
+    const input_unit fid(fname);
+    if (!(file_type == tag::gaussian_rwf)) stop_not_implemented();
+    fail_unless_found(search_word(fid, 2, 13, header, line), fid, header);
+    item_reader values(fid);
+    // The roots' excitation energies come first.
+    double energy = 0;
+    for (std::int32_t root = 1; root <= nci; ++root) values.take(energy);
+    values.take(xpy.first(xpy_count(ni, na, nci)));
+    values.finish();
+}
+
+}  // namespace flib

@@ -1,0 +1,26 @@
+// The X+Y excitation amplitudes.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+namespace flib {
+
+/// The number of amplitudes of `nci` roots with `ni` active occupied and `na` active virtual
+/// orbitals: the elements of an `na` x `ni` x 2 x `nci` array. Throws run_error if that can not be
+/// counted in 64 bits.
+std::size_t xpy_count(std::int32_t ni, std::int32_t na, std::int32_t nci);
+
+/// Reads the amplitudes of all roots from the dump `fname` of a Gaussian read-write file, as they
+/// stand there: neither normalised nor scaled.
+///
+/// `xpy` is the array (virtual, occupied, component, root) of extents `na`, `ni`, 2, `nci`, first
+/// index fastest. `info` is the class code of qm_file_type(). Throws stop_run (status 1) for a file
+/// of another kind; io_error if the file can not be opened or holds too few numbers after its "Dump
+/// of file" line.
+void qm_file_ci_xpy(std::string_view fname, std::int32_t ni, std::int32_t na, std::int32_t nci,
+                    std::span<double> xpy, std::int32_t& info);
+
+}  // namespace flib

@@ -1,0 +1,30 @@
+#include "flib/excited/qm_file_mo_coeff_nbasis_nbsuse.h"
+
+#include "flib/io/free_format.h"
+#include "flib/io/stop_run.h"
+#include "flib/io/unit.h"
+#include "flib/qm_file/keyword.h"
+#include "flib/qm_file/qm_file_type.h"
+#include "flib/qm_file/reader_steps.h"
+#include "flib/qm_file/type_tag.h"
+#include "flib/search/search_word.h"
+
+namespace flib {
+
+// Alpha MO coefficients                      R   N=         484
+//   9.95564210E-01  2.07893465E-02 -1.11022302E-16  1.23456789E-02  0.00000000E+00
+void qm_file_mo_coeff_nbasis_nbsuse(std::string_view fname, std::int32_t nbasis,
+                                    std::int32_t nbsuse, matrix_view<double> mo,
+                                    std::int32_t& info) {
+    fail_unless_positive("nbasis", nbasis);
+    const line_buffer file_type = type_tag_of(fname);
+    info = -1;
+    const input_unit fid(fname);
+    if (!(file_type == tag::gaussian_fchk)) stop_not_implemented();
+    line_buffer line;
+    go_to(fid, keyword::fchk_mo_coefficients, line);
+    read_items(fid, mo.all().first(element_count({nbsuse, nbasis}, "the MO coefficients")));
+    info = 0;
+}
+
+}  // namespace flib

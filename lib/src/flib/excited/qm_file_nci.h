@@ -1,0 +1,19 @@
+// The size of an excitation space.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+namespace flib {
+
+/// Reads from the last job step of the Gaussian log `fname` the numbers of active occupied (`ni`)
+/// and active virtual (`na`) orbitals, of roots sought (`nci`), of alpha electrons (`nae`), and of
+/// frozen core (`nfc`) and frozen virtual (`nfv`) orbitals. `info` is the class code of
+/// qm_file_type().
+///
+/// Throws stop_run (status 1) for a file of another kind and for a missing "NAE=" or "roots to
+/// seek" line; io_error if the file can not be opened or a count can not be read.
+void qm_file_nci(std::string_view fname, std::int32_t& ni, std::int32_t& na, std::int32_t& nci,
+                 std::int32_t& nae, std::int32_t& nfc, std::int32_t& nfv, std::int32_t& info);
+
+}  // namespace flib

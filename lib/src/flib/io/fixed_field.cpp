@@ -1,0 +1,50 @@
+#include "flib/io/fixed_field.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+
+namespace flib {
+namespace {
+
+std::string field(std::string_view text, int width) {
+    const auto columns = static_cast<std::size_t>(width);
+    if (text.size() > columns) return std::string(columns, '*');
+    return std::string(columns - text.size(), ' ').append(text);
+}
+
+/// Room for the longest fixed-point double with the decimals in use here.
+using number_text = std::array<char, 400>;
+
+std::string_view converted(number_text& text, double value, std::chars_format format,
+                           int decimals) {
+    const auto result =
+        std::to_chars(text.data(), text.data() + text.size(), value, format, decimals);
+    return {text.data(), static_cast<std::size_t>(result.ptr - text.data())};
+}
+
+}  // namespace
+
+std::string text_field(std::string_view text, int width) {
+    return field(text, width);
+}
+
+std::string integer_field(std::int64_t value, int width) {
+    return field(std::to_string(value), width);
+}
+
+std::string fixed_field(double value, int width, int decimals) {
+    number_text text;
+    return field(converted(text, value, std::chars_format::fixed, decimals), width);
+}
+
+std::string scientific_field(double value, int width, int decimals) {
+    number_text text;
+    std::string upper(converted(text, value, std::chars_format::scientific, decimals));
+    for (char& c : upper) {
+        if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+    }
+    return field(upper, width);
+}
+
+}  // namespace flib

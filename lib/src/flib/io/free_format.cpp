@@ -1,0 +1,252 @@
+#include "flib/io/free_format.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+
+#include "flib/io/number.h"
+
+namespace flib {
+namespace {
+
+constexpr const char* an_item = "an item";
+constexpr const char* an_integer = "an integer";
+constexpr const char* a_real = "a real number";
+
+/// Most characters of an item that are looked at; a number has far fewer.
+constexpr std::size_t longest_item = text_file::window_size / 2;
+
+constexpr bool is_blank(char c) {
+    return c == ' ' || c == '\t';
+}
+constexpr bool ends_item(char c) {
+    return is_blank(c) || c == '\n' || c == ',';
+}
+
+/// An item as a diagnostic shows it.
+std::string quoted(std::string_view item) {
+    constexpr std::size_t most_shown = 40;
+    if (item.empty()) return "nothing between two commas";
+    std::string shown = printable(item.substr(0, most_shown));
+    shown.insert(shown.begin(), '\'');
+    return shown.append(item.size() > most_shown ? "...'" : "'");
+}
+
+}  // namespace
+
+item_reader::item_reader(std::int32_t fid) : source_(source::file), file_(&input_of(fid)) {
+    if (file_->past_end()) fail("the file ended before this read");
+}
+
+item_reader::item_reader(const held_record& record)
+    : source_(source::text),
+      file_(&input_of(record.fid)),
+      at_(record.text.data()),
+      end_(record.text.data() + record.text.size()) {}
+
+item_reader::item_reader(const held_text& text)
+    : source_(source::text),
+      origin_name_(text.file),
+      origin_line_(text.line),
+      at_(text.text.data()),
+      end_(text.text.data() + text.text.size()) {}
+
+item_reader::item_reader(standard_input)
+    : source_(source::standard_input), origin_name_("standard input") {}
+
+void item_reader::fail(const std::string& message) {
+    if (file_ == nullptr) throw io_error(origin_name_, origin_line_, message);
+    if (source_ == source::text) throw file_->error_at_last_record(message);
+    synchronise();
+    throw file_->error_here(message);
+}
+
+/// Brings the file's position up to the characters taken.
+void item_reader::synchronise() {
+    if (source_ != source::file) return;
+    file_->advance(static_cast<std::size_t>(at_ - behind_));
+    behind_ = at_;
+}
+
+void item_reader::finish() {
+    if (source_ != source::file) return;
+    synchronise();
+    file_->finish_record();
+}
+
+/// Gets at least one character more than those at hand, which stay; false at the end of the input.
+bool item_reader::refill() {
+    switch (source_) {
+        case source::text:
+            return false;
+        case source::standard_input:
+            return refill_from_standard_input();
+        case source::file:
+            break;
+    }
+    synchronise();
+    const auto kept = static_cast<std::size_t>(end_ - at_);
+    const std::string_view bytes = file_->peek(kept + 1);
+    at_ = behind_ = bytes.data();
+    end_ = at_ + bytes.size();
+    return bytes.size() > kept;
+}
+
+bool item_reader::refill_from_standard_input() {
+    input_line_.assign(at_, end_);
+    const std::size_t kept = input_line_.size();
+    // Byte by byte, so that what stands behind the line is left for whoever reads on.
+    char c = 0;
+    while (c != '\n' && input_line_.size() - kept < longest_item) {
+        const ssize_t got = read(STDIN_FILENO, &c, 1);
+        if (got < 0 && errno == EINTR) continue;
+        if (got < 0) fail("can not be read: " + errno_text(errno));
+        if (got == 0) break;
+        input_line_ += c;
+    }
+    ++origin_line_;
+    at_ = input_line_.data();
+    end_ = at_ + input_line_.size();
+    return input_line_.size() > kept;
+}
+
+/// Passes over blanks and the ends of records; false at the end of the input.
+bool item_reader::skip_blanks() {
+    for (;;) {
+        while (at_ != end_ && (is_blank(*at_) || *at_ == '\n')) ++at_;
+        // A carriage return belongs to the end of a record only before a newline.
+        if (end_ - at_ >= 2) {
+            if (at_[0] != '\r' || at_[1] != '\n') return true;
+            at_ += 2;
+        } else if ((at_ == end_ || *at_ == '\r') && refill()) {
+            continue;
+        } else {
+            return at_ != end_;
+        }
+    }
+}
+
+/// Goes to the next item, over the separator before it.
+void item_reader::start_item(const char* expected) {
+    bool more = skip_blanks();
+    if (more && !first_ && *at_ == ',') {
+        ++at_;
+        more = skip_blanks();
+    }
+    first_ = false;
+    if (more) return;
+    const char* const where = source_ == source::text ? "the line ends" : "the file ends";
+    const std::string message =
+        std::string(where) + " where " + expected + " was expected" + count_of_array();
+    if (source_ == source::file) {
+        synchronise();
+        file_->mark_end();
+    }
+    fail(message);
+}
+
+/// The end of the item that begins at the next character, as far as it is at hand.
+const char* item_reader::item_end() const {
+    const char* const end = std::find_if(at_, end_, ends_item);
+    const bool at_newline = end != end_ && *end == '\n';
+    return at_newline && end != at_ && end[-1] == '\r' ? end - 1 : end;
+}
+
+/// The next item, not yet passed over; of one without end, the first `longest_item` characters or
+/// more.
+std::string_view item_reader::next_item(const char* expected) {
+    start_item(expected);
+    const char* end = item_end();
+    while (end == end_ && static_cast<std::size_t>(end - at_) < longest_item && refill()) {
+        end = item_end();
+    }
+    return {at_, static_cast<std::size_t>(end - at_)};
+}
+
+void item_reader::pass_over(std::string_view item) {
+    at_ += item.size();
+    if (item.size() < longest_item) return;
+    for (;;) {
+        at_ = std::find_if(at_, end_, ends_item);
+        if (at_ != end_ || !refill()) return;
+    }
+}
+
+void item_reader::take(discard items) {
+    for (std::int32_t i = 0; i < items.count; ++i) pass_over(next_item(an_item));
+}
+
+void item_reader::take(text_span text) {
+    const std::string_view item = next_item(an_item);
+    assign_text(text, item);
+    pass_over(item);
+}
+
+template <class Value, class Parse>
+void item_reader::take_number(Value& value, Parse parse, const char* expected) {
+    const std::string_view item = next_item(expected);
+    const number_error error =
+        item.size() < longest_item ? parse(item, value) : number_error::not_a_number;
+    if (error == number_error::too_large) {
+        fail(quoted(item) + " is too large for " + expected + count_of_array());
+    }
+    if (error == number_error::not_a_number) {
+        fail(quoted(item) + " stands where " + expected + " was expected" + count_of_array());
+    }
+    at_ += item.size();
+}
+
+void item_reader::take(std::int32_t& value) {
+    take_number(value, parse_integer, an_integer);
+}
+
+void item_reader::take(double& value) {
+    start_item(a_real);
+    double usual = 0;
+    const char* const end = scan_usual_real(at_, end_, usual);
+    if (end != nullptr && end != end_ && ends_item(*end)) {
+        value = usual;
+        at_ = end;
+        return;
+    }
+    first_ = true;  // the separator has been passed over
+    take_number(value, parse_real, a_real);
+}
+
+template <class Value>
+void item_reader::take_array(std::span<Value> values, const char* expected) {
+    wanted_ = values.size();
+    done_ = 0;
+    if (source_ == source::file) {
+        // Before a caller's memory of an absurd size is touched.
+        synchronise();
+        const auto most = static_cast<std::size_t>(file_->bytes_left() + 1) / 2;
+        if (wanted_ > most) {
+            file_->mark_end();
+            fail("the file is too short to hold " + std::to_string(wanted_) + " values, each " +
+                 expected);
+        }
+    }
+    for (Value& value : values) {
+        take(value);
+        ++done_;
+    }
+    wanted_ = 0;
+}
+
+void item_reader::take(std::span<std::int32_t> values) {
+    take_array(values, an_integer);
+}
+
+void item_reader::take(std::span<double> values) {
+    take_array(values, a_real);
+}
+
+/// Where in an array an item stands, for a diagnostic.
+std::string item_reader::count_of_array() const {
+    if (wanted_ == 0) return {};
+    return " (value " + std::to_string(done_ + 1) + " of " + std::to_string(wanted_) + ")";
+}
+
+}  // namespace flib

@@ -1,0 +1,111 @@
+#include "flib/io/text_file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+
+#include "flib/io/stop_run.h"
+
+namespace flib {
+
+int above_standard_streams(int descriptor) {
+    if (descriptor < 0 || descriptor > STDERR_FILENO) return descriptor;
+    const int moved = fcntl(descriptor, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+    const int error = errno;
+    close(descriptor);
+    errno = error;
+    return moved;
+}
+
+text_file::text_file(std::string path) : path_(std::move(path)) {
+    // O_NONBLOCK: opening a FIFO must not wait for a writer.
+    descriptor_ =
+        above_standard_streams(open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+    if (descriptor_ < 0) throw io_error(path_, 0, "can not be opened: " + errno_text(errno));
+    struct stat status {};
+    const bool known = fstat(descriptor_, &status) == 0;
+    if (!known || !S_ISREG(status.st_mode)) {
+        const std::string reason =
+            known ? S_ISDIR(status.st_mode) ? "is a directory" : "is not a regular file"
+                  : "can not be examined: " + errno_text(errno);
+        close(descriptor_);
+        throw io_error(path_, 0, reason);
+    }
+    size_ = status.st_size;
+    capacity_ = static_cast<std::size_t>(
+        std::min<std::int64_t>(size_, static_cast<std::int64_t>(window_size)));
+    try {
+        window_.reset(new char[capacity_]);
+    } catch (...) {
+        close(descriptor_);
+        throw;
+    }
+}
+
+text_file::~text_file() {
+    close(descriptor_);
+}
+
+void text_file::load(std::int64_t begin, std::size_t length) {
+    if (size_ <= static_cast<std::int64_t>(capacity_)) {
+        begin = 0;
+        length = capacity_;
+    }
+    window_length_ = 0;
+    window_begin_ = begin;
+    while (window_length_ < length) {
+        const ssize_t got =
+            pread(descriptor_, window_.get() + window_length_, length - window_length_,
+                  begin + static_cast<std::int64_t>(window_length_));
+        if (got < 0 && errno == EINTR) continue;
+        if (got < 0) throw io_error(path_, 0, "can not be read: " + errno_text(errno));
+        if (got == 0) throw io_error(path_, 0, "became shorter while it was being read");
+        window_length_ += static_cast<std::size_t>(got);
+    }
+}
+
+std::string_view text_file::from(std::int64_t offset, std::size_t least) {
+    const std::int64_t left = size_ - offset;
+    if (left <= 0) return {};
+    const auto needed = std::min(static_cast<std::int64_t>(least), left);
+    const std::int64_t window_end = window_begin_ + static_cast<std::int64_t>(window_length_);
+    if (offset < window_begin_ || offset + std::max<std::int64_t>(needed, 1) > window_end) {
+        load(offset,
+             static_cast<std::size_t>(std::min(left, static_cast<std::int64_t>(capacity_))));
+    }
+    const auto skipped = static_cast<std::size_t>(offset - window_begin_);
+    return {window_.get() + skipped, window_length_ - skipped};
+}
+
+std::string_view text_file::before(std::int64_t offset, std::size_t least) {
+    if (offset <= 0) return {};
+    const auto needed = std::min(static_cast<std::int64_t>(least), offset);
+    const std::int64_t window_end = window_begin_ + static_cast<std::int64_t>(window_length_);
+    if (offset > window_end || offset - std::max<std::int64_t>(needed, 1) < window_begin_) {
+        const auto length = std::min(offset, static_cast<std::int64_t>(capacity_));
+        load(offset - length, static_cast<std::size_t>(length));
+    }
+    return {window_.get(), static_cast<std::size_t>(offset - window_begin_)};
+}
+
+std::int64_t text_file::line_number(std::int64_t offset) {
+    std::int64_t line = 1;
+    try {
+        for (std::int64_t at = 0; at < offset;) {
+            std::string_view bytes = from(at, 1);
+            if (bytes.empty()) break;
+            bytes = bytes.substr(0, static_cast<std::size_t>(std::min<std::int64_t>(
+                                        static_cast<std::int64_t>(bytes.size()), offset - at)));
+            line += std::count(bytes.begin(), bytes.end(), '\n');
+            at += static_cast<std::int64_t>(bytes.size());
+        }
+    } catch (const io_error&) {
+        return 0;
+    }
+    return line;
+}
+
+}  // namespace flib

@@ -1,0 +1,28 @@
+// Keywords that more than one reader looks for.
+#pragma once
+
+#include <string_view>
+
+namespace flib::keyword {
+
+inline constexpr std::string_view gaussian_atom_count = "NAtoms=";
+inline constexpr std::string_view gaussian_charge = "Charge =";
+inline constexpr std::string_view gaussian_electrons = "NAE=";
+inline constexpr std::string_view gaussian_orientation =
+    "Center     Atomic      Atomic             Coordinates (Angstroms)";
+inline constexpr std::string_view fchk_basis_functions = "Number of basis functions";
+inline constexpr std::string_view fchk_mo_coefficients = "Alpha MO coefficients";
+inline constexpr std::string_view atomic_coordinates = "ATOMIC COORDINATES";
+inline constexpr std::string_view atomic_weights = "ATOMIC WEIGHTS";
+inline constexpr std::string_view chemshell_input_coordinates = "Input Coordinates";
+inline constexpr std::string_view coordinate = "Coordinate";
+inline constexpr std::string_view nwchem_coordinates = "Output coordinates in angstroms";
+inline constexpr std::string_view nwchem_column_titles = "No.";
+inline constexpr std::string_view orca_hessian_atoms = "$atoms";
+inline constexpr std::string_view orca_angstrom = "CARTESIAN COORDINATES (ANGSTROEM)";
+inline constexpr std::string_view qchem_orientation = "Standard Nuclear Orientation (Angstroms)";
+inline constexpr std::string_view terachem_geometry = "Molecular Geometry (bohr)";
+inline constexpr std::string_view turbomole_coordinates =
+    "Atomic coordinate, charge and isotop information";
+
+}  // namespace flib::keyword

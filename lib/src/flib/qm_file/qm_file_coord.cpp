@@ -1,0 +1,242 @@
+#include "flib/qm_file/qm_file_coord.h"
+
+#include "flib/io/free_format.h"
+#include "flib/io/stop_run.h"
+#include "flib/io/unit.h"
+#include "flib/qm_file/keyword.h"
+#include "flib/qm_file/qm_file_oniom.h"
+#include "flib/qm_file/qm_file_type.h"
+#include "flib/qm_file/reader_steps.h"
+#include "flib/qm_file/type_tag.h"
+#include "flib/text/string.h"
+#include "flib/util/units.h"
+
+namespace flib {
+namespace {
+
+/// Opens `fname` and reads its table; true when it was read.
+using coord_steps = bool (*)(std::string_view fname, matrix_view<double> x);
+
+/// Reads a table in atomic units, or one that is stored as it stands.
+bool read_as_printed(std::int32_t fid, std::int32_t thrown_away, matrix_view<double> x) {
+    read_vector_rows(fid, thrown_away, x);
+    return true;
+}
+
+bool read_angstrom(std::int32_t fid, std::int32_t thrown_away, matrix_view<double> x) {
+    read_vector_rows(fid, thrown_away, x);
+    for (double& value : x.all()) value /= bohr_radius;
+    return true;
+}
+
+[[noreturn]] void stop_without_coordinates(std::string_view program) {
+    throw stop_run{exit_status::complete,
+                   {"  Error!", "  Can not find coordinate in " + std::string(program) +
+                                    " output file, stop!"}};
+}
+
+//                          Standard orientation:
+//  ---------------------------------------------------------------------
+//  Center     Atomic      Atomic             Coordinates (Angstroms)
+//  Number     Number       Type             X           Y           Z
+//  ---------------------------------------------------------------------
+//       1          8           0        0.000000    0.000000    0.118000
+bool gaussian_log_coord(std::string_view fname, matrix_view<double> x) {
+    bool ifoniom = false;
+    std::int32_t info = 0;
+    qm_file_ifoniom(fname, ifoniom, info);
+    const input_unit fid(fname, ifoniom ? open_at::end : open_at::start);
+    line_buffer line;
+    const bool found = ifoniom
+                           ? search_word_back_del_space(fid, keyword::gaussian_orientation, line)
+                           : search_word_last_del_space(fid, keyword::gaussian_orientation, line);
+    if (!found) miss_keyword(keyword::gaussian_orientation);
+    return go_before_first_number(fid) && read_angstrom(fid, 3, x);
+}
+
+//                                *      Input Coordinates      *
+//                                *******************************
+//                                  atom  charge
+//    1    O       8.00       0.00000000       0.00000000       0.22298768
+bool chemshell_coord(std::string_view fname, matrix_view<double> x) {
+    const input_unit fid(fname);
+    line_buffer line;
+    if (!search_word(fid, 32, 48, keyword::chemshell_input_coordinates, line)) {
+        stop_without_coordinates("ChemShell");
+    }
+    skip_records(fid, 2);
+    return read_as_printed(fid, 3, x);
+}
+
+//  Dump information in style XYZ to output
+//
+//  3
+//  RHF/USER  ENERGY=-76.01604102
+//  O          0.0000000000        0.0000000000        0.1180000000
+bool molpro_coord(std::string_view fname, matrix_view<double> x) {
+    const input_unit fid(fname);
+    line_buffer line;
+    if (!search_word(fid, 2, 40, "Dump information in style XYZ to output", line)) {
+        stop_without_coordinates("Molpro");
+    }
+    skip_records(fid, 3);
+    return read_as_printed(fid, 1, x);
+}
+
+//                 atomic coordinates            atom    charge  isotop
+//           0.00000000    0.00000000    0.22298768    o      8.000     0
+bool turbomole_coord(std::string_view fname, matrix_view<double> x) {
+    const input_unit fid(fname);
+    line_buffer line;
+    if (!search_word_free(fid, "atomic coordinates", line)) stop_without_coordinates("TURBOMOLE");
+    return read_as_printed(fid, 0, x);
+}
+
+//  Output coordinates in angstroms (scale by  1.889725989 to convert to a.u.)
+//
+//   No.       Tag          Charge          X              Y              Z
+//  ---- ---------------- ---------- -------------- -------------- --------------
+//     1 O                    8.0000     0.00000000     0.00000000     0.11800000
+bool nwchem_coord(std::string_view fname, matrix_view<double> x) {
+    const input_unit fid(fname);
+    line_buffer line;
+    fail_unless_found(search_word_free_last(fid, keyword::nwchem_coordinates, line), fid,
+                      keyword::nwchem_coordinates);
+    go_to(fid, keyword::nwchem_column_titles, line);
+    skip_records(fid, 1);
+    return read_angstrom(fid, 3, x);
+}
+
+//  Coordinate
+//  ------------------------------------------------------------
+//     1    8   15.99491464    0.00000000    0.00000000    0.11800000
+bool evc_coord(std::string_view fname, matrix_view<double> x) {
+    const input_unit fid(fname);
+    line_buffer line;
+    if (!search_word_free(fid, keyword::coordinate, line)) return false;
+    skip_records(fid, 1);
+    return read_angstrom(fid, 3, x);
+}
+
+//  Coordinate  Bohr
+//  ------------------------------------------------------------
+//     1    8   15.99491464    0.00000000    0.00000000    0.22298768
+bool numforce_coord(std::string_view fname, matrix_view<double> x) {
+    const input_unit fid(fname);
+    line_buffer line;
+    if (!search_word_free(fid, keyword::coordinate, line)) return false;
+    bool isbohr = false;
+    if (number_of_words(line.padded()) == 2) {
+        const line_buffer unit = item_of(held_record{fid, line.padded()}, 2);
+        isbohr = unit.padded().front() == 'B' || unit.padded().front() == 'b';
+    }
+    skip_records(fid, 1);
+    return isbohr ? read_as_printed(fid, 3, x) : read_angstrom(fid, 3, x);
+}
+
+// CARTESIAN COORDINATES (A.U.)
+// ----------------------------
+//   NO LB      ZA    FRAG     MASS         X           Y           Z
+//    0 O     8.0000    0    15.999    0.000000    0.000000    0.222988
+bool orca_coord(std::string_view fname, matrix_view<double> x) {
+    const input_unit fid(fname);
+    line_buffer line;
+    if (!search_word_free(fid, "CARTESIAN COORDINATES (A.U.)", line)) return false;
+    skip_records(fid, 2);
+    return read_as_printed(fid, 5, x);
+}
+
+// $atoms
+// 3
+//  O     15.99900     0.000000000000     0.000000000000     0.222987680000
+bool orca_hessian_coord(std::string_view fname, matrix_view<double> x) {
+    const input_unit fid(fname);
+    line_buffer line;
+    if (!search_word_free(fid, keyword::orca_hessian_atoms, line)) return false;
+    skip_records(fid, 1);
+    return read_as_printed(fid, 2, x);
+}
+
+//              Standard Nuclear Orientation (Angstroms)
+//     I     Atom           X                Y                Z
+//  ----------------------------------------------------------------
+//     1      O       0.0000000000     0.0000000000     0.1180000000
+bool qchem_coord(std::string_view fname, matrix_view<double> x) {
+    const input_unit fid(fname);
+    line_buffer line;
+    if (!search_word_free_last(fid, keyword::qchem_orientation, line)) return false;
+    skip_records(fid, 2);
+    return read_angstrom(fid, 2, x);
+}
+
+//  POSITION                                       TOTAL-FORCE (eV/Angst)
+//  -----------------------------------------------------------------------------------
+//       0.00000      0.00000      0.11800         0.000000      0.000000     -0.012345
+bool vasp_coord(std::string_view fname, matrix_view<double> x) {
+    const input_unit fid(fname);
+    line_buffer line;
+    if (!search_word_free_last(fid, "POSITION", line)) return false;
+    skip_records(fid, 1);
+    return read_angstrom(fid, 0, x);
+}
+
+//  COORDINATES OF ALL ATOMS ARE (ANGS)
+//    ATOM   CHARGE       X              Y              Z
+//  ------------------------------------------------------------
+//  O           8.0   0.0000000000   0.0000000000   0.1180000000
+//
+// whose first line with a number for its first token is wanted; without it
+//
+//  ATOM      ATOMIC                      COORDINATES (BOHR)
+//            CHARGE         X                   Y                   Z
+//  O           8.0     0.0000000000        0.0000000000        0.2229876800
+bool gamess_coord(std::string_view fname, matrix_view<double> x) {
+    const input_unit fid(fname);
+    line_buffer line;
+    if (search_word_last_del_space(fid, "COORDINATES OF ALL ATOMS ARE (ANGS)", line) &&
+        go_before_first_number(fid)) {
+        return read_angstrom(fid, 2, x);
+    }
+    if (!search_word_last_del_space(fid, "ATOM ATOMIC COORDINATES (BOHR)", line)) return false;
+    skip_records(fid, 1);
+    return read_as_printed(fid, 2, x);
+}
+
+// ****** Molecular Geometry (bohr) ******
+// O      0.000000    0.000000    0.222988
+bool terachem_coord(std::string_view fname, matrix_view<double> x) {
+    const input_unit fid(fname);
+    line_buffer line;
+    if (!search_word_free_last(fid, keyword::terachem_geometry, line)) return false;
+    return read_as_printed(fid, 1, x);
+}
+
+// A formatted checkpoint has no row: its coordinates are not read.
+constexpr reader_row<coord_steps> coord_table[] = {
+    {tag::gaussian_log, gaussian_log_coord},
+    {tag::chemshell, chemshell_coord},
+    {tag::molpro, molpro_coord},
+    {tag::turbomole, turbomole_coord},
+    {tag::nwchem, nwchem_coord},
+    {tag::evc, evc_coord},
+    {tag::numforce, numforce_coord},
+    {tag::orca, orca_coord},
+    {tag::orca_hessian, orca_hessian_coord},
+    {tag::qchem, qchem_coord},
+    {tag::vasp, vasp_coord},
+    {tag::gamess_us, gamess_coord},
+    {tag::terachem, terachem_coord},
+};
+
+}  // namespace
+
+void qm_file_coord(std::string_view fname, std::int32_t natom, matrix_view<double> x,
+                   std::int32_t& info) {
+    fail_unless_positive("natom", natom);
+    const line_buffer file_type = type_tag_of(fname);
+    info = -1;
+    const coord_steps steps = steps_for<coord_steps>(coord_table, file_type.padded());
+    if (steps != nullptr && steps(fname, x)) info = 0;
+}
+
+}  // namespace flib
