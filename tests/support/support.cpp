@@ -1,0 +1,115 @@
+#include "support/support.h"
+
+#include <fcntl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+#include "flib/io/stop_run.h"
+
+namespace support {
+
+namespace fs = std::filesystem;
+
+std::string data_file(std::string_view name) {
+    return std::string(TEST_DATA "/").append(name);
+}
+
+std::string contents_of(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    if (!file) throw std::runtime_error("no file " + path.string());
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+void write_file(const fs::path& path, std::string_view contents) {
+    std::ofstream file(path, std::ios::binary);
+    file << contents;
+    if (!file.flush()) throw std::runtime_error("can not write " + path.string());
+}
+
+scratch_directory::scratch_directory() {
+    std::string pattern = (fs::temp_directory_path() / "stigruz-test-XXXXXX").string();
+    if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no scratch directory");
+    path_ = pattern;
+}
+
+scratch_directory::~scratch_directory() {
+    std::error_code ignored;
+    fs::remove_all(path_, ignored);
+}
+
+std::string scratch_directory::file(std::string_view name, std::string_view contents) const {
+    const fs::path path = path_ / name;
+    write_file(path, contents);
+    return path.string();
+}
+
+std::vector<std::string> scratch_directory::names() const {
+    std::vector<std::string> found;
+    for (const auto& entry : fs::directory_iterator(path_)) {
+        found.push_back(entry.path().filename().string());
+    }
+    std::sort(found.begin(), found.end());
+    return found;
+}
+
+std::optional<ending> ending_of(const std::function<void()>& routine) {
+    try {
+        routine();
+    } catch (const flib::stop_run& stop) {
+        std::string text;
+        for (const std::string& line : stop.lines) text += (text.empty() ? "" : "\n") + line;
+        return ending{stop.status, text, true};
+    } catch (const flib::run_error& error) {
+        return ending{flib::exit_status::diagnostic, error.what(), false};
+    }
+    return std::nullopt;
+}
+
+namespace {
+
+void redirect(const fs::path& path, int flags, int descriptor) {
+    const int opened = open(path.c_str(), flags, 0600);
+    if (opened < 0 || dup2(opened, descriptor) < 0) _exit(126);
+    close(opened);
+}
+
+}  // namespace
+
+outcome run(const command& what) {
+    const scratch_directory streams;
+    const std::string input = streams.file("input", what.input);
+    const std::string tool = std::string(TOOL_DIRECTORY "/") + what.tool;
+    std::vector<char*> arguments{const_cast<char*>(tool.c_str())};
+    for (const std::string& argument : what.arguments) {
+        arguments.push_back(const_cast<char*>(argument.c_str()));
+    }
+    arguments.push_back(nullptr);
+    const pid_t child = fork();
+    if (child < 0) throw std::runtime_error("can not fork");
+    if (child == 0) {
+        redirect(input, O_RDONLY, STDIN_FILENO);
+        redirect(streams.path() / "output", O_WRONLY | O_CREAT, STDOUT_FILENO);
+        redirect(streams.path() / "errors", O_WRONLY | O_CREAT, STDERR_FILENO);
+        if (chdir(what.directory.c_str()) != 0) _exit(126);
+        for (const auto& [resource, most] : what.limits) {
+            const rlimit limit{most, most};
+            if (setrlimit(static_cast<__rlimit_resource>(resource), &limit) != 0) _exit(126);
+        }
+        execv(tool.c_str(), arguments.data());
+        _exit(127);
+    }
+    int status = 0;
+    if (waitpid(child, &status, 0) != child) throw std::runtime_error("can not wait");
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status),
+            contents_of(streams.path() / "output"), contents_of(streams.path() / "errors")};
+}
+
+}  // namespace support

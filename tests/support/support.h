@@ -1,0 +1,69 @@
+// What the tests share: scratch directories, files, the endings of a run, running a tool.
+#pragma once
+
+#include <sys/resource.h>
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace support {
+
+/// A fixture file below tests/data.
+std::string data_file(std::string_view name);
+
+std::string contents_of(const std::filesystem::path& path);
+void write_file(const std::filesystem::path& path, std::string_view contents);
+
+/// An empty directory, removed with everything in it when this goes.
+class scratch_directory {
+  public:
+    scratch_directory();
+    ~scratch_directory();
+    scratch_directory(const scratch_directory&) = delete;
+    scratch_directory& operator=(const scratch_directory&) = delete;
+
+    const std::filesystem::path& path() const { return path_; }
+    /// The path of the file `name`, which is written with `contents` first.
+    std::string file(std::string_view name, std::string_view contents) const;
+    /// Names of the files in it, in order.
+    std::vector<std::string> names() const;
+
+  private:
+    std::filesystem::path path_;
+};
+
+/// How a call ended: with the message lines and status of a stop_run, or with the one line of a
+/// run_error (status 2).
+struct ending {
+    int status = 0;
+    std::string text;  // lines joined by newlines; of a run_error, its what()
+    bool stopped = false;
+
+    friend bool operator==(const ending&, const ending&) = default;
+};
+
+/// Calls `routine`; nullopt if it returns.
+std::optional<ending> ending_of(const std::function<void()>& routine);
+
+/// A tool to be run.
+struct command {
+    std::string tool;  // its name in the directory of the tools
+    std::vector<std::string> arguments;
+    std::filesystem::path directory;               // where it runs
+    std::string input{};                           // its standard input
+    std::vector<std::pair<int, rlim_t>> limits{};  // RLIMIT_..., bytes
+};
+
+struct outcome {
+    int status = 0;  // exit status, or minus the signal that ended it
+    std::string output;
+    std::string errors;
+};
+
+outcome run(const command& what);
+
+}  // namespace support
