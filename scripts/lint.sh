@@ -1,0 +1,28 @@
+#!/usr/bin/env bash
+# Static checks: formatting, compiler warnings of both compilers, clang-tidy, cppcheck, shellcheck.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+scripts/setup.sh lint
+jobs=$(nproc)
+
+mapfile -t sources < <(git ls-files '*.cpp' '*.h')
+clang-format --dry-run --Werror "${sources[@]}"
+echo "clang-format: clean"
+
+for compiler in g++ clang++; do
+    scripts/build.sh "build-warnings-$compiler" all -DCMAKE_CXX_COMPILER="$compiler" \
+        -DCMAKE_BUILD_TYPE=Debug -DSTIGRUZ_WERROR=ON -DSTIGRUZ_TESTS=OFF
+    echo "$compiler: no warnings"
+done
+
+git ls-files 'lib/*.cpp' 'tools/*.cpp' |
+    xargs -P "$jobs" -n 4 clang-tidy -p build-warnings-clang++ --quiet 2>/dev/null
+echo "clang-tidy: clean"
+
+cppcheck --quiet --std=c++20 --enable=warning,performance,portability --inline-suppr \
+    --suppress=missingIncludeSystem --error-exitcode=1 -j "$jobs" -I lib/src -I tools lib tools
+echo "cppcheck: clean"
+
+git ls-files '*.sh' .ci/run | xargs shellcheck
+echo "shellcheck: clean"
