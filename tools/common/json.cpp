@@ -1,0 +1,107 @@
+#include "common/json.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+
+namespace tools {
+namespace {
+
+/// Length of the well-formed UTF-8 sequence at the start of `text`; 0 if there is none.
+std::size_t utf8_length(std::string_view text) {
+    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+    const unsigned lead = byte(0);
+    if (lead < 0x80) return 1;
+    const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+    if (lead < 0xC2 || lead > 0xF4 || text.size() < length) return 0;
+    // After these leads the second byte is confined: no overlong forms, no surrogates, none beyond
+    // U+10FFFF.
+    const unsigned least = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
+    const unsigned most = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
+    if (byte(1) < least || byte(1) > most) return 0;
+    for (std::size_t i = 2; i < length; ++i) {
+        if ((byte(i) & 0xC0U) != 0x80U) return 0;
+    }
+    return length;
+}
+
+}  // namespace
+
+std::string json_string(std::string_view text) {
+    constexpr std::string_view hex = "0123456789abcdef";
+    std::string quoted = "\"";
+    while (!text.empty()) {
+        const char c = text.front();
+        const auto code = static_cast<unsigned char>(c);
+        std::size_t taken = 1;
+        if (c == '"' || c == '\\') {
+            quoted += {'\\', c};
+        } else if (c == '\n') {
+            quoted += "\\n";
+        } else if (c == '\t') {
+            quoted += "\\t";
+        } else if (code < 0x20 || code == 0x7F) {
+            quoted += {'\\', 'u', '0', '0', hex[code / 16U], hex[code % 16U]};
+        } else if (const std::size_t length = utf8_length(text); length > 0) {
+            quoted += text.substr(0, length);
+            taken = length;
+        } else {
+            quoted += "\xEF\xBF\xBD";
+        }
+        text.remove_prefix(taken);
+    }
+    return quoted + '"';
+}
+
+std::string json_real(double value) {
+    if (!std::isfinite(value)) return "null";
+    std::array<char, 32> digits;
+    const auto written = std::to_chars(digits.data(), digits.data() + digits.size(), value);
+    std::string number(digits.data(), written.ptr);
+    if (number.find_first_of(".e") == std::string::npos) number += ".0";
+    return number;
+}
+
+void json_writer::key(std::string_view name) {
+    separate();
+    text_ += json_string(name) + ": ";
+    named_ = true;
+}
+
+void json_writer::begin(char bracket) {
+    separate();
+    text_ += bracket;
+    ++depth_;
+    empty_ = true;
+}
+
+void json_writer::end(char bracket) {
+    --depth_;
+    if (!empty_) new_line();
+    text_ += bracket;
+    empty_ = false;
+}
+
+void json_writer::item(std::string_view text) {
+    separate();
+    text_ += text;
+}
+
+/// What stands between the last piece and the next one.
+void json_writer::separate() {
+    if (named_) {
+        named_ = false;
+        return;
+    }
+    if (!empty_) text_ += inline_ > 0 ? ", " : ",";
+    if (depth_ > 0 && (!empty_ || inline_ == 0)) new_line();
+    empty_ = false;
+}
+
+void json_writer::new_line() {
+    if (inline_ > 0) return;
+    text_ += '\n';
+    text_.append(2 * depth_, ' ');
+}
+
+}  // namespace tools
