@@ -5,7 +5,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 
 scripts/setup.sh build
-scripts/build.sh build stigruz
+scripts/build.sh build stigruz -DSTIGRUZ_TESTS=OFF
 
 stigruz=$PWD/build/tools/stigruz
 jobs=$PWD/examples/water

@@ -212,8 +212,7 @@ const trouble troubles[] = {
     {"no atoms", false, 0, "  Error!\n  natom =                   0\n  Stop!",
      [](job_of job) { job.edit("h2o_ref.fchk", "              3", "              0"); }},
     {"more atoms than there are", false, 2,
-     "stigruz: h2o_ref.log: line 44: 'Standard' stands where an integer was expected"
-     "integer was expected",
+     "stigruz: h2o_ref.log: line 44: 'Standard' stands where an integer was expected",
      [](job_of job) { job.edit("h2o_ref.fchk", "              3", "         100000"); }},
     {"an element out of range", false, 0, "Error!\nnat(2) = 119 is out of [1,118]",
      [](job_of job) { job.edit("h2o_ref.log", "      2          1 ", "      2        119 "); }},
