@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <span>
+#include <string_view>
 #include <vector>
 
 #include "flib/text/fixed_text.h"
@@ -39,6 +40,17 @@ struct sgn_body {
     flib::matrix_view<const double> frc;     ///< 3 x natom, Hartree/Bohr
 };
 
+/// A result file read back.
+struct sgn_contents {
+    sgn_parameters parameters;
+    std::vector<report_symbol> symbol;
+    std::vector<std::int32_t> nat;
+    std::vector<double> mass;                ///< u
+    std::vector<std::array<double, 3>> x;    ///< Angstrom, as written
+    std::array<double, 3> corrected_tdip{};  ///< atomic units
+    std::vector<std::array<double, 3>> frc;  ///< Hartree/Bohr
+};
+
 /// Writes the eleven records of the parameter block to the output unit `fid`.
 void write_sgn_parameters(std::int32_t fid, const sgn_parameters& parameters);
 
@@ -49,5 +61,10 @@ void write_sgn_body(std::int32_t fid, const sgn_body& body);
 /// in their order. Throws flib::stop_run (status 1) if one is missing or out of order, and
 /// flib::io_error if a value can not be read.
 sgn_parameters read_sgn_parameters(std::int32_t fid);
+
+/// Reads the whole of the result file `fname`. Throws flib::io_error if it can not be opened, is
+/// not a result file, or is damaged: a record is missing, cut short or out of its place, or holds
+/// something else than its values.
+sgn_contents read_sgn_file(std::string_view fname);
 
 }  // namespace numfreq
