@@ -1,12 +1,26 @@
 // The product of two matrices.
 #pragma once
 
+#include <span>
+
 #include "flib/util/matrix.h"
 
 namespace flib {
 
 /// c = a b. Each element of `c` is one running sum, from zero, in ascending order of the index
 /// summed over, without fused operations: the bits of the plain triple loop, whatever the machine.
+/// `c` must not overlap `a` or `b`. Throws std::bad_alloc if some 7 MiB of working memory can not
+/// be had.
 void multiply(matrix_view<const double> a, matrix_view<const double> b, matrix_view<double> c);
+
+/// One way to compute the product. All give the same bits.
+struct product_variant {
+    const char* name;
+    void (*multiply)(matrix_view<const double> a, matrix_view<const double> b,
+                     matrix_view<double> c);
+};
+
+/// Those that this processor can run; multiply() takes the last, the fastest.
+std::span<const product_variant> product_variants();
 
 }  // namespace flib
