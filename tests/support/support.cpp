@@ -86,7 +86,8 @@ void redirect(const fs::path& path, int flags, int descriptor) {
 outcome run(const command& what) {
     const scratch_directory streams;
     const std::string input = streams.file("input", what.input);
-    const std::string tool = std::string(TOOL_DIRECTORY "/") + what.tool;
+    const std::string tool =
+        what.tool.starts_with("/") ? what.tool : std::string(TOOL_DIRECTORY "/") + what.tool;
     std::vector<char*> arguments{const_cast<char*>(tool.c_str())};
     for (const std::string& argument : what.arguments) {
         arguments.push_back(const_cast<char*>(argument.c_str()));

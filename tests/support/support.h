@@ -51,7 +51,7 @@ std::optional<ending> ending_of(const std::function<void()>& routine);
 
 /// A tool to be run.
 struct command {
-    std::string tool;  // its name in the directory of the tools
+    std::string tool;  // its name in the directory of the tools, or a whole path
     std::vector<std::string> arguments;
     std::filesystem::path directory;               // where it runs
     std::string input{};                           // its standard input
