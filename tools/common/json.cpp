@@ -53,11 +53,15 @@ std::string json_string(std::string_view text) {
     return quoted + '"';
 }
 
-std::string json_real(double value) {
-    if (!std::isfinite(value)) return "null";
+std::string shortest_real(double value) {
     std::array<char, 32> digits;
     const auto written = std::to_chars(digits.data(), digits.data() + digits.size(), value);
-    std::string number(digits.data(), written.ptr);
+    return {digits.data(), written.ptr};
+}
+
+std::string json_real(double value) {
+    if (!std::isfinite(value)) return "null";
+    std::string number = shortest_real(value);
     if (number.find_first_of(".e") == std::string::npos) number += ".0";
     return number;
 }

@@ -13,6 +13,9 @@ namespace tools {
 /// sequence becomes U+FFFD.
 std::string json_string(std::string_view text);
 
+/// The shortest text that reads back to the same bits.
+std::string shortest_real(double value);
+
 /// `value` as a JSON number: the shortest text that reads back to the same bits, always with a
 /// point or an exponent; null for a NaN or an infinity, which JSON does not have.
 std::string json_real(double value);

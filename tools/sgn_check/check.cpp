@@ -1,0 +1,256 @@
+#include "sgn_check/check.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <utility>
+
+#include "flib/io/stop_run.h"
+#include "sgn_check/text.h"
+
+namespace sgn_check {
+namespace {
+
+using numfreq::sgn_contents;
+using numfreq::sgn_parameters;
+
+/// "+x", or a unit vector.
+std::string direction_of(const vec3& shift) {
+    constexpr std::array names{'x', 'y', 'z'};
+    for (std::size_t k = 0; k < 3; ++k) {
+        vec3 across = shift;
+        across[k] = 0;
+        if (length(across) <= rounding) return {shift[k] < 0 ? '-' : '+', names[k]};
+    }
+    std::string text = "(";
+    for (std::size_t k = 0; k < 3; ++k) {
+        if (k > 0) text += ',';
+        text += decimal(shift[k] / length(shift), 2);
+    }
+    return text += ')';
+}
+
+bool is_finite(const sgn_contents& contents) {
+    const auto finite = [](double value) { return std::isfinite(value); };
+    const auto all_finite = [&](const vec3& v) { return std::all_of(v.begin(), v.end(), finite); };
+    return finite(contents.parameters.tden_maxval) && all_finite(contents.corrected_tdip) &&
+           std::all_of(contents.mass.begin(), contents.mass.end(), finite) &&
+           std::all_of(contents.x.begin(), contents.x.end(), all_finite) &&
+           std::all_of(contents.frc.begin(), contents.frc.end(), all_finite);
+}
+
+std::string element_text(const sgn_parameters& parameters) {
+    const auto [row, column] = parameters.tden_maxloc;
+    return std::to_string(row) + "," + std::to_string(column);
+}
+
+/// Which sizes differ, or nothing.
+std::string other_sizes(const sgn_parameters& file, const sgn_parameters& reference) {
+    constexpr std::array<std::pair<const char*, std::int32_t sgn_parameters::*>, 7> sizes{
+        {{"natom", &sgn_parameters::natom},
+         {"nmo", &sgn_parameters::nmo},
+         {"mi", &sgn_parameters::mi},
+         {"ma", &sgn_parameters::ma},
+         {"mci", &sgn_parameters::mci},
+         {"NFC", &sgn_parameters::nfc},
+         {"NFV", &sgn_parameters::nfv}}};
+    std::string text;
+    for (const auto& [name, size] : sizes) {
+        if (file.*size == reference.*size) continue;
+        if (!text.empty()) text += ", ";
+        text.append(name).append(" ").append(std::to_string(file.*size));
+        text.append(" instead of ").append(std::to_string(reference.*size));
+    }
+    return text;
+}
+
+std::string atom_text(const sgn_contents& contents, std::size_t i) {
+    return flib::printable(contents.symbol[i].trimmed()) + " " + std::to_string(contents.nat[i]) +
+           " " + decimal(contents.mass[i], 4);
+}
+
+/// The first atom that differs, or nothing. The numbers of atoms are equal.
+std::string other_atoms(const sgn_contents& file, const sgn_contents& reference) {
+    constexpr double mass_rounding = 1e-6;
+    for (std::size_t i = 0; i < file.nat.size(); ++i) {
+        if (file.nat[i] != reference.nat[i] || !(file.symbol[i] == reference.symbol[i].padded()) ||
+            std::abs(file.mass[i] - reference.mass[i]) > mass_rounding) {
+            return "atom " + std::to_string(i + 1) + " is " + atom_text(file, i) + " instead of " +
+                   atom_text(reference, i);
+        }
+    }
+    return {};
+}
+
+displacement displacement_of(const sgn_contents& file, const sgn_contents& reference) {
+    displacement result;
+    for (std::size_t i = 0; i < file.x.size(); ++i) {
+        result.shift.push_back(difference(file.x[i], reference.x[i]));
+        const double distance = length(result.shift.back());
+        if (distance > rounding) ++result.moved;
+        if (distance > result.distance) {
+            result.distance = distance;
+            result.farthest = i;
+        }
+    }
+    return result;
+}
+
+/// Whether the two displacements are opposite.
+bool are_partners(const displacement& a, const displacement& b) {
+    if (a.moved == 0 || a.moved != b.moved || a.shift.size() != b.shift.size()) return false;
+    for (std::size_t i = 0; i < a.shift.size(); ++i) {
+        const vec3 opposite{-b.shift[i][0], -b.shift[i][1], -b.shift[i][2]};
+        if (!(length(difference(a.shift[i], opposite)) <= rounding)) return false;
+    }
+    return true;
+}
+
+/// What a file shows by itself.
+verdict judge_alone(const result_file& file) {
+    verdict result;
+    result.file = &file;
+    if (!is_finite(file.contents)) {
+        result.findings.push_back({doubt::not_finite, "holds values that are not finite numbers"});
+    }
+    if (file.contents.parameters.sign == 0) {
+        result.findings.push_back({doubt::sign_zero, "sign 0: the dipole is lost"});
+    }
+    return result;
+}
+
+void judge_element(verdict& result, const sgn_parameters& file, const sgn_parameters& reference,
+                   const thresholds& limits) {
+    const auto add = [&](doubt kind, std::string text) {
+        result.findings.push_back({kind, std::move(text)});
+    };
+    if (file.tden_maxloc != reference.tden_maxloc) {
+        add(doubt::other_element, "judged at another element: " + element_text(file) +
+                                      " instead of " + element_text(reference));
+        return;
+    }
+    if (reference.tden_maxval != 0) {
+        result.ratio = std::abs(file.tden_maxval / reference.tden_maxval);
+        if (result.ratio < limits.min_ratio) {
+            add(doubt::small_element,
+                "small element: " + decimal(result.ratio, 3) + " of the reference's");
+        }
+    }
+    // With its sign, the element has to have the phase of the reference's.
+    const bool same_phase = std::signbit(file.tden_maxval) == std::signbit(reference.tden_maxval);
+    const std::int32_t signs = file.sign * reference.sign;
+    if (file.tden_maxval != 0 && reference.tden_maxval != 0 && signs != 0 &&
+        same_phase != (signs > 0)) {
+        add(doubt::sign_conflict,
+            "the sign contradicts the elements: made with another reference?");
+    }
+}
+
+void judge_dipole(verdict& result, const vec3& file, const vec3& reference,
+                  const thresholds& limits) {
+    result.change = difference(file, reference);
+    result.turn = angle_between(file, reference);
+    if (std::min(length(file), length(reference)) >= limits.min_dipole &&
+        result.turn > limits.max_turn) {
+        result.findings.push_back(
+            {doubt::dipole_turned, "dipole turned by " + decimal(result.turn, 1) + " degrees"});
+    }
+}
+
+verdict judge(const result_file& file, const result_file& reference, const thresholds& limits) {
+    verdict result = judge_alone(file);
+    const sgn_contents& mine = file.contents;
+    const sgn_contents& theirs = reference.contents;
+    const auto add = [&](doubt kind, std::string text) {
+        result.findings.push_back({kind, std::move(text)});
+    };
+    if (std::string sizes = other_sizes(mine.parameters, theirs.parameters); !sizes.empty()) {
+        add(doubt::other_sizes, std::move(sizes));
+    }
+    if (mine.x.size() == theirs.x.size()) {
+        result.moved = displacement_of(mine, theirs);
+        std::string atoms = other_atoms(mine, theirs);
+        if (!atoms.empty()) add(doubt::other_atoms, std::move(atoms));
+        if (mine.nat == theirs.nat && is_finite(mine) && is_finite(theirs)) {
+            result.rotation = frame_rotation(theirs.x, mine.x, theirs.mass);
+        }
+        if (result.rotation > limits.max_rotation) {
+            add(doubt::turned, "molecule turned by " + decimal(result.rotation, 2) +
+                                   " degrees: the frame was not kept, the sign means nothing");
+        }
+    }
+    judge_element(result, mine.parameters, theirs.parameters, limits);
+    judge_dipole(result, mine.corrected_tdip, theirs.corrected_tdip, limits);
+    return result;
+}
+
+/// Looks for the partner of `one` among `all`, the reference being their first.
+void judge_pair(verdict& one, const std::vector<verdict>& all, const thresholds& limits) {
+    if (!one.moved || one.moved->moved == 0 || one.rotation > limits.max_rotation) return;
+    const auto partner = std::find_if(all.begin(), all.end(), [&](const verdict& other) {
+        return other.moved && are_partners(*one.moved, *other.moved);
+    });
+    if (partner == all.end()) {
+        one.findings.push_back({doubt::no_partner, "no file with the opposite displacement"});
+        return;
+    }
+    one.partner = partner->file;
+    vec3 second{};
+    for (std::size_t k = 0; k < 3; ++k) second[k] = one.change[k] + partner->change[k];
+    one.asymmetry = length(second);
+    if (one.asymmetry > limits.max_asymmetry) {
+        one.findings.push_back({doubt::asymmetric_pair,
+                                "dipole not symmetric with " + flib::printable(one.partner->name) +
+                                    ": " + decimal(one.asymmetry, 4) + " au"});
+    }
+}
+
+}  // namespace
+
+std::string_view name_of(doubt kind) {
+    switch (kind) {
+        case doubt::not_finite:
+            return "not_finite";
+        case doubt::sign_zero:
+            return "sign_zero";
+        case doubt::other_element:
+            return "other_element";
+        case doubt::other_sizes:
+            return "other_sizes";
+        case doubt::other_atoms:
+            return "other_atoms";
+        case doubt::turned:
+            return "turned";
+        case doubt::small_element:
+            return "small_element";
+        case doubt::sign_conflict:
+            return "sign_conflict";
+        case doubt::dipole_turned:
+            return "dipole_turned";
+        case doubt::no_partner:
+            return "no_partner";
+        case doubt::asymmetric_pair:
+            return "asymmetric_pair";
+    }
+    return {};
+}
+
+std::string displacement::text(const std::vector<numfreq::report_symbol>& symbol) const {
+    if (moved == 0) return "none";
+    return (moved > 1 ? std::to_string(moved) + " atoms, " : "") + std::to_string(farthest + 1) +
+           " " + flib::printable(symbol[farthest].trimmed()) + " " + direction_of(shift[farthest]) +
+           " " + decimal(distance, 4);
+}
+
+std::vector<verdict> check(const result_file& reference, const std::vector<result_file>& files,
+                           const thresholds& limits) {
+    std::vector<verdict> verdicts{judge_alone(reference)};
+    for (const result_file& file : files) verdicts.push_back(judge(file, reference, limits));
+    for (verdict& one : verdicts) {
+        if (limits.pairs) judge_pair(one, verdicts, limits);
+    }
+    return verdicts;
+}
+
+}  // namespace sgn_check

@@ -1,0 +1,87 @@
+// What of a set of result files deserves doubt.
+#pragma once
+
+#include <cstddef>
+#include <limits>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "numfreq/sgn_file.h"
+#include "sgn_check/frame.h"
+
+namespace sgn_check {
+
+/// Where doubt begins.
+struct thresholds {
+    double min_ratio = 0.5;        ///< magnitude of the element, against the reference's
+    double max_rotation = 0.3;     ///< of the frame, degrees
+    double max_turn = 30;          ///< of the dipole, degrees
+    double min_dipole = 0.05;      ///< a smaller dipole has no direction to be judged, au
+    double max_asymmetry = 0.005;  ///< |d(+) + d(-) - 2 d(0)|, au
+    bool pairs = true;             ///< whether displacements come in +- pairs
+};
+
+enum class doubt {
+    not_finite,      // a value is not a finite number
+    sign_zero,       // the sign is 0
+    other_element,   // judged at another element than the reference
+    other_sizes,     // natom, nmo, mi, ma, mci, NFC or NFV differ
+    other_atoms,     // an element or a mass differs
+    turned,          // the frame was not kept
+    small_element,   // too small against the reference's
+    sign_conflict,   // the sign is not that of the element against the reference's
+    dipole_turned,   // against the reference's
+    no_partner,      // nobody has the opposite displacement
+    asymmetric_pair  // the dipoles of the pair are not symmetric to second order
+};
+
+/// The name of a doubt for other programs: "sign_zero", ...
+std::string_view name_of(doubt kind);
+
+struct finding {
+    doubt kind;
+    std::string text;  // for people
+};
+
+/// One file of the set, as read.
+struct result_file {
+    std::string name;
+    numfreq::sgn_contents contents;
+};
+
+inline constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
+
+/// Where the atoms of a file are, against the reference (Angstrom).
+struct displacement {
+    std::vector<vec3> shift;   // of every atom
+    std::size_t moved = 0;     // atoms that moved
+    std::size_t farthest = 0;  // the one that moved most
+    double distance = 0;       // of that one
+
+    /// "none", "1 O +x 0.0100", or "3 atoms, 2 H +y 0.0100" with the farthest.
+    std::string text(const std::vector<numfreq::report_symbol>& symbol) const;
+};
+
+/// What is known of one file of the set; `unknown` where there is nothing to compare.
+struct verdict {
+    const result_file* file = nullptr;
+    double ratio = unknown;                  // |element| against the reference's
+    vec3 change{unknown, unknown, unknown};  // of the corrected dipole, au
+    double turn = unknown;                   // of the corrected dipole, degrees
+    std::optional<displacement> moved;       // without, the atoms are not the same
+    double rotation = unknown;               // of the frame, degrees
+    const result_file* partner = nullptr;    // of the +- pair
+    double asymmetry = unknown;              // of the pair, au
+    std::vector<finding> findings;
+
+    bool fine() const { return findings.empty(); }
+};
+
+/// Judges the reference, which comes first in the result, and the files against it. The verdicts
+/// point to what they were made from.
+std::vector<verdict> check(const result_file& reference, const std::vector<result_file>& files,
+                           const thresholds& limits);
+
+}  // namespace sgn_check

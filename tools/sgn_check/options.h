@@ -1,0 +1,29 @@
+// The command line of sgn_check.
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "sgn_check/check.h"
+
+namespace sgn_check {
+
+enum class output { table, json, csv, help, version };
+
+struct options {
+    output form = output::table;
+    thresholds limits;
+    std::string reference;
+    std::vector<std::string> files;
+};
+
+/// The options and names of a command line, without the program's name. Throws flib::run_error if
+/// it makes no sense.
+options parse_options(std::span<const std::string_view> arguments);
+
+/// What --help shows.
+std::string help_text();
+
+}  // namespace sgn_check
