@@ -90,11 +90,16 @@ TEST_P(Frame, ATurnedMoleculeIsSeen) {
 }
 
 TEST_P(Frame, ATurnIsSeenBehindADisplacement) {
-    if (GetParam().x.size() < 4) return;  // two atoms or three leave room for another explanation
+    if (GetParam().linear) return;  // of a turn about its axis nothing is to be seen
     for (const double angle : {1.0, 30.0, 120.0}) {
         for (int i = 0; i < 100; ++i) {
             const double found = rotation(sample::turned(displaced(0.01), random_vector(), angle));
-            EXPECT_NEAR(found, angle, GetParam().linear ? angle : 1e-2);
+            if (GetParam().x.size() > 3) {
+                EXPECT_NEAR(found, angle, 1e-2);
+            } else if (angle > 1) {  // three atoms leave room for several turns
+                EXPECT_GT(found, 1);
+                EXPECT_LE(found, angle + 1);
+            }
         }
     }
 }
