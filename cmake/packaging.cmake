@@ -1,0 +1,52 @@
+# Debian packages: `cpack -G DEB` in a build directory that was configured with
+# CMAKE_INSTALL_PREFIX=/usr. scripts/package.sh does that, and makes the tarball of static tools.
+set(CPACK_PACKAGE_NAME stigruz)
+set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+set(CPACK_PACKAGE_CONTACT "stigruz maintainers <maintainers@stigruz.invalid>" CACHE STRING
+    "Who answers for the packages: NAME <ADDRESS>")
+set(CPACK_PACKAGE_VENDOR stigruz)
+set(CPACK_PACKAGING_INSTALL_PREFIX ${CMAKE_INSTALL_PREFIX})
+set(CPACK_STRIP_FILES ON)
+set(CPACK_VERBATIM_VARIABLES ON)
+set(CPACK_GENERATOR DEB)
+
+# The three components of install.cmake, a package each.
+set(runtime_package libflib${PROJECT_VERSION_MAJOR})
+set(CPACK_COMPONENTS_ALL tools)
+if(STIGRUZ_SHARED)
+    list(APPEND CPACK_COMPONENTS_ALL runtime development)
+endif()
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+
+set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME stigruz)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION science)
+set(CPACK_COMPONENT_TOOLS_DESCRIPTION "consistent signs of excited-state transition dipoles
+ For jobs of numerical derivatives of excited states: stigruz gives the
+ transition dipole of each job the sign of the reference, sgn_check tells
+ which results deserve doubt, and qm_file shows what files of
+ quantum-chemistry programs hold.")
+
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${runtime_package})
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "readers of quantum-chemistry output (shared library)
+ Routines that find atoms, geometries, masses, forces, orbitals and
+ excitation amplitudes in the text files of quantum-chemistry programs.")
+
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libflib-dev)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${runtime_package} (= ${PROJECT_VERSION})")
+set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "readers of quantum-chemistry output (development)
+ Headers and the static library, for C++ programs that read the text files
+ of quantum-chemistry programs. Found by CMake's find_package(flib) and by
+ pkg-config.")
+
+# What Debian asks of every package's documentation is made when the files are gathered.
+set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/debian_files.cmake)
+set(CPACK_STIGRUZ_SOURCE ${PROJECT_SOURCE_DIR})
+set(CPACK_STIGRUZ_PACKAGES "tools;stigruz;runtime;${runtime_package};development;libflib-dev")
+include(CPack)
