@@ -3,7 +3,10 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <bit>
 #include <cerrno>
+#include <cstdint>
+#include <cstring>
 
 #include "flib/io/number.h"
 
@@ -22,6 +25,24 @@ constexpr bool is_blank(char c) {
 }
 constexpr bool ends_item(char c) {
     return is_blank(c) || c == '\n' || c == ',';
+}
+
+/// The first character that is neither a blank nor a newline. Blanks are passed over eight at once:
+/// how many there are before a number depends on its sign, which nobody can predict.
+const char* first_not_blank(const char* p, const char* end) {
+    constexpr std::uint64_t blanks = 0x2020202020202020;
+    while (end - p >= 8) {
+        std::uint64_t text = 0;
+        std::memcpy(&text, p, sizeof text);
+        text ^= blanks;
+        constexpr bool little_endian = std::endian::native == std::endian::little;
+        p += (little_endian ? std::countr_zero(text) : std::countl_zero(text)) / 8;
+        if (text == 0) continue;
+        if (*p != '\n' && *p != '\t') return p;
+        ++p;
+    }
+    while (p != end && (is_blank(*p) || *p == '\n')) ++p;
+    return p;
 }
 
 /// An item as a diagnostic shows it.
@@ -114,7 +135,7 @@ bool item_reader::refill_from_standard_input() {
 /// Passes over blanks and the ends of records; false at the end of the input.
 bool item_reader::skip_blanks() {
     for (;;) {
-        while (at_ != end_ && (is_blank(*at_) || *at_ == '\n')) ++at_;
+        at_ = first_not_blank(at_, end_);
         // A carriage return belongs to the end of a record only before a newline.
         if (end_ - at_ >= 2) {
             if (at_[0] != '\r' || at_[1] != '\n') return true;
@@ -202,15 +223,15 @@ void item_reader::take(std::int32_t& value) {
 }
 
 void item_reader::take(double& value) {
-    start_item(a_real);
+    // A number in a usual form that is at hand as a whole; all else goes the long way.
     double usual = 0;
-    const char* const end = scan_usual_real(at_, end_, usual);
+    const char* const end = scan_usual_real(first_not_blank(at_, end_), end_, usual);
     if (end != nullptr && end != end_ && ends_item(*end)) {
         value = usual;
         at_ = end;
+        first_ = false;
         return;
     }
-    first_ = true;  // the separator has been passed over
     take_number(value, parse_real, a_real);
 }
 

@@ -1,8 +1,13 @@
 #include "flib/io/number.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <charconv>
+#include <cmath>
+#include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <limits>
 #include <string>
 #include <system_error>
@@ -17,7 +22,7 @@ bool is_sign(char c) {
 }
 
 bool is_exponent_letter(char c) {
-    const char lower = to_lower(c);
+    const int lower = c | ('a' - 'A');
     return lower == 'e' || lower == 'd' || lower == 'q';
 }
 
@@ -47,6 +52,151 @@ bool parse_special(std::string_view word, double& value) {
     return true;
 }
 
+/// 10^q as `mantissa` x 2^`exponent`; the truth is less than 1 + 2^-50 units of the mantissa above.
+struct power_of_ten {
+    std::uint64_t mantissa;  // its highest bit is set
+    std::int32_t exponent;
+};
+
+/// With a factor of up to 19 digits, these powers give neither a subnormal nor an overflow.
+constexpr std::int32_t lowest_power = -307;
+constexpr std::int32_t highest_power = 288;
+
+__extension__ using uint128 = unsigned __int128;
+
+constexpr auto powers_of_ten = [] {
+    // Step by step in 128 bits: each of at most 307 steps loses less than 2^-124 of the value.
+    std::array<power_of_ten, highest_power - lowest_power + 1> powers{};
+    const auto fill = [&](std::int32_t last, std::int32_t step) {
+        uint128 value = uint128{1} << 127;
+        std::int32_t exponent = -127;
+        for (std::int32_t q = 0;; q += step) {
+            powers[static_cast<std::size_t>(q - lowest_power)] = {
+                static_cast<std::uint64_t>(value >> 64), exponent + 64};
+            if (q == last) return;
+            if (step > 0) {
+                value = (value >> 4) * 10;
+                exponent += 4;
+            } else {
+                value /= 10;
+            }
+            for (; value >> 127 == 0; --exponent) value <<= 1;
+        }
+    };
+    fill(lowest_power, -1);
+    fill(highest_power, 1);
+    return powers;
+}();
+
+/// `factor` x 10^`power`, correctly rounded; false if the leading 64 bits of the product do not
+/// decide how to round. `factor` must not be 0.
+bool scale(std::uint64_t factor, std::int32_t power, double& value) {
+    const power_of_ten& p = powers_of_ten[static_cast<std::size_t>(power - lowest_power)];
+    const int shift = std::countl_zero(factor);
+    const uint128 product = uint128{factor << shift} * p.mantissa;
+    // Of the upper half's 63 or 64 bits, a double keeps 53. The truth lies above that half by less
+    // than one unit for the lower half and 1 + 2^-50 for the power of ten.
+    const auto upper = static_cast<std::uint64_t>(product >> 64);
+    const int dropped = 10 + static_cast<int>(upper >> 63);
+    const std::uint64_t half = std::uint64_t{1} << (dropped - 1);
+    const std::uint64_t rest = upper & (2 * half - 1);
+    if (half - rest <= 3) return false;  // a difference below zero is a large one
+    const std::uint64_t mantissa = ((upper >> (dropped - 1)) + 1) / 2;
+    // The mantissa's highest bit, or its overflow to 2^53, adds to the exponent's field.
+    constexpr int mantissa_bits = 52;
+    constexpr int bias = 1023;
+    const int exponent = dropped + 64 + p.exponent - shift + mantissa_bits + bias - 1;
+    value =
+        std::bit_cast<double>((static_cast<std::uint64_t>(exponent) << mantissa_bits) + mantissa);
+    return true;
+}
+
+/// `factor` x 10^`power`, correctly rounded; false unless both are doubles without error, so that
+/// their one product or quotient is.
+[[gnu::noinline]] bool scale_exactly(std::uint64_t factor, std::ptrdiff_t power, double& value) {
+    static constexpr double powers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                        1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
+                                        1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
+    constexpr std::uint64_t exact_limit = std::uint64_t{1} << 53;
+    if (factor > exact_limit || power < -22 || power > 22) return false;
+    const auto exact = static_cast<double>(factor);
+    value = power < 0 ? exact / powers[-power] : exact * powers[power];
+    return true;
+}
+
+/// Appends the digits at `p` to `number`, eight at a time; of more than 24, only the first.
+const char* append_digits(const char* p, std::uint64_t& number) {
+    constexpr std::uint64_t each = 0x0101010101010101;
+    static constexpr std::uint64_t powers[] = {1,       10,        100,        1'000,      10'000,
+                                               100'000, 1'000'000, 10'000'000, 100'000'000};
+    for (int step = 0; step < 3; ++step) {
+        std::uint64_t text = 0;
+        std::memcpy(&text, p, sizeof text);
+        if constexpr (std::endian::native == std::endian::big) text = __builtin_bswap64(text);
+        text ^= '0' * each;
+        // Nothing but a digit leaves a byte below 10, so that the sum stays below 128.
+        const std::uint64_t others = ((text + 118 * each) | text) & 128 * each;
+        const int digits = others == 0 ? 8 : std::countr_zero(others) / 8;
+        if (digits == 0) break;
+        // Leading zeros make them eight; then neighbours are joined to pairs, pairs to fours,
+        // fours to the number.
+        text <<= 64 - 8 * digits;
+        text = text * (1 + (10 << 8)) >> 8 & 0x00ff00ff00ff00ff;
+        text = text * (1 + (100 << 16)) >> 16 & 0x0000ffff0000ffff;
+        text = text * (1 + (std::uint64_t{10'000} << 32)) >> 32;
+        number = number * powers[digits] + text;
+        p += digits;
+        if (digits < 8) break;
+    }
+    return p;
+}
+
+/// scan_usual_real() where some sixty characters can be looked at.
+const char* scan_within_reach(const char* p, double& value) {
+    // Neither sign nor size of the numbers follows a pattern, so there is no branch on them.
+    constexpr int most_digits = 19;  // they fit 64 bits
+    const bool negative = *p == '-';
+    p += static_cast<int>(negative) | static_cast<int>(*p == '+');
+
+    std::uint64_t mantissa = 0;
+    const char* const whole = p;
+    while (is_ascii_digit(*p) && p - whole <= most_digits) {
+        mantissa = mantissa * 10 + static_cast<std::uint64_t>(*p++ - '0');
+    }
+    std::ptrdiff_t digits = p - whole;
+    std::ptrdiff_t power = 0;
+    if (*p == '.') {
+        const char* const fraction = ++p;
+        p = append_digits(p, mantissa);
+        power = fraction - p;
+        digits -= power;
+    }
+    if (digits == 0 || digits > most_digits) return nullptr;
+
+    if (is_exponent_letter(*p)) {
+        ++p;
+        const bool down = *p == '-';
+        p += static_cast<int>(down) | static_cast<int>(*p == '+');
+        int exponent = 0;
+        const char* const first = p;
+        for (; is_ascii_digit(*p) && p - first < 4; ++p) exponent = exponent * 10 + (*p - '0');
+        if (p == first) return nullptr;
+        power += down ? -exponent : exponent;
+    }
+
+    double magnitude = 0;
+    if (mantissa != 0) {
+        if (power < lowest_power || power > highest_power) return nullptr;
+        if (!scale(mantissa, static_cast<std::int32_t>(power), magnitude) &&
+            !scale_exactly(mantissa, power, magnitude)) {
+            return nullptr;
+        }
+    }
+    value = std::bit_cast<double>(std::bit_cast<std::uint64_t>(magnitude) |
+                                  static_cast<std::uint64_t>(negative) << 63);
+    return p;
+}
+
 }  // namespace
 
 number_error parse_integer(std::string_view item, std::int32_t& value) {
@@ -62,6 +212,13 @@ number_error parse_integer(std::string_view item, std::int32_t& value) {
 }
 
 number_error parse_real(std::string_view item, double& value) {
+    double usual = 0;
+    if (scan_usual_real(item.data(), item.data() + item.size(), usual) ==
+            item.data() + item.size() &&
+        !item.empty()) {
+        value = usual;
+        return number_error::none;
+    }
     const bool negative = !item.empty() && item.front() == '-';
     std::string_view rest = item.substr(!item.empty() && is_sign(item.front()) ? 1 : 0);
 
@@ -122,53 +279,14 @@ number_error parse_real(std::string_view item, double& value) {
 }
 
 const char* scan_usual_real(const char* begin, const char* end, double& value) {
-    // Up to 19 digits fit 64 bits; a mantissa below 2^53 and a power of ten up to 22 are doubles
-    // without error, so that their one product or quotient is correctly rounded.
-    constexpr double powers[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
-                                 1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
-                                 1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
-    constexpr std::uint64_t exact_limit = std::uint64_t{1} << 53;
-    constexpr int most_digits = 19;
-
-    const char* p = begin;
-    const bool negative = p != end && *p == '-';
-    if (p != end && is_sign(*p)) ++p;
-
-    std::uint64_t mantissa = 0;
-    const auto take_digits = [&] {
-        const char* const first = p;
-        for (; p != end && is_ascii_digit(*p); ++p) {
-            mantissa = mantissa * 10 + static_cast<std::uint64_t>(*p - '0');
-        }
-        return p - first;
-    };
-    std::ptrdiff_t digits = take_digits();
-    std::ptrdiff_t power = 0;
-    if (p != end && *p == '.') {
-        ++p;
-        power = -take_digits();
-        digits -= power;
-    }
-    if (digits == 0 || digits > most_digits || mantissa > exact_limit) return nullptr;
-
-    if (p != end && is_exponent_letter(*p)) {
-        ++p;
-        const bool down = p != end && *p == '-';
-        if (p != end && is_sign(*p)) ++p;
-        int exponent = 0;
-        const char* const first = p;
-        for (; p != end && is_ascii_digit(*p) && p - first < 4; ++p) {
-            exponent = exponent * 10 + (*p - '0');
-        }
-        if (p == first) return nullptr;
-        power += down ? -exponent : exponent;
-    }
-    if (power < -22 || power > 22) return nullptr;
-
-    const double exact = static_cast<double>(mantissa);
-    const double scaled = power < 0 ? exact / powers[-power] : exact * powers[power];
-    value = negative ? -scaled : scaled;
-    return p;
+    // So far a scan may look; text that ends earlier is scanned in a copy with zeros behind it, so
+    // that the scan itself need not mind the end.
+    constexpr std::ptrdiff_t reach = 64;
+    if (end - begin >= reach) return scan_within_reach(begin, value);
+    char copy[reach + 1] = {};
+    std::copy(begin, end, copy);
+    const char* const behind = scan_within_reach(copy, value);
+    return behind == nullptr ? nullptr : begin + (behind - copy);
 }
 
 }  // namespace flib
