@@ -33,7 +33,8 @@ std::size_t count_digits(std::string_view text) {
 
 /// The exponent's digits as a number, held to what no mantissa can make up for.
 std::int64_t exponent_value(std::string_view digits, bool negative) {
-    constexpr std::int64_t huge = std::int64_t{1} << 60;
+    // Ten times it still fits 64 bits.
+    constexpr std::int64_t huge = std::int64_t{1} << 59;
     std::int64_t value = 0;
     for (const char c : digits) value = std::min(huge, value * 10 + (c - '0'));
     return negative ? -value : value;
