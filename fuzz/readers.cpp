@@ -1,0 +1,128 @@
+// Every reader on one damaged file.
+#include <unistd.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "flib/excited/qm_file_ci_xpy.h"
+#include "flib/excited/qm_file_mo_coeff_nbasis_nbsuse.h"
+#include "flib/excited/qm_file_nbasis_nbsuse.h"
+#include "flib/excited/qm_file_nci.h"
+#include "flib/io/unit.h"
+#include "flib/qm_file/qm_file_coord.h"
+#include "flib/qm_file/qm_file_force_tdip.h"
+#include "flib/qm_file/qm_file_mass.h"
+#include "flib/qm_file/qm_file_nat.h"
+#include "flib/qm_file/qm_file_natom.h"
+#include "flib/qm_file/qm_file_oniom.h"
+#include "flib/qm_file/qm_file_type.h"
+#include "flib/util/elements.h"
+#include "flib/util/gjf.h"
+#include "support.h"
+
+namespace {
+
+/// The routine must end as runs end, and leave no unit open.
+template <class Routine>
+void attempt(Routine&& routine) {
+    fuzz::ending_of(routine);
+    fuzz::require(flib::get_free_fid() == 100, "a unit was left open");
+}
+
+void read_atoms(std::string_view file, std::int32_t natom) {
+    const auto n = static_cast<std::size_t>(std::max(natom, 0));
+    std::int32_t info = 0;
+    std::vector<std::int32_t> nat(n);
+    std::vector<double> mass(n);
+    std::vector<double> vectors(3 * n);
+    const flib::matrix_view<double> x(vectors.data(), 3, natom);
+    std::vector<double> dipoles(9);
+    const flib::matrix_view<double> tdip(dipoles.data(), 3, 3);
+    attempt([&] {
+        flib::qm_file_nat(file, natom, nat, info);
+        std::vector<flib::fixed_text<2>> symbol(n);
+        flib::nat_to_symbol(natom, nat, symbol);
+    });
+    attempt([&] { flib::qm_file_coord(file, natom, x, info); });
+    attempt([&] { flib::qm_file_mass(file, natom, mass, info); });
+    attempt([&] { flib::qm_file_force_tdip(file, natom, 1, x, tdip, info); });
+    attempt([&] { flib::qm_file_force_tdip(file, natom, 3, x, tdip, info); });
+}
+
+void read_layers(std::string_view file) {
+    std::int32_t info = 0;
+    bool ifoniom = false;
+    attempt([&] { flib::qm_file_ifoniom(file, ifoniom, info); });
+    std::int32_t nqm = 0;
+    std::int32_t nqmmm = 0;
+    attempt([&] { flib::qm_file_natom_oniom_qm(file, nqm, nqmmm, info); });
+    for (const std::int32_t room : {nqm, 1}) {
+        std::vector<std::int32_t> idx(static_cast<std::size_t>(room));
+        attempt([&] { flib::qm_file_oniom_index(file, room, nqmmm, idx, info); });
+        for (const std::int32_t atom : idx) {
+            fuzz::require(atom >= 0 && atom <= nqmmm, "an index outside the whole system");
+        }
+    }
+}
+
+void read_excited_states(std::string_view file) {
+    std::int32_t info = 0;
+    std::int32_t na = 0;
+    std::int32_t nb = 0;
+    std::int32_t nbasis = 0;
+    std::int32_t nbsuse = 0;
+    // One branch takes a count from standard input.
+    static const fuzz::memory_file input("nbsuse= 22\n");
+    static const bool redirected = dup2(input.descriptor(), STDIN_FILENO) == STDIN_FILENO;
+    fuzz::require(redirected && lseek(STDIN_FILENO, 0, SEEK_SET) == 0, "no standard input");
+    attempt([&] { flib::qm_file_nbasis_nbsuse(file, na, nb, nbasis, nbsuse, info); });
+    for (const std::int32_t n : {nbasis, 3}) {
+        if (n > 200) continue;
+        std::vector<double> values(static_cast<std::size_t>(n < 1 ? 0 : n * n));
+        const flib::matrix_view<double> mo(values.data(), n, n);
+        attempt([&] { flib::qm_file_mo_coeff_nbasis_nbsuse(file, n, n, mo, info); });
+    }
+    std::int32_t ni = 0;
+    std::int32_t nvirtual = 0;
+    std::int32_t nci = 0;
+    std::int32_t nae = 0;
+    std::int32_t nfc = 0;
+    std::int32_t nfv = 0;
+    attempt([&] { flib::qm_file_nci(file, ni, nvirtual, nci, nae, nfc, nfv, info); });
+    std::vector<double> xpy(2 * 2 * 2 * 2);
+    attempt([&] { flib::qm_file_ci_xpy(file, 2, 2, 2, xpy, info); });
+    attempt([&] { flib::qm_file_ci_xpy(file, 0, 2, INT32_MAX, xpy, info); });
+}
+
+}  // namespace
+
+extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size,
+                                               std::size_t most, unsigned int seed) {
+    return fuzz::mutate_text(data, size, most, seed);
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    static fuzz::memory_file file;
+    file.fill({reinterpret_cast<const char*>(data), size});
+    const std::string& path = file.path();
+    std::int32_t info = 0;
+    attempt([&] {
+        flib::line_buffer type{"not touched"};
+        flib::line_buffer version;
+        flib::qm_file_type(path, type, version, info);
+    });
+    std::int32_t natom = 0;
+    attempt([&] { flib::qm_file_natom(path, natom, info); });
+    constexpr std::int32_t most_atoms = 1000;
+    fuzz::require(natom >= 0 || info == 0, "a count from nowhere");
+    read_atoms(path, 3);
+    if (natom != 3) read_atoms(path, std::min(natom, most_atoms));
+    read_layers(path);
+    read_excited_states(path);
+    attempt([&] {
+        std::int32_t count = 0;
+        flib::get_gjf_natom(path, count);
+        fuzz::require(count >= 0, "a negative number of atom lines");
+    });
+    return 0;
+}
