@@ -101,6 +101,7 @@ TEST(QmFileNbasisNbsuse, FollowsTheOrderOfACheckpoint) {
     // A missing line hides those that follow.
     EXPECT_THAT(of("beta electrons", "electrons"), ElementsAre(5, 0, 0, 0, -1));
     EXPECT_THAT(basis_of(dump), ElementsAre(0, 0, 0, 0, -1));
+    EXPECT_TRUE(support::ending_of([&] { basis_of((scratch.path() / "missing").string()); }));
 }
 
 /// Standard input from a file, for as long as this lives.

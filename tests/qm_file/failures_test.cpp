@@ -103,10 +103,9 @@ TEST(UnknownFile, EndsTheRunOrLeavesEverything) {
     const std::string unknown = scratch.file("unknown", "nothing that is known\n");
     const std::string binary = scratch.file("binary", std::string("\0\xff\r\x80\0\n\n\x01", 8));
     for (const reader who : {natom, reader::nat, reader::coord, reader::mass, reader::force_tdip}) {
-        const bool opens_by_itself = who == coord || who == force_tdip;
         for (const std::string& file : {missing, scratch.path().string()}) {
             const answer a = ask(who, file);
-            EXPECT_EQ(a.end.has_value(), !opens_by_itself);
+            EXPECT_EQ(a.end.has_value(), who != force_tdip);
             if (a.end) {
                 EXPECT_EQ(a.end->status, 2);
             }

@@ -82,7 +82,11 @@ void qm_file_nbasis_nbsuse(std::string_view fname, std::int32_t& na, std::int32_
     const line_buffer file_type = type_tag_of(fname);
     info = -1;
     const auto steps = steps_for<basis_steps>(basis_table, file_type.padded());
-    if (steps != nullptr) steps(fname, counts);
+    if (steps != nullptr) {
+        steps(fname, counts);
+    } else {
+        const input_unit must_open(fname);
+    }
     na = counts.na;
     nb = counts.nb;
     nbasis = counts.nbasis;

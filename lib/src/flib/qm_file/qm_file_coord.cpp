@@ -236,7 +236,11 @@ void qm_file_coord(std::string_view fname, std::int32_t natom, matrix_view<doubl
     const line_buffer file_type = type_tag_of(fname);
     info = -1;
     const coord_steps steps = steps_for<coord_steps>(coord_table, file_type.padded());
-    if (steps != nullptr && steps(fname, x)) info = 0;
+    if (steps == nullptr) {
+        const input_unit must_open(fname);
+        return;
+    }
+    if (steps(fname, {x.data(), 3, natom})) info = 0;
 }
 
 }  // namespace flib

@@ -13,10 +13,10 @@ namespace flib {
 /// are stored as the file gives them. Which of several tables counts, the first or the last, is a
 /// matter of each program's row.
 ///
-/// `info` is 0 after a complete table, else -1 with `x` unchanged: a file of another kind (or one
-/// that can not be opened), a missing table. Throws stop_run if `natom` is below 1, or if the table
-/// is missing in a Gaussian log (status 1), a ChemShell, Molpro or TURBOMOLE output (status 0);
-/// io_error if a table is too short.
+/// `info` is 0 after a complete table, else -1 with `x` unchanged: a file of another kind, a
+/// missing table. Throws stop_run if `natom` is below 1, or if the table is missing in a Gaussian
+/// log (status 1), a ChemShell, Molpro or TURBOMOLE output (status 0); io_error if the file can not
+/// be opened, if the table is missing in an NWChem output, or if a table is too short.
 void qm_file_coord(std::string_view fname, std::int32_t natom, matrix_view<double> x,
                    std::int32_t& info);
 

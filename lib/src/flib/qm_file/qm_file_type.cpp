@@ -125,8 +125,7 @@ verdict qchem_version(std::int32_t fid, std::string_view line, text_span version
     return verdict::recognised;
 }
 
-//                          Program Version 5.0.1 -  RELEASE  -
-//                             ORCA versions: 5.0.1
+//  Your ORCA version has been built with support for libXC version: 5.1.2
 verdict orca_version(std::int32_t, std::string_view line, text_span version) {
     assign_text(version, trim_left(after_first(':', line)));
     return verdict::recognised;
