@@ -15,6 +15,11 @@ endforeach()
 
 install(FILES completions/stigruz completions/qm_file completions/sgn_check
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
+install(DIRECTORY examples/workflow
+    DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT tools USE_SOURCE_PERMISSIONS)
+install(FILES docs/workflow.md docs/method.md
+    DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tools)
+
 install(DIRECTORY lib/src/flib
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
     FILES_MATCHING PATTERN "*.h")
