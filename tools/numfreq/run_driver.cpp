@@ -1,5 +1,8 @@
 #include "numfreq/run_driver.h"
 
+#include <sys/stat.h>
+
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -27,6 +30,41 @@ using flib::matrix;
 using flib::zeroed_array;
 
 constexpr std::int32_t result_unit = 1;
+
+/// An input file as it was at some moment. Each reader opens the file anew, and whoever writes it
+/// may not have finished.
+class file_state {
+  public:
+    explicit file_state(std::string_view name) : name_(flib::trim_right(name)) {
+        known_ = stat(name_.c_str(), &status_) == 0;
+    }
+
+    /// Ends the run if the file is no longer what it was.
+    void require_unchanged() const {
+        const file_state now(name_);
+        if (now.known_ == known_ && now.status_.st_dev == status_.st_dev &&
+            now.status_.st_ino == status_.st_ino && now.status_.st_size == status_.st_size &&
+            now.status_.st_mtim.tv_sec == status_.st_mtim.tv_sec &&
+            now.status_.st_mtim.tv_nsec == status_.st_mtim.tv_nsec) {
+            return;
+        }
+        throw flib::io_error(name_, 0, "was changed while it was being read");
+    }
+
+    /// Ends the run if so many atoms can not be in it. A file that no reader knows would not be
+    /// asked otherwise, and memory and result would grow with a count that may be absurd.
+    void require_room_for_atoms(std::int32_t natom) const {
+        constexpr std::int32_t always_granted = 1'000'000;
+        constexpr std::int64_t shortest_row = 6;  // "0 0 0" and a newline
+        if (!known_ || natom <= always_granted || natom <= status_.st_size / shortest_row) return;
+        throw flib::io_error(name_, 0, "is too short to hold " + std::to_string(natom) + " atoms");
+    }
+
+  private:
+    std::string name_;
+    struct stat status_ {};
+    bool known_ = false;
+};
 
 /// What the log says of the atoms, in its order.
 struct geometry {
@@ -67,6 +105,7 @@ void read_high_layer(std::string_view flog, geometry& atoms) {
     whole.read(flog);
     for (std::int32_t i = 1; i <= natom; ++i) {
         const auto to = static_cast<std::size_t>(i) - 1;
+        flib::fail_unless_in_system(flog, idx.all()[to], nqmmm);
         const auto from = static_cast<std::size_t>(idx.all()[to]) - 1;
         for (std::int32_t k = 1; k <= 3; ++k) atoms.x(k, i) = whole.x(k, idx.all()[to]);
         atoms.nat.all()[to] = whole.nat.all()[from];
@@ -99,6 +138,8 @@ void run_driver(std::span<const std::string_view> arguments) {
     const line_buffer flog = job_file(ffch.padded(), suffix::log);
     const line_buffer fsgn = job_file(ffch.padded(), suffix::result);
 
+    const file_state inputs[] = {file_state(flog.padded()), file_state(ffch.padded()),
+                                 file_state(fcis.padded())};
     sgn_parameters run;
     std::int32_t nbsuse = 0;
     double denmax_ref = 0;
@@ -106,6 +147,7 @@ void run_driver(std::span<const std::string_view> arguments) {
                   run.nfv, run.tden_maxloc, denmax_ref);
     const std::int32_t natom = run.natom;
     const std::int32_t nbasis = run.nmo;
+    inputs[0].require_room_for_atoms(natom);
 
     geometry atoms(natom);
     matrix<double> frc(3, natom, "the forces");
@@ -143,6 +185,7 @@ void run_driver(std::span<const std::string_view> arguments) {
     for (std::int32_t k = 1; k <= 3; ++k) {
         body.corrected_tdip[static_cast<std::size_t>(k) - 1] = tdip(k, 1) * run.sign;
     }
+    std::ranges::for_each(inputs, &file_state::require_unchanged);
     flib::open_replace(result_unit, fsgn.padded());
     write_sgn_parameters(result_unit, run);
     write_sgn_body(result_unit, body);

@@ -3,9 +3,11 @@
 
 #include <unistd.h>
 
+#include <array>
+#include <cerrno>
 #include <csignal>
+#include <exception>
 #include <new>
-#include <string>
 #include <string_view>
 #include <vector>
 
@@ -14,22 +16,59 @@
 
 namespace {
 
-/// Writes as much of `text` as can be written; there is nobody to tell of a failure.
-void write_out(int descriptor, std::string_view text) {
-    while (!text.empty()) {
-        const ssize_t written = write(descriptor, text.data(), text.size());
-        if (written <= 0) return;
-        text.remove_prefix(static_cast<std::size_t>(written));
+/// The last words of a run, cut should they be too long. They need no memory, because there may be
+/// none left, and go out in one piece, because other runs may write to the same file.
+class last_words {
+  public:
+    last_words& add(std::string_view text) {
+        length_ += text.copy(text_.data() + length_, text_.size() - length_);
+        return *this;
     }
+
+    /// Writes as much as can be written; there is nobody to tell of a failure.
+    void write_to(int descriptor) const {
+        for (std::string_view rest(text_.data(), length_); !rest.empty();) {
+            const ssize_t written = write(descriptor, rest.data(), rest.size());
+            if (written < 0 && errno == EINTR) continue;
+            if (written <= 0) return;
+            rest.remove_prefix(static_cast<std::size_t>(written));
+        }
+    }
+
+  private:
+    std::array<char, 4096> text_{};
+    std::size_t length_ = 0;
+};
+
+int report(std::string_view reason, std::string_view hint = {}) {
+    last_words().add("stigruz: ").add(reason).add(hint).add("\n").write_to(STDERR_FILENO);
+    return flib::exit_status::diagnostic;
 }
 
-int report(std::string_view reason, bool usage) {
-    std::string line = "stigruz: ";
-    line += reason;
-    if (usage) line += " (usage: stigruz CHECKPOINT [REFERENCE])";
-    line += '\n';
-    write_out(STDERR_FILENO, line);
-    return flib::exit_status::diagnostic;
+constexpr std::string_view no_memory = "not enough memory";
+
+/// All else is caught, so what is left is an exception for which there was no memory.
+[[noreturn]] void end_without_exception() {
+    _exit(report(no_memory));
+}
+
+int run(int argc, char** argv) {
+    try {
+        const std::vector<std::string_view> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
+        numfreq::run_driver(arguments);
+    } catch (const flib::stop_run& stop) {
+        last_words text;
+        for (const std::string& line : stop.lines) text.add(line).add("\n");
+        text.write_to(STDOUT_FILENO);
+        return stop.status;
+    } catch (const flib::run_error& error) {
+        return report(error.what(), argc < 2 ? " (usage: stigruz CHECKPOINT [REFERENCE])" : "");
+    } catch (const std::bad_alloc&) {
+        return report(no_memory);
+    } catch (const std::exception& error) {
+        return report(error.what());
+    }
+    return flib::exit_status::complete;
 }
 
 }  // namespace
@@ -38,18 +77,6 @@ int main(int argc, char** argv) {
     // A write that fails is reported like any other failure.
     std::signal(SIGXFSZ, SIG_IGN);
     std::signal(SIGPIPE, SIG_IGN);
-    const std::vector<std::string_view> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
-    try {
-        numfreq::run_driver(arguments);
-    } catch (const flib::stop_run& stop) {
-        std::string text;
-        for (const std::string& line : stop.lines) text += line + "\n";
-        write_out(STDOUT_FILENO, text);
-        return stop.status;
-    } catch (const flib::run_error& error) {
-        return report(error.what(), arguments.empty());
-    } catch (const std::bad_alloc&) {
-        return report("not enough memory", false);
-    }
-    return flib::exit_status::complete;
+    std::set_terminate(end_without_exception);
+    return run(argc, argv);
 }

@@ -10,6 +10,23 @@
 #include "flib/io/stop_run.h"
 
 namespace flib {
+namespace {
+
+/// Whether the reason why a file can not be opened lies in the file, not in the state of the
+/// process or the system: then trying again gives the same answer.
+bool lies_in_file(int error) {
+    constexpr int reasons[] = {ENOENT,       ENOTDIR, EACCES, EPERM, ELOOP,
+                               ENAMETOOLONG, ENXIO,   ENODEV, EISDIR};
+    return std::ranges::find(reasons, error) != std::end(reasons);
+}
+
+[[noreturn]] void fail(const std::string& path, const char* what, int error) {
+    const std::string message = what + errno_text(error);
+    if (lies_in_file(error)) throw io_error(path, 0, message);
+    throw run_error(printable(path) + ": " + message);
+}
+
+}  // namespace
 
 int above_standard_streams(int descriptor) {
     if (descriptor < 0 || descriptor > STDERR_FILENO) return descriptor;
@@ -24,20 +41,17 @@ text_file::text_file(std::string path) : path_(std::move(path)) {
     // O_NONBLOCK: opening a FIFO must not wait for a writer.
     descriptor_ =
         above_standard_streams(open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    if (descriptor_ < 0) throw io_error(path_, 0, "can not be opened: " + errno_text(errno));
-    struct stat status {};
-    const bool known = fstat(descriptor_, &status) == 0;
-    if (!known || !S_ISREG(status.st_mode)) {
-        const std::string reason =
-            known ? S_ISDIR(status.st_mode) ? "is a directory" : "is not a regular file"
-                  : "can not be examined: " + errno_text(errno);
-        close(descriptor_);
-        throw io_error(path_, 0, reason);
-    }
-    size_ = status.st_size;
-    capacity_ = static_cast<std::size_t>(
-        std::min<std::int64_t>(size_, static_cast<std::int64_t>(window_size)));
+    if (descriptor_ < 0) fail(path_, "can not be opened: ", errno);
     try {
+        struct stat status {};
+        if (fstat(descriptor_, &status) != 0) fail(path_, "can not be examined: ", errno);
+        if (!S_ISREG(status.st_mode)) {
+            throw io_error(path_, 0,
+                           S_ISDIR(status.st_mode) ? "is a directory" : "is not a regular file");
+        }
+        size_ = status.st_size;
+        capacity_ = static_cast<std::size_t>(
+            std::min<std::int64_t>(size_, static_cast<std::int64_t>(window_size)));
         window_.reset(new char[capacity_]);
     } catch (...) {
         close(descriptor_);

@@ -42,6 +42,7 @@ std::vector<std::int32_t> high_layer_index(std::string_view fname, std::int32_t 
     std::vector<std::int32_t> idx(static_cast<std::size_t>(nqm));
     qm_file_oniom_index(fname, nqm, nqmmm, idx, info);
     if (natom != nqm) throw stop_run{exit_status::stopped, {" natom != nqm, stop!"}};
+    for (const std::int32_t atom : idx) fail_unless_in_system(fname, atom, nqmmm);
     return idx;
 }
 

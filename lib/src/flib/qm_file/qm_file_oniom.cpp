@@ -104,11 +104,12 @@ class index_writer {
 // 0 1 0 1 0 1
 //  O     0   0.000000    0.000000    0.118000  H
 void index_of_input_file(std::string_view fname, std::int32_t& nqmmm, index_writer& index) {
-    std::vector<line_buffer> lines;
-    read_lines(fname, num_file_lines(fname), lines);
     std::int32_t first_atom = 0;
     get_gjf_atom_linenumber(fname, first_atom);
     get_gjf_natom(fname, nqmmm);
+    // No more lines than these counts ask for: the file may have changed since the last look at it.
+    std::vector<line_buffer> lines;
+    read_lines(fname, first_atom + nqmmm - 1, lines);
     const auto atom_text = [&](std::int32_t i) {
         return lines[static_cast<std::size_t>(first_atom + i) - 2].padded();
     };
@@ -170,6 +171,13 @@ void qm_file_oniom_index(std::string_view fname, std::int32_t nqm, std::int32_t&
     for (std::int32_t i = 1; i <= nqmmm; ++i) {
         if (read_is_high(fid, atoms.shape, layer_check::letters_only)) index.append(i);
     }
+}
+
+void fail_unless_in_system(std::string_view fname, std::int32_t atom, std::int32_t nqmmm) {
+    if (atom >= 1 && atom <= nqmmm) return;
+    throw io_error(trim_right(fname), 0,
+                   "the index of the high layer names atom " + std::to_string(atom) + " of " +
+                       std::to_string(nqmmm));
 }
 
 }  // namespace flib

@@ -32,4 +32,8 @@ void qm_file_natom_oniom_qm(std::string_view fname, std::int32_t& nqm, std::int3
 void qm_file_oniom_index(std::string_view fname, std::int32_t nqm, std::int32_t& nqmmm,
                          std::span<std::int32_t> idx, std::int32_t& info);
 
+/// Throws io_error unless `atom`, an entry of the index of the file `fname`, is one of the `nqmmm`
+/// atoms. A file that changes between two reads of it can leave entries at 0.
+void fail_unless_in_system(std::string_view fname, std::int32_t atom, std::int32_t nqmmm);
+
 }  // namespace flib
