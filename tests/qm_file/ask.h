@@ -1,10 +1,8 @@
 // Putting one question to a file: which reader, how many atoms; and what came back.
 #pragma once
 
-#include <cmath>
 #include <cstdint>
 #include <optional>
-#include <ostream>
 #include <string>
 #include <vector>
 
@@ -25,55 +23,26 @@ struct answer {
     std::int32_t info = untouched;
     std::vector<double> values;  // of force_tdip: the forces, then one dipole
 
-    bool unchanged() const {
-        for (const double value : values) {
-            if (value != untouched) return false;
-        }
-        return true;
-    }
+    bool unchanged() const { return values == std::vector<double>(values.size(), untouched); }
 };
 
-inline answer ask(reader who, const std::string& file, std::int32_t natom = 3) {
+inline answer ask(reader who, const std::string& file, std::int32_t atoms = 3) {
+    using enum reader;
     answer a;
-    const auto n = static_cast<std::size_t>(natom > 0 ? natom : 0);
-    std::int32_t count = untouched;
-    std::vector<std::int32_t> nat(n, untouched);
-    std::vector<double> real(3 * n + 3, untouched);
-    const flib::matrix_view<double> x(real.data(), 3, natom);
+    const auto n = static_cast<std::size_t>(atoms > 0 ? atoms : 0);
+    std::vector<std::int32_t> whole(who == natom ? 1 : n, untouched);
+    a.values.assign(who == mass ? n : who == coord ? 3 * n : 3 * n + 3, untouched);
+    const flib::matrix_view<double> x(a.values.data(), 3, atoms);
     a.end = support::ending_of([&] {
-        switch (who) {
-            case reader::natom:
-                return flib::qm_file_natom(file, count, a.info);
-            case reader::nat:
-                return flib::qm_file_nat(file, natom, nat, a.info);
-            case reader::coord:
-                return flib::qm_file_coord(file, natom, x, a.info);
-            case reader::mass:
-                return flib::qm_file_mass(file, natom, {real.data(), n}, a.info);
-            case reader::force_tdip:
-                const flib::matrix_view<double> tdip(real.data() + 3 * n, 3, 1);
-                return flib::qm_file_force_tdip(file, natom, 1, x, tdip, a.info);
+        if (who == natom) flib::qm_file_natom(file, whole[0], a.info);
+        if (who == nat) flib::qm_file_nat(file, atoms, whole, a.info);
+        if (who == coord) flib::qm_file_coord(file, atoms, x, a.info);
+        if (who == mass) flib::qm_file_mass(file, atoms, a.values, a.info);
+        if (who == force_tdip) {
+            flib::qm_file_force_tdip(file, atoms, 1, x, {x.data() + 3 * n, 3, 1}, a.info);
         }
     });
-    switch (who) {
-        case reader::natom:
-            a.values = {static_cast<double>(count)};
-            break;
-        case reader::nat:
-            a.values.assign(nat.begin(), nat.end());
-            break;
-        case reader::coord:
-            real.resize(3 * n);
-            a.values = real;
-            break;
-        case reader::mass:
-            real.resize(n);
-            a.values = real;
-            break;
-        case reader::force_tdip:
-            a.values = real;
-            break;
-    }
+    if (who == natom || who == nat) a.values.assign(whole.begin(), whole.end());
     return a;
 }
 

@@ -1,7 +1,8 @@
 // What each reader does with a file that lacks what it looks for.
 #include <gmock/gmock.h>
 
-#include "flib/qm_file/qm_file_type.h"
+#include <ostream>
+
 #include "qm_file/ask.h"
 
 namespace {
