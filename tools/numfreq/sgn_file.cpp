@@ -57,12 +57,12 @@ std::string real_field(double value) {
     return scientific_field(value, real_width, 10);
 }
 
-constexpr std::size_t name_width = 15;
+constexpr int name_width = 15;
 
 /// A name, blanks and "= ": 17 characters for the names of the parameter block.
 std::string label(std::string_view name) {
     std::string text(name);
-    text.resize(name_width, ' ');
+    text.resize(std::size_t{name_width}, ' ');
     return text + "= ";
 }
 
@@ -101,17 +101,18 @@ void require_heading(std::int32_t fid, std::string_view text) {
 
 /// Reads the next record, which must reach to its last column: a number that was cut short there
 /// would still be one.
-flib::line_buffer whole_record(std::int32_t fid, std::size_t columns) {
+flib::line_buffer whole_record(std::int32_t fid, int columns) {
     flib::line_buffer line;
     flib::require_record(fid, line);
-    if (line.trimmed().size() < columns) fail(fid, "the line is cut short");
+    if (line.trimmed().size() < static_cast<std::size_t>(columns))
+        fail(fid, "the line is cut short");
     return line;
 }
 
 /// Reads the record of atom `i`, its number in front.
 template <class... Values>
 void read_atom(std::int32_t fid, std::int32_t i, int columns, Values&&... values) {
-    const flib::line_buffer line = whole_record(fid, static_cast<std::size_t>(1 + columns));
+    const flib::line_buffer line = whole_record(fid, 1 + columns);
     std::int32_t number = 0;
     flib::read_items(flib::held_record{fid, line.padded()}, number, values...);
     if (number != i) fail(fid, "expected atom " + std::to_string(i));

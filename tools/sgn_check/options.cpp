@@ -51,16 +51,21 @@ double threshold_of(std::string_view name, std::string_view text) {
                           flib::printable(text) + "'");
 }
 
+constexpr bool is_only_shown(output form) {
+    return form == output::help || form == output::version;
+}
+
 void apply(const switch_option& option, options& result) {
     if (!option.form) {
         result.limits.pairs = false;
-    } else if (result.form == output::table || *option.form == result.form) {
-        result.form = *option.form;
-    } else if (*option.form == output::help || *option.form == output::version) {
-        result.form = *option.form;
-    } else if (result.form != output::help && result.form != output::version) {
+        return;
+    }
+    if (is_only_shown(result.form)) return;
+    if (!is_only_shown(*option.form) && result.form != output::table &&
+        result.form != *option.form) {
         throw flib::run_error("--json and --csv exclude each other");
     }
+    result.form = *option.form;
 }
 
 }  // namespace
@@ -101,7 +106,7 @@ options parse_options(std::span<const std::string_view> arguments) {
         }
         apply(*found, result);
     }
-    if (result.form == output::help || result.form == output::version) return result;
+    if (is_only_shown(result.form)) return result;
     if (names.size() < 2) {
         throw flib::run_error(
             "needs a reference and files to check (usage: sgn_check [OPTIONS] REFERENCE.sgn "
