@@ -2,9 +2,11 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <filesystem>
 #include <functional>
 
@@ -173,6 +175,23 @@ TEST(Output, FailureLeavesTheEarlierFile) {
     EXPECT_THAT(scratch.names(), ElementsAre("loop", "old", "protected", "taken"));
     EXPECT_TRUE(fs::is_empty(dir + "/taken"));
     EXPECT_EQ(support::contents_of(dir + "/protected"), "old\n");
+}
+
+TEST(Output, FileThatCanNotBeWrittenToTheEnd) {
+    const scratch_directory scratch;
+    const text path = scratch.file("old", "old\n");
+    rlimit before{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &before), 0);
+    const rlimit small{1000, before.rlim_max};
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    const auto end = ending_of([&] { replace_file(path, text(2000, 'x')); });
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &before), 0);
+    std::signal(SIGXFSZ, handler);
+    ASSERT_TRUE(end);
+    EXPECT_EQ(end->text, path + ": can not be written: File too large");
+    EXPECT_THAT(scratch.names(), ElementsAre("old"));
+    EXPECT_EQ(support::contents_of(path), "old\n");
 }
 
 TEST(StopRun, Messages) {
