@@ -61,7 +61,7 @@ TEST(SinglePrograms, ChooseUnitAndTable) {
         double z;  // of oxygen, Bohr
     };
     const variant variants[] = {
-        {"numforce/water.out", "Coordinate  Bohr", "Coordinate  bohr", 0.22298767},
+        {"numforce/water.out", "Coordinate  Bohr", "Coordinate b", 0.22298767},
         {"numforce/water.out", "Coordinate  Bohr", "Coordinate", 0.22298767 / 0.529177249},
         {"numforce/water.out", "Coordinate  Bohr", "Coordinate in B", 0.22298767 / 0.529177249},
         {"numforce/water.out", "  Bohr", " Angstrom", 0.22298767 / 0.529177249},
@@ -158,6 +158,9 @@ TEST(Oniom, ReadsTheHighLayerOfAnInputFile) {
     const layers found = layers_of(support::data_file("gaussian/oniom.gjf"), 4);
     EXPECT_EQ(found.nqmmm, 5);
     EXPECT_THAT(found.idx, ElementsAre(2, 3, 4, untouched));
+    // Programs that draw molecules write a blank before each symbol.
+    EXPECT_THAT(layers_of(scratch.file("gjf", replaced(text, "\nAr ", "\n Ar ")), 3).idx,
+                ElementsAre(2, 3, 4));
     EXPECT_EQ(layers_of(scratch.file("gjf", replaced(text, "oniom", "onion")), 3).idx,
               integers(3, untouched));
     // Every line is read at the place of the first line's last word, which the others may lack.

@@ -126,7 +126,7 @@ bool numforce_coord(std::string_view fname, matrix_view<double> x) {
     line_buffer line;
     if (!search_word_free(fid, keyword::coordinate, line)) return false;
     bool isbohr = false;
-    if (number_of_words(line.padded()) == 2) {
+    if (number_of_words(trim_left(line.padded())) == 2) {
         const line_buffer unit = item_of(held_record{fid, line.padded()}, 2);
         isbohr = unit.padded().front() == 'B' || unit.padded().front() == 'b';
     }

@@ -114,7 +114,7 @@ void index_of_input_file(std::string_view fname, std::int32_t& nqmmm, index_writ
         return lines[static_cast<std::size_t>(first_atom + i) - 2].padded();
     };
     // The layer stands where the first atom line has its last word, whatever the others look like.
-    const std::int32_t ncols = nqmmm < 1 ? 0 : number_of_words(atom_text(1));
+    const std::int32_t ncols = nqmmm < 1 ? 0 : number_of_words(trim_left(atom_text(1)));
     if (ncols < 1) return;
     for (std::int32_t i = 1; i <= nqmmm; ++i) {
         const held_text atom{trim_right(fname), first_atom + i - 1, atom_text(i)};
