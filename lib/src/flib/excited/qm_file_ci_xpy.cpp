@@ -1,5 +1,7 @@
 #include "flib/excited/qm_file_ci_xpy.h"
 
+#include <string>
+
 #include "flib/io/free_format.h"
 #include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
@@ -31,7 +33,14 @@ void qm_file_ci_xpy(std::string_view fname, std::int32_t ni, std::int32_t na, st
     // The roots' excitation energies come first.
     double energy = 0;
     for (std::int32_t root = 1; root <= nci; ++root) values.take(energy);
-    values.take(xpy.first(xpy_count(ni, na, nci)));
+    const std::size_t count = xpy_count(ni, na, nci);
+    if (count > xpy.size()) {
+        throw io_error(trim_right(fname), 0,
+                       std::to_string(count) +
+                           " amplitudes were asked for, but there is room for " +
+                           std::to_string(xpy.size()));
+    }
+    values.take(xpy.first(count));
     values.finish();
 }
 

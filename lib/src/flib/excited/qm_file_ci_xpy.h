@@ -19,7 +19,7 @@ std::size_t xpy_count(std::int32_t ni, std::int32_t na, std::int32_t nci);
 /// `xpy` is the array (virtual, occupied, component, root) of extents `na`, `ni`, 2, `nci`, first
 /// index fastest. `info` is the class code of qm_file_type(). Throws stop_run (status 1) for a file
 /// of another kind; io_error if the file can not be opened or holds too few numbers after its "Dump
-/// of file" line.
+/// of file" line, or if `xpy` is too short.
 void qm_file_ci_xpy(std::string_view fname, std::int32_t ni, std::int32_t na, std::int32_t nci,
                     std::span<double> xpy, std::int32_t& info);
 

@@ -1,5 +1,7 @@
 #include "flib/excited/qm_file_mo_coeff_nbasis_nbsuse.h"
 
+#include <string>
+
 #include "flib/io/free_format.h"
 #include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
@@ -23,7 +25,14 @@ void qm_file_mo_coeff_nbasis_nbsuse(std::string_view fname, std::int32_t nbasis,
     if (!(file_type == tag::gaussian_fchk)) stop_not_implemented();
     line_buffer line;
     go_to(fid, keyword::fchk_mo_coefficients, line);
-    read_items(fid, mo.all().first(element_count({nbsuse, nbasis}, "the MO coefficients")));
+    const std::size_t count = element_count({nbsuse, nbasis}, "the MO coefficients");
+    if (count > mo.all().size()) {
+        throw io_error(trim_right(fname), 0,
+                       "nbsuse x nbasis = " + std::to_string(count) +
+                           " MO coefficients were asked for, but there is room for " +
+                           std::to_string(mo.all().size()));
+    }
+    read_items(fid, mo.all().first(count));
     info = 0;
 }
 
