@@ -21,7 +21,8 @@ std::string final_target(std::string path) {
     for (int followed = 0; followed < most_links; ++followed) {
         char link[PATH_MAX];
         const ssize_t length = readlink(path.c_str(), link, sizeof link);
-        if (length < 0) return path;  // not a link, or nothing there
+        if (length < 0 && (errno == EINVAL || errno == ENOENT)) return path;  // not a link
+        if (length < 0) throw io_error(path, 0, "can not be written: " + errno_text(errno));
         const std::string target(link, static_cast<std::size_t>(length));
         const std::size_t slash = path.rfind('/');
         const bool relative = target.empty() || target.front() != '/';
@@ -37,6 +38,7 @@ class file_beside {
     explicit file_beside(const std::string& target) : target_(target) {
         struct stat old {};
         const bool replaces = stat(target.c_str(), &old) == 0;
+        if (!replaces && errno != ENOENT) fail_errno();
         if (replaces && !S_ISREG(old.st_mode))
             fail("the name is taken by something else than a file");
         if (replaces && faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0) fail_errno();
@@ -47,14 +49,14 @@ class file_beside {
                                  "." + std::to_string(getpid()) + "-";
         for (int attempt = 0; descriptor_ < 0; ++attempt) {
             path_ = stem + std::to_string(attempt);
-            descriptor_ = above_standard_streams(
-                open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+            descriptor_ = open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
             if (descriptor_ < 0 && (errno != EEXIST || attempt == 1000)) {
                 path_.clear();
                 fail_errno();
             }
         }
-        if (replaces && fchmod(descriptor_, old.st_mode & 07777U) != 0) {
+        descriptor_ = above_standard_streams(descriptor_);
+        if (descriptor_ < 0 || (replaces && fchmod(descriptor_, old.st_mode & 07777U) != 0)) {
             const int error = errno;
             discard();
             errno = error;
