@@ -4,28 +4,9 @@
 #include <charconv>
 #include <cmath>
 
+#include "flib/text/utf8.h"
+
 namespace tools {
-namespace {
-
-/// Length of the well-formed UTF-8 sequence at the start of `text`; 0 if there is none.
-std::size_t utf8_length(std::string_view text) {
-    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    const unsigned lead = byte(0);
-    if (lead < 0x80) return 1;
-    const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-    if (lead < 0xC2 || lead > 0xF4 || text.size() < length) return 0;
-    // After these leads the second byte is confined: no overlong forms, no surrogates, none beyond
-    // U+10FFFF.
-    const unsigned least = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
-    const unsigned most = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
-    if (byte(1) < least || byte(1) > most) return 0;
-    for (std::size_t i = 2; i < length; ++i) {
-        if ((byte(i) & 0xC0U) != 0x80U) return 0;
-    }
-    return length;
-}
-
-}  // namespace
 
 std::string json_string(std::string_view text) {
     constexpr std::string_view hex = "0123456789abcdef";
@@ -42,7 +23,7 @@ std::string json_string(std::string_view text) {
             quoted += "\\t";
         } else if (code < 0x20 || code == 0x7F) {
             quoted += {'\\', 'u', '0', '0', hex[code / 16U], hex[code % 16U]};
-        } else if (const std::size_t length = utf8_length(text); length > 0) {
+        } else if (const std::size_t length = flib::utf8_length(text); length > 0) {
             quoted += text.substr(0, length);
             taken = length;
         } else {

@@ -4,27 +4,22 @@
 #include <cstring>
 
 #include "flib/text/fixed_text.h"
+#include "flib/text/utf8.h"
 
 namespace flib {
-namespace {
-
-/// Length of the well-formed UTF-8 sequence of two or more bytes at the start of `text`, else 0.
-std::size_t multibyte_length(std::string_view text) {
-    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-    const std::size_t length = byte(0) >= 0xF0 ? 4U : byte(0) >= 0xE0 ? 3U : 2U;
-    if (byte(0) < 0xC2 || byte(0) > 0xF4 || text.size() < length) return 0;
-    for (std::size_t i = 1; i < length; ++i) {
-        if ((byte(i) & 0xC0U) != 0x80U) return 0;
-    }
-    // U+0080 to U+009F are control characters too.
-    return byte(0) == 0xC2 && byte(1) < 0xA0 ? 0 : length;
-}
-
-}  // namespace
 
 io_error::io_error(std::string_view file, std::int64_t line, std::string_view message)
     : run_error(printable(file) + (line > 0 ? ": line " + std::to_string(line) : "") + ": " +
                 std::string(message)) {}
+
+namespace {
+
+/// Whether the two-byte sequence at the start of `text` is one of U+0080 to U+009F.
+bool is_control_character(std::string_view text) {
+    return text[0] == '\xC2' && static_cast<unsigned char>(text[1]) < 0xA0;
+}
+
+}  // namespace
 
 std::string printable(std::string_view text) {
     std::string shown;
@@ -37,7 +32,8 @@ std::string printable(std::string_view text) {
             shown += "\\n";
         } else if (c == '\t') {
             shown += "\\t";
-        } else if (const std::size_t length = multibyte_length(text); length > 0) {
+        } else if (const std::size_t length = utf8_length(text);
+                   length > 1 && !is_control_character(text)) {
             shown += text.substr(0, length);
             taken = length;
         } else {
