@@ -17,7 +17,7 @@ install(FILES completions/stigruz completions/qm_file completions/sgn_check
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
 install(DIRECTORY examples/workflow
     DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT tools USE_SOURCE_PERMISSIONS)
-install(FILES docs/workflow.md docs/method.md
+install(FILES docs/workflow.md docs/method.md docs/sgn_check.md
     DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tools)
 
 install(DIRECTORY lib/src/flib

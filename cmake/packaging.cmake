@@ -20,7 +20,6 @@ endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME stigruz)
@@ -33,6 +32,12 @@ set(CPACK_COMPONENT_TOOLS_DESCRIPTION "consistent signs of excited-state transit
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${runtime_package})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+# Who links with the library depends on this package; the linker's cache follows the installation.
+file(WRITE ${PROJECT_BINARY_DIR}/debian/shlibs
+    "libflib ${PROJECT_VERSION_MAJOR} ${runtime_package} (>= ${PROJECT_VERSION})\n")
+file(WRITE ${PROJECT_BINARY_DIR}/debian/triggers "activate-noawait ldconfig\n")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
+    ${PROJECT_BINARY_DIR}/debian/shlibs ${PROJECT_BINARY_DIR}/debian/triggers)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "readers of quantum-chemistry output (shared library)
  Routines that find atoms, geometries, masses, forces, orbitals and
  excitation amplitudes in the text files of quantum-chemistry programs.")

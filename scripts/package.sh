@@ -1,0 +1,47 @@
+#!/usr/bin/env bash
+# Makes what can be handed out, in dist/ of build-package:
+#   a tarball of statically linked tools, which run on any Linux of this processor as they are;
+#   on Debian and its kin, packages: the tools, the shared library, and its development files.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+scripts/setup.sh package
+version=$(sed -n 's/^project(stigruz VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
+dist=$PWD/build-package/dist
+mkdir -p "$dist"
+
+fail() {
+    echo "$*" >&2
+    exit 1
+}
+
+scripts/build.sh build-package/static all -DCMAKE_BUILD_TYPE=Release -DSTIGRUZ_TESTS=OFF \
+    -DSTIGRUZ_SHARED=OFF -DCMAKE_EXE_LINKER_FLAGS=-static
+name=stigruz-$version-linux-$(uname -m)
+tree=build-package/$name
+rm -rf "$tree"
+cmake --install build-package/static --component tools --strip --prefix "$tree" >/dev/null
+for tool in "$tree"/bin/*; do
+    file "$tool" | grep -q "statically linked" || fail "$tool is not statically linked"
+done
+tar --create --gzip --sort=name --owner=0 --group=0 --numeric-owner \
+    --file "$dist/$name.tar.gz" -C build-package "$name"
+
+# As a user would: unpacked elsewhere, with nothing else on the path than a plain system has.
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+tar --extract --file "$dist/$name.tar.gz" -C "$work"
+cp examples/water/* "$work"
+(cd "$work" && env -i PATH="$work/$name/bin:/usr/bin:/bin" \
+    "$work/$name/share/doc/stigruz/examples/workflow/loop.sh" h2o_ref >"$work/said") ||
+    fail "$(cat "$work/said")"
+
+if command -v dpkg-shlibdeps >/dev/null; then
+    scripts/build.sh build-package/debian all -DCMAKE_BUILD_TYPE=Release -DSTIGRUZ_TESTS=OFF \
+        -DCMAKE_INSTALL_PREFIX=/usr
+    # Files in packages are writable by their owner only.
+    (cd build-package/debian && umask 022 && cpack -G DEB -B "$dist" >cpack.log) ||
+        fail "$(cat build-package/debian/cpack.log)"
+    rm -rf "$dist/_CPack_Packages"
+fi
+ls -l "$dist"
