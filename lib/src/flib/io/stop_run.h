@@ -36,7 +36,7 @@ class io_error : public run_error {
 };
 
 /// `text` fit for a one-line diagnostic: control characters and bytes that are not UTF-8 written
-/// as \n, \t or \xNN.
+/// as `\n`, `\t` or `\xNN`.
 std::string printable(std::string_view text);
 
 /// The reason behind an errno value, in the words of the C locale.
