@@ -24,11 +24,10 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME stigruz)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION science)
-set(CPACK_COMPONENT_TOOLS_DESCRIPTION "consistent signs of excited-state transition dipoles
- For jobs of numerical derivatives of excited states: stigruz gives the
- transition dipole of each job the sign of the reference, sgn_check tells
- which results deserve doubt, and qm_file shows what files of
- quantum-chemistry programs hold.")
+set(CPACK_DEBIAN_TOOLS_DESCRIPTION
+"This package holds the tools: stigruz gives the transition dipole of each job
+the sign of the reference, sgn_check tells which results deserve doubt, and
+qm_file shows what files of quantum-chemistry programs hold.")
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${runtime_package})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
@@ -38,17 +37,18 @@ file(WRITE ${PROJECT_BINARY_DIR}/debian/shlibs
 file(WRITE ${PROJECT_BINARY_DIR}/debian/triggers "activate-noawait ldconfig\n")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
     ${PROJECT_BINARY_DIR}/debian/shlibs ${PROJECT_BINARY_DIR}/debian/triggers)
-set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "readers of quantum-chemistry output (shared library)
- Routines that find atoms, geometries, masses, forces, orbitals and
- excitation amplitudes in the text files of quantum-chemistry programs.")
+set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
+"This package holds the shared library, whose routines find atoms, geometries,
+masses, forces, orbitals and excitation amplitudes in the text files of
+quantum-chemistry programs.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libflib-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${runtime_package} (= ${PROJECT_VERSION})")
-set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION "readers of quantum-chemistry output (development)
- Headers and the static library, for C++ programs that read the text files
- of quantum-chemistry programs. Found by CMake's find_package(flib) and by
- pkg-config.")
+set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION
+"This package holds headers and the static library, for C++ programs that read
+the text files of quantum-chemistry programs. CMake's find_package(flib) and
+pkg-config find them.")
 
 # What Debian asks of every package's documentation is made when the files are gathered.
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/debian_files.cmake)
