@@ -60,7 +60,8 @@ void read_layers(std::string_view file) {
         std::vector<std::int32_t> idx(static_cast<std::size_t>(room));
         attempt([&] { flib::qm_file_oniom_index(file, room, nqmmm, idx, info); });
         for (const std::int32_t atom : idx) {
-            fuzz::require(atom >= 0 && atom <= nqmmm, "an index outside the whole system");
+            fuzz::require(atom == 0 || (atom >= 1 && atom <= nqmmm),
+                          "an index outside the whole system");
         }
     }
 }
@@ -81,6 +82,7 @@ void read_excited_states(std::string_view file) {
         std::vector<double> values(static_cast<std::size_t>(n < 1 ? 0 : n * n));
         const flib::matrix_view<double> mo(values.data(), n, n);
         attempt([&] { flib::qm_file_mo_coeff_nbasis_nbsuse(file, n, n, mo, info); });
+        attempt([&] { flib::qm_file_mo_coeff_nbasis_nbsuse(file, n, nbsuse, mo, info); });
     }
     std::int32_t ni = 0;
     std::int32_t nvirtual = 0;

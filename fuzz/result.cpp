@@ -2,6 +2,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
+#include <cmath>
 #include <vector>
 
 #include "flib/io/unit.h"
@@ -45,14 +47,20 @@ std::string rewritten(const numfreq::sgn_contents& contents) {
     return text;
 }
 
-/// Whether the columns of the file can hold what was read.
+/// Whether the columns of the file can hold what was read, with a blank before each number.
 bool fits(const numfreq::sgn_contents& contents, std::string_view text) {
+    const auto no_blank = [](char c) { return c > ' ' && c <= '~' && c != ','; };
+    const auto below = [](double most) { return [=](double x) { return !(std::abs(x) >= most); }; };
     return text.find('*') == std::string_view::npos &&
-           std::ranges::all_of(contents.symbol, [](const numfreq::report_symbol& symbol) {
-               const std::string_view letters = symbol.trimmed();
-               return !letters.empty() && std::ranges::all_of(letters, [](char c) {
-                   return c > ' ' && c <= '~' && c != ',';
-               });
+           std::ranges::all_of(contents.symbol,
+                               [&](const numfreq::report_symbol& symbol) {
+                                   return !symbol.trimmed().empty() &&
+                                          std::ranges::all_of(symbol.trimmed(), no_blank);
+                               }) &&
+           std::ranges::all_of(contents.nat, below(1e5)) &&
+           std::ranges::all_of(contents.mass, below(1e5)) &&
+           std::ranges::all_of(contents.x, [&](const std::array<double, 3>& x) {
+               return std::ranges::all_of(x, below(9999));
            });
 }
 
