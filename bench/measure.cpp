@@ -1,6 +1,6 @@
 // measure DIRECTORY PROGRAM [ARGUMENTS...]: runs a program there, its output thrown away, and
-// prints its wall time in seconds and its peak memory in KiB. A program of its own, because the
-// system counts the memory of whoever starts a program as that program's.
+// prints its wall time and its processor time in seconds and its peak memory in KiB. A program of
+// its own, because the system counts the memory of whoever starts a program as that program's.
 
 #include <fcntl.h>
 #include <sys/resource.h>
@@ -24,6 +24,10 @@ int main(int argc, char** argv) {
     rusage usage{};
     if (wait4(child, &status, 0, &usage) != child || status != 0) return 1;
     const auto time = std::chrono::steady_clock::now() - start;
-    std::printf("%.9f %ld\n", std::chrono::duration<double>(time).count(), usage.ru_maxrss);
+    const auto seconds = [](const timeval& t) {
+        return static_cast<double>(t.tv_sec) + 1e-6 * static_cast<double>(t.tv_usec);
+    };
+    std::printf("%.9f %.6f %ld\n", std::chrono::duration<double>(time).count(),
+                seconds(usage.ru_utime) + seconds(usage.ru_stime), usage.ru_maxrss);
     return 0;
 }
