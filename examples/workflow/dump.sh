@@ -2,7 +2,7 @@
 # dump.sh NAME...
 # Makes of each Gaussian job's NAME.chk and NAME.rwf the text files that stigruz reads: NAME.fchk and
 # NAME.cis. Files that are there and not older are left alone. Needs Gaussian's formchk and rwfdump.
-set -uo pipefail
+set -o pipefail
 
 # make_text OUTPUT INPUT TOOL [ARGUMENTS]: TOOL INPUT OUTPUT ARGUMENTS. The output appears only if the
 # tool succeeds.

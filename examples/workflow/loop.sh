@@ -2,7 +2,7 @@
 # loop.sh REFERENCE
 # Treats the whole set in the working directory, one job after the other, and tells how it went.
 # Started again, it goes on with what is not finished.
-set -uo pipefail
+set -o pipefail
 here=$(dirname "$0")
 # shellcheck source=/dev/null
 . "$here/common.sh"

@@ -3,7 +3,7 @@
 # Treats the job NAME of the set in the working directory; the reference itself without REFERENCE.
 # A job whose result is up to date is left alone. Prints one line. What went wrong is kept in
 # NAME.err, and the status is then 1. The tool is $STIGRUZ, else stigruz.
-set -uo pipefail
+set -o pipefail
 here=$(dirname "$0")
 # shellcheck source=/dev/null
 . "$here/common.sh"

@@ -2,7 +2,7 @@
 # parallel.sh REFERENCE [PROCESSES]
 # Treats the whole set in the working directory, PROCESSES jobs at a time (as many as there are
 # processors), and tells how it went. Started again, it goes on with what is not finished.
-set -uo pipefail
+set -o pipefail
 here=$(dirname "$0")
 # shellcheck source=/dev/null
 . "$here/common.sh"

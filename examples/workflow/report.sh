@@ -4,7 +4,7 @@
 # why, and whether sgn_check finds the results trustworthy (its table is in sgn_check.txt).
 # Status 0: all jobs are finished and fine. The tool is $SGN_CHECK, else sgn_check; it may have
 # options: SGN_CHECK="sgn_check --no-pairs".
-set -uo pipefail
+set -o pipefail
 # shellcheck source=/dev/null
 . "$(dirname "$0")/common.sh"
 reference=${1:?"usage: report.sh REFERENCE"}
