@@ -24,7 +24,8 @@ cmake --install build-package/static --component tools --strip --prefix "$tree" 
 for tool in "$tree"/bin/*; do
     file "$tool" | grep -q "statically linked" || fail "$tool is not statically linked"
 done
-tar --create --gzip --sort=name --owner=0 --group=0 --numeric-owner \
+date=$(git log -1 --format=%cI 2>/dev/null || date -Is)
+tar --create --gzip --sort=name --mtime="$date" --owner=0 --group=0 --numeric-owner \
     --file "$dist/$name.tar.gz" -C build-package "$name"
 
 # As a user would: unpacked elsewhere, with nothing else on the path than a plain system has.
