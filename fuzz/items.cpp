@@ -156,6 +156,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string_view text(reinterpret_cast<const char*>(data) + 5, size - 5);
     check_numbers(text);
     check_numbers(text.substr(0, text.find_first_of(" ,\n")));
-    check_sequence(text, kinds, most);
+    // Files are slow, so most inputs are numbers only.
+    if (data[4] < 64) check_sequence(text, kinds, most);
     return 0;
 }

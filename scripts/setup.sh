@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Makes sure that what a task needs is installed: setup.sh build|test|lint|docs|package
+# Makes sure that what a task needs is installed: setup.sh build|test|lint|fuzz|docs|package
 # As root, what is missing is installed through apt; else it is named and the script fails.
 set -euo pipefail
 
@@ -29,13 +29,17 @@ case "${1:-build}" in
         need cppcheck cppcheck
         need shellcheck shellcheck
         ;;
+    fuzz)
+        need clang clang++
+        need llvm llvm-cov
+        ;;
     docs) need doxygen doxygen ;;
     package)
         need dpkg-dev dpkg-shlibdeps
         need file file
         ;;
     *)
-        echo "usage: setup.sh build|test|lint|docs|package" >&2
+        echo "usage: setup.sh build|test|lint|fuzz|docs|package" >&2
         exit 2
         ;;
 esac
