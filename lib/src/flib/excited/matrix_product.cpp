@@ -81,8 +81,8 @@ struct panels {
 /// into a function that is compiled for vectors of that size.
 template <std::size_t bytes, std::ptrdiff_t vectors, std::ptrdiff_t width_>
 struct kernel {
-    typedef double vector __attribute__((vector_size(bytes)));
-    typedef vector vector_in_memory __attribute__((aligned(alignof(double)), may_alias));
+    using vector [[gnu::vector_size(bytes)]] = double;
+    using vector_in_memory [[gnu::aligned(alignof(double)), gnu::may_alias]] = vector;
     static constexpr std::ptrdiff_t lanes = bytes / sizeof(double);
     static constexpr std::ptrdiff_t height = vectors * lanes;
     static constexpr std::ptrdiff_t width = width_;

@@ -246,12 +246,10 @@ number_error parse_real(std::string_view item, double& value) {
     if (!rest.empty()) {
         const bool lettered = is_exponent_letter(rest.front());
         if (lettered) rest.remove_prefix(1);
-        const bool exponent_signed = !rest.empty() && is_sign(rest.front());
-        if (!lettered && !exponent_signed) return number_error::not_a_number;
-        if (exponent_signed) {
-            negative_exponent = rest.front() == '-';
-            rest.remove_prefix(1);
-        }
+        const char sign = rest.empty() ? ' ' : rest.front();
+        if (!lettered && !is_sign(sign)) return number_error::not_a_number;
+        negative_exponent = sign == '-';
+        if (is_sign(sign)) rest.remove_prefix(1);
         exponent = rest;
         if (exponent.empty() || count_digits(exponent) != exponent.size()) {
             return number_error::not_a_number;
