@@ -16,7 +16,7 @@ fail() {
 }
 
 scripts/build.sh build-package/static all -DCMAKE_BUILD_TYPE=Release -DSTIGRUZ_TESTS=OFF \
-    -DSTIGRUZ_SHARED=OFF -DCMAKE_EXE_LINKER_FLAGS=-static
+    -DSTIGRUZ_SHARED=OFF -DSTIGRUZ_STATIC_TOOLS=ON
 name=stigruz-$version-linux-$(uname -m)
 tree=build-package/$name
 rm -rf "$tree"
@@ -39,7 +39,7 @@ cp examples/water/* "$work"
 
 if command -v dpkg-shlibdeps >/dev/null; then
     scripts/build.sh build-package/debian all -DCMAKE_BUILD_TYPE=Release -DSTIGRUZ_TESTS=OFF \
-        -DCMAKE_INSTALL_PREFIX=/usr
+        -DCMAKE_INSTALL_PREFIX=/usr -DSTIGRUZ_STATIC_TOOLS=OFF
     # Files in packages are writable by their owner only.
     (cd build-package/debian && umask 022 && cpack -G DEB -B "$dist" >cpack.log) ||
         fail "$(cat build-package/debian/cpack.log)"

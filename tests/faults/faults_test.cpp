@@ -78,11 +78,11 @@ class victim {
     outcome run(std::vector<std::string> command, const std::vector<std::string>& runner = {}) {
         support::write_file(at("a.sgn"), earlier);
         command.insert(command.end(), runner.begin(), runner.end());
-        command.push_back(TOOL_DIRECTORY "/stigruz");
+        command.push_back(PRELOADABLE_TOOL);
         command.insert(command.end(), arguments_.begin(), arguments_.end());
         outcome ended = support::run({"/usr/bin/env", command, directory_.path()});
         result_ = contents_of(at("a.sgn"));
-        if (command.front() == TOOL_DIRECTORY "/stigruz") right_result_ = result_;
+        if (command.front() == PRELOADABLE_TOOL) right_result_ = result_;
         return ended;
     }
 

@@ -35,7 +35,10 @@ constexpr std::string_view trim(std::string_view text) {
 
 /// Equality of texts of any lengths, trailing blanks not counting.
 constexpr bool equal_padded(std::string_view a, std::string_view b) {
-    return trim_right(a) == trim_right(b);
+    // The common length first: most comparisons are over with the first character.
+    const std::size_t common = std::min(a.size(), b.size());
+    if (a.substr(0, common) != b.substr(0, common)) return false;
+    return trim_right(a.substr(common)).empty() && trim_right(b.substr(common)).empty();
 }
 
 /// Stores `value` in `target`: cut at its length, or padded with blanks. The two may overlap.
