@@ -31,6 +31,8 @@ case "${1:-build}" in
         ;;
     fuzz)
         need clang clang++
+        need libclang-rt-dev \
+            "$(clang++ -print-resource-dir 2>/dev/null)/lib/linux/libclang_rt.fuzzer-$(uname -m).a"
         need llvm llvm-cov
         ;;
     docs) need doxygen doxygen ;;
