@@ -2,13 +2,17 @@
 # Makes what can be handed out, in dist/ of build-package:
 #   a tarball of statically linked tools, which run on any Linux of this processor as they are;
 #   on Debian and its kin, packages: the tools, the shared library, and its development files.
+# The tarball needs no more than the build.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-scripts/setup.sh package
+scripts/setup.sh build
 version=$(sed -n 's/^project(stigruz VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt)
 dist=$PWD/build-package/dist
 mkdir -p "$dist"
+# Every file is dated by the commit, so that the same sources give the same packages.
+SOURCE_DATE_EPOCH=${SOURCE_DATE_EPOCH:-$(git log -1 --format=%ct 2>/dev/null || date +%s)}
+export SOURCE_DATE_EPOCH
 
 fail() {
     echo "$*" >&2
@@ -22,10 +26,11 @@ tree=build-package/$name
 rm -rf "$tree"
 cmake --install build-package/static --component tools --strip --prefix "$tree" >/dev/null
 for tool in "$tree"/bin/*; do
-    file "$tool" | grep -q "statically linked" || fail "$tool is not statically linked"
+    readelf --program-headers "$tool" >"$tree.headers"
+    ! grep -q INTERP "$tree.headers" || fail "$tool is not statically linked"
 done
-date=$(git log -1 --format=%cI 2>/dev/null || date -Is)
-tar --create --gzip --sort=name --mtime="$date" --owner=0 --group=0 --numeric-owner \
+rm -f "$tree.headers"
+tar --create --gzip --sort=name --mtime="@$SOURCE_DATE_EPOCH" --owner=0 --group=0 --numeric-owner \
     --file "$dist/$name.tar.gz" -C build-package "$name"
 
 # As a user would: unpacked elsewhere, with nothing else on the path than a plain system has.
@@ -37,11 +42,14 @@ cp examples/water/* "$work"
     "$work/$name/share/doc/stigruz/examples/workflow/loop.sh" h2o_ref >"$work/said") ||
     fail "$(cat "$work/said")"
 
-if command -v dpkg-shlibdeps >/dev/null; then
+if [ "$(id -u)" -eq 0 ] && command -v apt-get >/dev/null; then scripts/setup.sh package; fi
+if ! command -v dpkg-shlibdeps >/dev/null; then
+    echo "No Debian packages are made: there is no dpkg-shlibdeps (package dpkg-dev)."
+else
     scripts/build.sh build-package/debian all -DCMAKE_BUILD_TYPE=Release -DSTIGRUZ_TESTS=OFF \
         -DCMAKE_INSTALL_PREFIX=/usr -DSTIGRUZ_STATIC_TOOLS=OFF
     # Files in packages are writable by their owner only.
-    (cd build-package/debian && umask 022 && cpack -G DEB -B "$dist" >cpack.log) ||
+    (cd build-package/debian && umask 022 && cpack -G DEB -B "$dist" >cpack.log 2>&1) ||
         fail "$(cat build-package/debian/cpack.log)"
     rm -rf "$dist/_CPack_Packages"
 fi

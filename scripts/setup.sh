@@ -36,10 +36,7 @@ case "${1:-build}" in
         need llvm llvm-cov
         ;;
     docs) need doxygen doxygen ;;
-    package)
-        need dpkg-dev dpkg-shlibdeps
-        need file file
-        ;;
+    package) need dpkg-dev dpkg-shlibdeps ;;
     *)
         echo "usage: setup.sh build|test|lint|fuzz|docs|package" >&2
         exit 2
