@@ -112,29 +112,26 @@ verdict judge_alone(const result_file& file) {
     verdict result;
     result.file = &file;
     if (!is_finite(file.contents)) {
-        result.findings.push_back({doubt::not_finite, "holds values that are not finite numbers"});
+        result.add(doubt::not_finite, "holds values that are not finite numbers");
     }
     if (file.contents.parameters.sign == 0) {
-        result.findings.push_back({doubt::sign_zero, "sign 0: the dipole is lost"});
+        result.add(doubt::sign_zero, "sign 0: the dipole is lost");
     }
     return result;
 }
 
 void judge_element(verdict& result, const sgn_parameters& file, const sgn_parameters& reference,
                    const thresholds& limits) {
-    const auto add = [&](doubt kind, std::string text) {
-        result.findings.push_back({kind, std::move(text)});
-    };
     if (file.tden_maxloc != reference.tden_maxloc) {
-        add(doubt::other_element, "judged at another element: " + element_text(file) +
-                                      " instead of " + element_text(reference));
+        result.add(doubt::other_element, "judged at another element: " + element_text(file) +
+                                             " instead of " + element_text(reference));
         return;
     }
     if (reference.tden_maxval != 0) {
         result.ratio = std::abs(file.tden_maxval / reference.tden_maxval);
         if (result.ratio < limits.min_ratio) {
-            add(doubt::small_element,
-                "small element: " + decimal(result.ratio, 3) + " of the reference's");
+            result.add(doubt::small_element,
+                       "small element: " + decimal(result.ratio, 3) + " of the reference's");
         }
     }
     // With its sign, the element has to have the phase of the reference's.
@@ -142,8 +139,8 @@ void judge_element(verdict& result, const sgn_parameters& file, const sgn_parame
     const std::int32_t signs = file.sign * reference.sign;
     if (file.tden_maxval != 0 && reference.tden_maxval != 0 && signs != 0 &&
         same_phase != (signs > 0)) {
-        add(doubt::sign_conflict,
-            "the sign contradicts the elements: made with another reference?");
+        result.add(doubt::sign_conflict,
+                   "the sign contradicts the elements: made with another reference?");
     }
 }
 
@@ -153,8 +150,8 @@ void judge_dipole(verdict& result, const vec3& file, const vec3& reference,
     result.turn = angle_between(file, reference);
     if (std::min(length(file), length(reference)) >= limits.min_dipole &&
         result.turn > limits.max_turn) {
-        result.findings.push_back(
-            {doubt::dipole_turned, "dipole turned by " + decimal(result.turn, 1) + " degrees"});
+        result.add(doubt::dipole_turned,
+                   "dipole turned by " + decimal(result.turn, 1) + " degrees");
     }
 }
 
@@ -162,22 +159,20 @@ verdict judge(const result_file& file, const result_file& reference, const thres
     verdict result = judge_alone(file);
     const sgn_contents& mine = file.contents;
     const sgn_contents& theirs = reference.contents;
-    const auto add = [&](doubt kind, std::string text) {
-        result.findings.push_back({kind, std::move(text)});
-    };
     if (std::string sizes = other_sizes(mine.parameters, theirs.parameters); !sizes.empty()) {
-        add(doubt::other_sizes, std::move(sizes));
+        result.add(doubt::other_sizes, std::move(sizes));
     }
     if (mine.x.size() == theirs.x.size()) {
         result.moved = displacement_of(mine, theirs);
         std::string atoms = other_atoms(mine, theirs);
-        if (!atoms.empty()) add(doubt::other_atoms, std::move(atoms));
+        if (!atoms.empty()) result.add(doubt::other_atoms, std::move(atoms));
         if (mine.nat == theirs.nat && is_finite(mine) && is_finite(theirs)) {
             result.rotation = frame_rotation(theirs.x, mine.x, theirs.mass);
         }
         if (result.rotation > limits.max_rotation) {
-            add(doubt::turned, "molecule turned by " + decimal(result.rotation, 2) +
-                                   " degrees: the frame was not kept, the sign means nothing");
+            result.add(doubt::turned,
+                       "molecule turned by " + decimal(result.rotation, 2) +
+                           " degrees: the frame was not kept, the sign means nothing");
         }
     }
     judge_element(result, mine.parameters, theirs.parameters, limits);
@@ -192,7 +187,7 @@ void judge_pair(verdict& one, const std::vector<verdict>& all, const thresholds&
         return other.moved && are_partners(*one.moved, *other.moved);
     });
     if (partner == all.end()) {
-        one.findings.push_back({doubt::no_partner, "no file with the opposite displacement"});
+        one.add(doubt::no_partner, "no file with the opposite displacement");
         return;
     }
     one.partner = partner->file;
@@ -200,9 +195,9 @@ void judge_pair(verdict& one, const std::vector<verdict>& all, const thresholds&
     for (std::size_t k = 0; k < 3; ++k) second[k] = one.change[k] + partner->change[k];
     one.asymmetry = length(second);
     if (one.asymmetry > limits.max_asymmetry) {
-        one.findings.push_back({doubt::asymmetric_pair,
-                                "dipole not symmetric with " + flib::printable(one.partner->name) +
-                                    ": " + decimal(one.asymmetry, 4) + " au"});
+        one.add(doubt::asymmetric_pair, "dipole not symmetric with " +
+                                            flib::printable(one.partner->name) + ": " +
+                                            decimal(one.asymmetry, 4) + " au");
     }
 }
 

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "numfreq/sgn_file.h"
@@ -77,6 +78,7 @@ struct verdict {
     std::vector<finding> findings;
 
     bool fine() const { return findings.empty(); }
+    void add(doubt kind, std::string text) { findings.push_back({kind, std::move(text)}); }
 };
 
 /// Judges the reference, which comes first in the result, and the files against it. The verdicts

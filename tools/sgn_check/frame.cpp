@@ -94,47 +94,17 @@ vec3 rotated(const vec4& q, const vec3& v) {
     return result;
 }
 
-/// Whether three of the atoms that stand where they were are off a line.
-bool is_pinned(std::span<const vec3> from, std::span<const vec3> to) {
-    std::vector<vec3> still;
-    for (std::size_t i = 0; i < from.size(); ++i) {
-        if (length(difference(to[i], from[i])) <= rounding) still.push_back(from[i]);
-    }
-    if (still.size() < 3) return false;
-    vec3 along{};
-    for (const vec3& x : still) {
-        const vec3 candidate = difference(x, still.front());
-        if (length(candidate) > length(along)) along = candidate;
-    }
-    constexpr double off_line = 0.1;
-    return std::any_of(still.begin(), still.end(), [&](const vec3& x) {
-        return length(cross(along, difference(x, still.front()))) > off_line * length(along);
-    });
-}
+/// The rigid motion that takes one geometry to another best, by weighted least squares.
+struct rigid_fit {
+    double angle = 0;              ///< of its rotation, degrees, 0 to 180; the smallest if free
+    bool axis_free = false;        ///< the atoms stand on a line: a turn about it shows nothing
+    std::vector<double> distance;  ///< per atom, from where it lands to where it should
+    double before = 0;             ///< weighted rms displacement, the common shift taken off
+    double after = 0;              ///< the same once the rotation is taken off too
+};
 
-/// Whether the atoms that took part in the fit keep their distances.
-bool is_rigid(const rigid_fit& fit, std::span<const double> weight) {
-    for (std::size_t i = 0; i < weight.size(); ++i) {
-        if (weight[i] > 0 && !(fit.distance[i] <= rounding)) return false;
-    }
-    return true;
-}
-
-}  // namespace
-
-double length(const vec3& v) {
-    return std::hypot(v[0], v[1], v[2]);
-}
-
-vec3 difference(const vec3& a, const vec3& b) {
-    return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
-}
-
-double angle_between(const vec3& a, const vec3& b) {
-    if (length(a) == 0 || length(b) == 0) return std::nan("");
-    return degrees * std::atan2(length(cross(a, b)), dot(a, b));
-}
-
+/// Fits `from` to `to`, arrays of the same length. Atoms of weight 0 do not take part, but their
+/// distances are given.
 rigid_fit fit_rotation(std::span<const vec3> from, std::span<const vec3> to,
                        std::span<const double> weight) {
     const vec3 from_centre = centre(from, weight);
@@ -187,6 +157,47 @@ rigid_fit fit_rotation(std::span<const vec3> from, std::span<const vec3> to,
     fit.before = std::sqrt(fit.before / total);
     fit.after = std::sqrt(fit.after / total);
     return fit;
+}
+
+/// Whether three of the atoms that stand where they were are off a line.
+bool is_pinned(std::span<const vec3> from, std::span<const vec3> to) {
+    std::vector<vec3> still;
+    for (std::size_t i = 0; i < from.size(); ++i) {
+        if (length(difference(to[i], from[i])) <= rounding) still.push_back(from[i]);
+    }
+    if (still.size() < 3) return false;
+    vec3 along{};
+    for (const vec3& x : still) {
+        const vec3 candidate = difference(x, still.front());
+        if (length(candidate) > length(along)) along = candidate;
+    }
+    constexpr double off_line = 0.1;
+    return std::any_of(still.begin(), still.end(), [&](const vec3& x) {
+        return length(cross(along, difference(x, still.front()))) > off_line * length(along);
+    });
+}
+
+/// Whether the atoms that took part in the fit keep their distances.
+bool is_rigid(const rigid_fit& fit, std::span<const double> weight) {
+    for (std::size_t i = 0; i < weight.size(); ++i) {
+        if (weight[i] > 0 && !(fit.distance[i] <= rounding)) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+double length(const vec3& v) {
+    return std::hypot(v[0], v[1], v[2]);
+}
+
+vec3 difference(const vec3& a, const vec3& b) {
+    return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
+}
+
+double angle_between(const vec3& a, const vec3& b) {
+    if (length(a) == 0 || length(b) == 0) return std::nan("");
+    return degrees * std::atan2(length(cross(a, b)), dot(a, b));
 }
 
 double frame_rotation(std::span<const vec3> from, std::span<const vec3> to,

@@ -14,20 +14,6 @@ using vec3 = std::array<double, 3>;
 /// between two of them (Angstrom).
 inline constexpr double rounding = 5e-6;
 
-/// The rigid motion that takes one geometry to another best, by weighted least squares.
-struct rigid_fit {
-    double angle = 0;              ///< of its rotation, degrees, 0 to 180; the smallest if free
-    bool axis_free = false;        ///< the atoms stand on a line: a turn about it shows nothing
-    std::vector<double> distance;  ///< per atom, from where it lands to where it should
-    double before = 0;             ///< weighted rms displacement, the common shift taken off
-    double after = 0;              ///< the same once the rotation is taken off too
-};
-
-/// Fits `from` to `to`, arrays of the same length. Atoms of weight 0 do not take part, but their
-/// distances are given.
-rigid_fit fit_rotation(std::span<const vec3> from, std::span<const vec3> to,
-                       std::span<const double> weight);
-
 /// By how much the frame of `to` is turned against that of `from` (degrees). Displaced atoms turn
 /// the best fit too, by up to about a degree in a light molecule, so this is 0 unless a turn is
 /// needed to explain the geometry:

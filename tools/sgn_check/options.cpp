@@ -60,12 +60,7 @@ void apply(const switch_option& option, options& result) {
         result.limits.pairs = false;
         return;
     }
-    if (is_only_shown(result.form)) return;
-    if (!is_only_shown(*option.form) && result.form != output::table &&
-        result.form != *option.form) {
-        throw flib::run_error("--json and --csv exclude each other");
-    }
-    result.form = *option.form;
+    if (!is_only_shown(result.form)) result.form = *option.form;
 }
 
 }  // namespace

@@ -44,15 +44,13 @@ bool wants_colour() {
 }
 
 /// Reads `name` to the end of `read`, or complains.
-bool read_file(const std::string& name, std::vector<sgn_check::result_file>& read,
+void read_file(const std::string& name, std::vector<sgn_check::result_file>& read,
                std::vector<sgn_check::unreadable_file>& unreadable) {
     try {
         read.push_back({name, numfreq::read_sgn_file(name)});
-        return true;
     } catch (const flib::run_error& error) {
         complain(error.what());
         unreadable.push_back({name, error.what()});
-        return false;
     }
 }
 
