@@ -32,7 +32,9 @@ class zeroed_array {
     /// Throws run_error, which names `what`, when there is not enough memory.
     zeroed_array(std::initializer_list<std::int32_t> extents, const char* what)
         : count_(element_count(extents, what)),
-          elements_(static_cast<T*>(std::calloc(count_ == 0 ? 1 : count_, sizeof(T)))) {
+          elements_(count_ > PTRDIFF_MAX / sizeof(T)
+                        ? nullptr
+                        : static_cast<T*>(std::calloc(count_ == 0 ? 1 : count_, sizeof(T)))) {
         if (!elements_) fail_allocation(what);
     }
 
