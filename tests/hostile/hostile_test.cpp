@@ -28,11 +28,12 @@ constexpr bool sanitized = false;
 /// A directory with a job "a", its reference and an earlier result.
 class hostile_place {
   public:
-    hostile_place() {
+    explicit hostile_place(std::int32_t virtual_orbitals = 3) {
         // What can not be allocated is no error of the program's.
         setenv("ASAN_OPTIONS", "allocator_may_return_null=1:max_allocation_size_mb=1024", 0);
         std::mt19937_64 random(17);
-        support::write_job(at(""), "a", support::random_job(random, 3, 1, 2, 3, 1, 2));
+        support::write_job(at(""), "a",
+                           support::random_job(random, 3, 1, 2, virtual_orbitals, 1, 2));
         EXPECT_EQ(run({"a.fchk"}).status, 0);
         fs::rename(at("a.sgn"), at("ref.sgn"));
         write_file(at("a.sgn"), earlier);
@@ -141,9 +142,9 @@ TEST(Hostile, Names) {
 
 TEST(Hostile, LittleMemory) {
     if (sanitized) GTEST_SKIP() << "the sanitizer needs the memory itself";
-    const hostile_place place;
+    const hostile_place place(150);
     int failed = 0;
-    for (rlim_t pages = 600; pages < 2500; pages += 10) {
+    for (rlim_t pages = 600; pages < 3000; pages += 15) {
         write_file(place.at("a.sgn"), earlier);
         const outcome ended = place.run({"a.fchk"}, {{RLIMIT_AS, pages * 4096}});
         if (ended.status == 0) {
