@@ -69,11 +69,14 @@ TEST(Frame, IsTurnedOnlyIfNoDisplacedAtomExplainsTheGeometry) {
     }
 }
 
-TEST(Frame, IsNotTurnedByANormalMode) {
+TEST(Frame, IsNotTurnedByANormalModeOrPartsOfAMolecule) {
     const auto& [from, mass, linear] = molecules[2];
     const geometry bent{{0.5, 0, 0.113}, {0.5, 0.81, -0.432}, {0.5, -0.81, -0.432}};
     EXPECT_EQ(sgn_check::frame_rotation(from, bent, mass), 0);
     EXPECT_NEAR(sgn_check::frame_rotation(from, turned(bent, 0, 20), mass), 20, 1.0);
+    const geometry still{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {2, 0, 3}, {-2, 0, 3}};
+    const geometry heavy_moved{still[0], still[1], still[2], {1.9, 0.7, 3}, {-1.9, -0.7, 3}};
+    EXPECT_EQ(sgn_check::frame_rotation(still, heavy_moved, std::vector{1., 1., 1., 99., 99.}), 0);
 }
 
 }  // namespace

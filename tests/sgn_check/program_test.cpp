@@ -11,9 +11,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-using support::outcome;
 using testing::HasSubstr;
-using testing::MatchesRegex;
 using words = std::vector<std::string>;
 
 /// A directory with good result files: the reference, and oxygen moved along +x and -x.
@@ -29,7 +27,7 @@ class SgnCheck : public testing::Test {
         fs::rename(path("h2o_01xm.sgn"), path("minus.sgn"));
     }
 
-    outcome run(const words& arguments, const char* tool = "sgn_check") const {
+    support::outcome run(const words& arguments, const char* tool = "sgn_check") const {
         return support::run({tool, arguments, scratch_.path()});
     }
 
@@ -81,27 +79,26 @@ TEST_F(SgnCheck, TellsWhatDeservesDoubt) {
     };
     for (const auto& [changes, option, doubts, text] : cases) {
         support::write_file(path("plus.sgn"), changed(changes));
-        const outcome told = run({option, "ref.sgn", "plus.sgn", "minus.sgn"});
+        const auto told = run({option, "ref.sgn", "plus.sgn", "minus.sgn"});
         EXPECT_EQ(told.status, doubts == "," ? 0 : 1);
         EXPECT_THAT(told.output, HasSubstr(text));
-        const outcome csv = run({"--csv", option, "ref.sgn", "plus.sgn", "minus.sgn"});
+        const auto csv = run({"--csv", option, "ref.sgn", "plus.sgn", "minus.sgn"});
         const std::regex last_fields("[^]*,\r\nplus[^\n]*,(.*)\r\nminus.*,(.*)\r\n");
         EXPECT_EQ(std::regex_replace(csv.output, last_fields, "$1,$2"), doubts) << text;
     }
 }
 
 TEST_F(SgnCheck, NamesFilesItCanNotReadAndGoesOn) {
-    const auto is_refused = [&](const std::string& contents, const std::string& complaint) {
+    const auto is_refused = [&](const std::string& contents, const std::string& why) {
         support::write_file(path("bad.sgn"), contents);
-        const outcome told = run({"ref.sgn", "plus.sgn", "bad.sgn", "minus.sgn"});
+        const auto told = run({"ref.sgn", "plus.sgn", "bad.sgn", "minus.sgn"});
         EXPECT_EQ(told.status, 2);
-        EXPECT_THAT(told.errors, MatchesRegex("sgn_check: bad.sgn: " + complaint + "[^\n]*\n"));
+        EXPECT_THAT(told.errors, testing::MatchesRegex("sgn_check: bad.sgn: " + why + "[^\n]*\n"));
         EXPECT_THAT(told.output, HasSubstr("All 3 files are fine."));
     };
     const std::string good = changed("");
     for (std::size_t i = 0; i + 1 < good.size(); i += 17) is_refused(good.substr(0, i), "");
     is_refused(good + good, "line 23: there is more");
-    is_refused(changed(" nmo > nmp "), "Can not find keyword nmo stop!");
     is_refused(changed("1\n>7\n"), "line 2: ");
     is_refused(changed("    0.010000>************"), "line 14: ");
     is_refused(changed(" 2    H> 3    H"), "line 15: expected atom 2");
@@ -117,9 +114,9 @@ TEST_F(SgnCheck, WritesJsonAndCsv) {
     support::write_file(path("plus.sgn"), changed("4.3660557217E-01>NAN"));
     EXPECT_THAT(run({"--csv", "ref.sgn", "plus.sgn", odd}).output,
                 HasSubstr("\r\n\"o\"\"d,\n\xFF\",-1,15,3,-0.43660557217,0.9996"));
-    const outcome told = run({"--json", "ref.sgn", "plus.sgn", odd, "absent.sgn"});
+    const auto told = run({"--json", "ref.sgn", "plus.sgn", odd, "absent.sgn"});
     support::write_file(path("told"), told.output);
-    const outcome json = run({"-m", "json.tool", "--compact", "told"}, "/usr/bin/python3");
+    const auto json = run({"-m", "json.tool", "--compact", "told"}, "/usr/bin/python3");
     for (const char* part :
          {R"("value":null,"dipole":[-0.5353,-0.0,0.0091],"ratio":null)",
           R"(0.01},"rotation":null,"partner":"o\"d,\n\ufffd","asymmetry":0.0001)",
@@ -132,7 +129,7 @@ TEST_F(SgnCheck, UnderstandsItsCommandLine) {
     for (const auto& [option, complaint] : {std::pair{"--jsn", "no option '--jsn'"},
                                             {"--max-turn=-1", "--max-turn takes a number"},
                                             {"--max-turn", "--max-turn needs a value"}}) {
-        const outcome told = run({"ref.sgn", "plus.sgn", option});
+        const auto told = run({"ref.sgn", "plus.sgn", option});
         EXPECT_EQ(told.status, 2);
         EXPECT_THAT(told.errors, HasSubstr(std::string("sgn_check: ") + complaint));
     }
