@@ -113,6 +113,8 @@ outcome run(const command& what) {
     const pid_t child = fork();
     if (child < 0) throw std::runtime_error("can not fork");
     if (child == 0) {
+        // What the test runner left open would count against limits.
+        for (int descriptor = STDERR_FILENO + 1; descriptor < 1024; ++descriptor) close(descriptor);
         redirect(input, O_RDONLY, STDIN_FILENO);
         redirect(streams.path() / "output", O_WRONLY | O_CREAT, STDOUT_FILENO);
         redirect(streams.path() / "errors", O_WRONLY | O_CREAT, STDERR_FILENO);
