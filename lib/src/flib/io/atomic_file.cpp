@@ -26,7 +26,8 @@ std::string final_target(std::string path) {
         const std::string target(link, static_cast<std::size_t>(length));
         const std::size_t slash = path.rfind('/');
         const bool relative = target.empty() || target.front() != '/';
-        path = relative && slash != std::string::npos ? path.substr(0, slash + 1) + target : target;
+        path.resize(relative && slash != std::string::npos ? slash + 1 : 0);
+        path += target;
     }
     throw io_error(path, 0, "can not be written: " + errno_text(ELOOP));
 }
