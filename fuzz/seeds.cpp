@@ -1,27 +1,12 @@
 // Writes made-up jobs as inputs of fuzz_job: fuzz_seeds DIRECTORY, run in an empty directory.
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <random>
 
 #include "numfreq/run_driver.h"
 #include "support/job.h"
-
-namespace support {
-
-// All that job.cpp needs of the tests' support.
-void write_file(const std::filesystem::path& path, std::string_view contents) {
-    std::ofstream(path, std::ios::binary) << contents;
-}
-
-}  // namespace support
+#include "support/support.h"
 
 namespace {
-
-std::string contents_of(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
 
 /// The log of a job of which the atoms are the high layer of a larger one: of three, the second
 /// belongs to the low layer.
@@ -53,7 +38,7 @@ int main(int argc, char** argv) {
                     support::random_job(random, 3, size - 1, size, size + 1, size - 1, size);
                 support::write_job(".", "a", job);
                 if (oniom) {
-                    support::write_file("a.log", layered(contents_of("a.log")));
+                    support::write_file("a.log", layered(support::contents_of("a.log")));
                     // The checkpoint counts the high layer only.
                     job.nat.resize(2);
                     support::write_file("a.fchk", support::checkpoint_text(job));
@@ -62,7 +47,7 @@ int main(int argc, char** argv) {
                 numfreq::run_driver(arguments);
                 std::string text = std::string(kind) + "\n";
                 for (const char* const name : {"a.log", "a.fchk", "a.cis", "a.sgn"}) {
-                    text += "%%%%\n" + contents_of(name);
+                    text += "%%%%\n" + support::contents_of(name);
                 }
                 support::write_file(target / ("seed" + std::to_string(number++)), text);
             }
