@@ -131,9 +131,11 @@ TEST(Stigruz, JudgesByTheProductOfTheTwoValues) {
 /// The fields of the lines of tests/data/endings.txt.
 std::vector<std::vector<std::string>> endings() {
     const auto field = [](std::string_view text) {
-        std::string unescaped(text.substr(text.empty() ? 0 : 1));  // "| " separates
-        for (std::size_t at; (at = unescaped.find("\\n")) != std::string::npos;) {
-            unescaped.replace(at, 2, "\n");
+        std::string unescaped;
+        for (std::size_t i = 1; i < text.size(); ++i) {  // "| " separates
+            const bool newline = text.substr(i).starts_with("\\n");
+            unescaped += newline ? '\n' : text[i];
+            if (newline) ++i;
         }
         return unescaped;
     };
@@ -145,9 +147,9 @@ std::vector<std::vector<std::string>> endings() {
         line.insert(0, " ");
         std::size_t from = 0;
         for (std::size_t bar; (bar = line.find(" |", from)) != std::string::npos; from = bar + 2) {
-            row.push_back(field(line.substr(from, bar - from)));
+            row.push_back(field(std::string_view(line).substr(from, bar - from)));
         }
-        row.push_back(field(line.substr(from)));
+        row.push_back(field(std::string_view(line).substr(from)));
     }
     return rows;
 }
