@@ -144,7 +144,7 @@ std::vector<std::vector<std::string>> endings() {
     for (std::string line; std::getline(lines, line);) {
         if (line.starts_with('#')) continue;
         std::vector<std::string>& row = rows.emplace_back();
-        line.insert(0, " ");
+        line.insert(line.begin(), ' ');
         std::size_t from = 0;
         for (std::size_t bar; (bar = line.find(" |", from)) != std::string::npos; from = bar + 2) {
             row.push_back(field(std::string_view(line).substr(from, bar - from)));
