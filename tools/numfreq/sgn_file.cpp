@@ -20,17 +20,20 @@ using flib::scientific_field;
 
 namespace name {
 constexpr std::string_view sign = "Transden_sign";
-constexpr std::string_view natom = "natom";
-constexpr std::string_view nmo = "nmo";
-constexpr std::string_view mi = "mi";
-constexpr std::string_view ma = "ma";
-constexpr std::string_view mci = "mci";
-constexpr std::string_view nfc = "NFC";
-constexpr std::string_view nfv = "NFV";
 constexpr std::string_view maxloc = "tden_maxloc";
 constexpr std::string_view maxval = "tden_maxval";
 constexpr std::string_view tdip = "Corrected_tdip";
 }  // namespace name
+
+/// The counts, in the order of their records.
+constexpr struct {
+    std::string_view name;
+    std::int32_t sgn_parameters::*value;
+} counts[] = {
+    {"natom", &sgn_parameters::natom}, {"nmo", &sgn_parameters::nmo}, {"mi", &sgn_parameters::mi},
+    {"ma", &sgn_parameters::ma},       {"mci", &sgn_parameters::mci}, {"NFC", &sgn_parameters::nfc},
+    {"NFV", &sgn_parameters::nfv},
+};
 
 /// Records that hold nothing but a text.
 namespace heading {
@@ -161,13 +164,7 @@ void read_body(std::int32_t fid, sgn_contents& contents) {
 void write_sgn_parameters(std::int32_t fid, const sgn_parameters& parameters) {
     flib::write_record(fid, heading::parameters);
     write_count(fid, name::sign, parameters.sign);
-    write_count(fid, name::natom, parameters.natom);
-    write_count(fid, name::nmo, parameters.nmo);
-    write_count(fid, name::mi, parameters.mi);
-    write_count(fid, name::ma, parameters.ma);
-    write_count(fid, name::mci, parameters.mci);
-    write_count(fid, name::nfc, parameters.nfc);
-    write_count(fid, name::nfv, parameters.nfv);
+    for (const auto& [name, value] : counts) write_count(fid, name, parameters.*value);
     write(fid, label(name::maxloc) + integer_field(parameters.tden_maxloc[0], integer_width) +
                    integer_field(parameters.tden_maxloc[1], integer_width));
     write(fid, label(name::maxval) + real_field(parameters.tden_maxval));
@@ -202,14 +199,8 @@ void write_sgn_body(std::int32_t fid, const sgn_body& body) {
 
 sgn_parameters read_sgn_parameters(std::int32_t fid) {
     sgn_parameters parameters;
-    // The search only goes forward, so this is the order in which they must stand.
-    read_values(fid, name::natom, parameters.natom);
-    read_values(fid, name::nmo, parameters.nmo);
-    read_values(fid, name::mi, parameters.mi);
-    read_values(fid, name::ma, parameters.ma);
-    read_values(fid, name::mci, parameters.mci);
-    read_values(fid, name::nfc, parameters.nfc);
-    read_values(fid, name::nfv, parameters.nfv);
+    // The search only goes forward, so they must stand in this order.
+    for (const auto& [name, value] : counts) read_values(fid, name, parameters.*value);
     read_values(fid, name::maxloc, parameters.tden_maxloc[0], parameters.tden_maxloc[1]);
     read_values(fid, name::maxval, parameters.tden_maxval);
     return parameters;
