@@ -138,7 +138,8 @@ TEST_F(SgnCheck, UnderstandsItsCommandLine) {
 }
 
 TEST_F(SgnCheck, ColoursItsVerdictsOnATerminal) {
-    if (!fs::exists("/usr/bin/script")) GTEST_SKIP() << "no terminal to be had";
+    const int terminal = run({"-qec", "true", "/dev/null"}, "/usr/bin/script").status;
+    if (terminal != 0) GTEST_SKIP() << "no terminal to be had";
     for (const std::string settings : {"TERM=xterm NO_COLOR=", "TERM=xterm NO_COLOR=1"}) {
         const std::string command = settings + " " TOOL_DIRECTORY "/sgn_check ref.sgn plus.sgn";
         const std::string shown = run({"-qec", command, "/dev/null"}, "/usr/bin/script").output;
