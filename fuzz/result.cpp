@@ -60,7 +60,7 @@ bool fits(const numfreq::sgn_contents& contents, std::string_view text) {
            std::ranges::all_of(contents.nat, below(1e5)) &&
            std::ranges::all_of(contents.mass, below(1e5)) &&
            std::ranges::all_of(contents.x, [&](const std::array<double, 3>& x) {
-               return std::ranges::all_of(x, below(9999));
+               return std::ranges::all_of(x, [](double c) { return !(c <= -999 || c >= 9999); });
            });
 }
 
