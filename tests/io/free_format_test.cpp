@@ -53,40 +53,8 @@ std::string taken(std::string_view contents, std::string_view steps) {
 }
 
 TEST(FreeFormat, TakesItemsWhereverTheyStand) {
-    const std::string far(300000, ' ');
-    const std::string long_item(300000, 'x');
-    const std::string no_integer = " stands where an integer was expected";
-    const std::string no_real = " stands where a real number was expected";
-    const struct {
-        std::string contents;
-        const char* steps;
-        std::string expected;
-    } cases[] = {
-        {"1,2 ,3\t4 ,\t5,6\n", "iiriii", "1 2 3 4 5 6"},
-        {"\n \t\n\r\n 1\r\n\r\n,2,\n3\r\n", "iii", "1 2 3"},
-        {",a,,b ,, c\n", "tttttt", "[] [a] [] [b] [] [c]"},
-        {"'a b' /c* 2*3 abcdefgh\n", "ttttt", "['a] [b'] [/c*] [2*3] [abcdef]"},
-        {"1 2 3\n4\n5 6\n", "i;-i;L", "1 5 END"},
-        {"1 2\n3 4 5 x\n6 7.5\n8 x\n9\n", "i;R;R;L", "1 3 4 5 6 7.5 8 9"},
-        {"1" + far + "2" + far + "\n3 x\n4\n", "rri;L", "1 2 3 4"},
-        {far + "\n" + far + "7 " + long_item + " 8\n9\n", "i-i;L", "7 8 9"},
-        {long_item + "," + long_item + "\n1\n", "tt;i", "[xxxxxx] [xxxxxx] 1"},
-        {"1 2\n3\n", "LHi-i", "1 2 1 line 1: the line ends where an integer was expected"},
-        {"1\nabc\n", "LLHr", "1 abc line 2: 'abc'" + no_real},
-        {"1\n" + far + "\n2 x\n", "iii", "1 2 line 3: 'x'" + no_integer},
-        {"1,,2\n", "ri", "1 line 1: nothing between two commas" + no_integer},
-        {"\n2147483648\n", "i", "line 2: '2147483648' is too large for an integer"},
-        {"1D+999\n", "r", "line 1: '1D+999' is too large for a real number"},
-        {"1\n2\n", "iir", "1 2 line 2: the file ends where a real number was expected"},
-        {"", "i", "the file ends where an integer was expected (the file is empty)"},
-        {"a\n", "LLi", "a END line 1: the file ended before this read"},
-        {"1 2\n3", "R", "1 2 3"},
-        {"1 2\nx 3\n", "R", "line 2: 'x'" + no_real + " (value 3 of 3)"},
-        {"1 2\n", "R", "line 1: the file is too short to hold 3 values, each a real number"},
-        {long_item, "i", "line 1: '" + long_item.substr(0, 40) + "...'" + no_integer},
-    };
-    for (const auto& [contents, steps, expected] : cases) {
-        EXPECT_EQ(taken(contents, steps), expected) << contents.substr(0, 40);
+    for (const auto& row : support::table_of("free_format.txt")) {
+        EXPECT_EQ(taken(row[1], row[0]), row[2]) << row[1].substr(0, 40);
     }
 }
 

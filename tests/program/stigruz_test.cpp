@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <sstream>
 
 #include "support/support.h"
 
@@ -128,36 +127,10 @@ TEST(Stigruz, JudgesByTheProductOfTheTwoValues) {
     EXPECT_THAT(result, HasSubstr(" tden_maxval    =    -4."));
 }
 
-/// The fields of the lines of tests/data/endings.txt.
-std::vector<std::vector<std::string>> endings() {
-    const auto field = [](std::string_view text) {
-        std::string unescaped;
-        for (std::size_t i = 1; i < text.size(); ++i) {  // "| " separates
-            const bool newline = text.substr(i).starts_with("\\n");
-            unescaped += newline ? '\n' : text[i];
-            if (newline) ++i;
-        }
-        return unescaped;
-    };
-    std::vector<std::vector<std::string>> rows;
-    std::istringstream lines(contents_of(support::data_file("endings.txt")));
-    for (std::string line; std::getline(lines, line);) {
-        if (line.starts_with('#')) continue;
-        std::vector<std::string>& row = rows.emplace_back();
-        line.insert(line.begin(), ' ');
-        std::size_t from = 0;
-        for (std::size_t bar; (bar = line.find(" |", from)) != std::string::npos; from = bar + 2) {
-            row.push_back(field(std::string_view(line).substr(from, bar - from)));
-        }
-        row.push_back(field(std::string_view(line).substr(from)));
-    }
-    return rows;
-}
-
 /// Whatever is wrong, the status and the message are as stated, and an earlier result stays what it
 /// was.
 TEST(Stigruz, EndsAsStatedAndLeavesTheEarlierResult) {
-    for (const std::vector<std::string>& row : endings()) {
+    for (const std::vector<std::string>& row : support::table_of("endings.txt")) {
         SCOPED_TRACE(row[0]);
         const water_jobs job;
         const bool mapped = row[1] == "map";

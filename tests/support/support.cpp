@@ -20,6 +20,47 @@ std::string data_file(std::string_view name) {
     return std::string(TEST_DATA "/").append(name);
 }
 
+namespace {
+
+std::string unescaped(std::string text) {
+    const std::pair<std::string, char> escapes[] = {{"\\n", '\n'}, {"\\r", '\r'}, {"\\t", '\t'}};
+    for (const auto& [escape, meant] : escapes) {
+        for (std::size_t at; (at = text.find(escape)) != std::string::npos;) {
+            text.replace(at, escape.size(), 1, meant);
+        }
+    }
+    for (std::size_t at; (at = text.find("\\{")) != std::string::npos;) {
+        const std::size_t once = text.find(' ', at) + 1;
+        const std::size_t end = text.find('}', once);
+        std::string repeated;
+        for (int n = std::stoi(text.substr(at + 2)); n > 0; --n) {
+            repeated.append(text, once, end - once);
+        }
+        text.replace(at, end + 1 - at, repeated);
+    }
+    return text;
+}
+
+}  // namespace
+
+std::vector<std::vector<std::string>> table_of(std::string_view fixture) {
+    std::vector<std::vector<std::string>> rows;
+    std::istringstream lines(contents_of(data_file(fixture)));
+    for (std::string line; std::getline(lines, line);) {
+        if (line.empty() || line.starts_with('#')) continue;
+        std::vector<std::string>& row = rows.emplace_back();
+        line = " " + line + " |";
+        std::size_t from = 0;
+        for (std::size_t bar; (bar = line.find(" |", from)) != std::string::npos; from = bar + 2) {
+            const std::size_t start = std::min(from + 1, bar);  // after the blank, if there is one
+            row.push_back(unescaped(line.substr(start, bar - start)));
+        }
+        if (row.size() != rows.front().size()) throw std::runtime_error("fields of " + line);
+    }
+    if (rows.empty()) throw std::runtime_error("no rows in " + std::string(fixture));
+    return rows;
+}
+
 std::string contents_of(const fs::path& path) {
     std::ifstream file(path, std::ios::binary);
     if (!file) throw std::runtime_error("no file " + path.string());

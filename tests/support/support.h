@@ -15,6 +15,11 @@ namespace support {
 /// A fixture file below tests/data.
 std::string data_file(std::string_view name);
 
+/// The rows of a table below tests/data: one a line, all with as many fields as the first, which
+/// are separated by " | ". In a field, \n, \r and \t stand for characters, \{N TEXT} for N times
+/// TEXT. Empty lines and those that start with # are left out.
+std::vector<std::vector<std::string>> table_of(std::string_view fixture);
+
 std::string contents_of(const std::filesystem::path& path);
 void write_file(const std::filesystem::path& path, std::string_view contents);
 
