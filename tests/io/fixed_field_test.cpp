@@ -31,11 +31,9 @@ TEST(Fields, AsPrintfWritesThem) {
                                               std::pow(10.0, -static_cast<int>(bits % 25));
         char fixed[400];
         char scientific[40];
-        if (std::snprintf(fixed, sizeof fixed, "%15.8f", value) > 15) {
-            std::snprintf(fixed, sizeof fixed, "%s", "***************");
-        }
+        const bool fits = std::snprintf(fixed, sizeof fixed, "%15.8f", value) == 15;
         std::snprintf(scientific, sizeof scientific, "%20.10E", value);
-        ASSERT_EQ(fixed_field(value, 15, 8), fixed);
+        ASSERT_EQ(fixed_field(value, 15, 8), fits ? fixed : "***************");
         ASSERT_EQ(scientific_field(value, 20, 10), scientific);
     }
 }

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <optional>
 #include <sstream>
 
 #include "flib/io/unit.h"
@@ -25,28 +24,21 @@ std::string taken(std::string_view contents, std::string_view steps) {
     std::int32_t integer = 0;
     std::array<double, 3> reals{};
     fixed_text<6> text;
-    const auto step = [&](char what) {
-        if (what == 'L') {
-            shown << (read_record(fid, held) ? held.trimmed() : "END") << ' ';
-            return;
-        }
-        if (what == 'H') reader.emplace(held_record{fid, held.padded()});
-        if (!reader) reader.emplace(fid);
-        if (what == '-') reader->take(discard{1});
-        if (what == 'i') reader->take(integer), shown << integer << ' ';
-        if (what == 'r') reader->take(reals[0]), shown << reals[0] << ' ';
-        if (what == 't') reader->take(text), shown << '[' << text.trimmed() << "] ";
-        if (what == 'R') {
-            reader->take(std::span<double>(reals));
-            for (const double real : reals) shown << real << ' ';
-        }
-        if (what == ';') {
-            reader->finish();
-            reader.reset();
-        }
-    };
     const auto end = support::ending_of([&] {
-        for (const char what : steps) step(what);
+        for (const char what : steps) {
+            if (what == 'L') shown << (read_record(fid, held) ? held.trimmed() : "END") << ' ';
+            if (what == 'H') reader.emplace(held_record{fid, held.padded()});
+            if (!reader && what != 'L') reader.emplace(fid);
+            if (what == '-') reader->take(discard{1});
+            if (what == 'i') reader->take(integer), shown << integer << ' ';
+            if (what == 'r') reader->take(reals[0]), shown << reals[0] << ' ';
+            if (what == 't') reader->take(text), shown << '[' << text.trimmed() << "] ";
+            if (what == 'R') {
+                reader->take(std::span<double>(reals));
+                for (const double real : reals) shown << real << ' ';
+            }
+            if (what == ';') reader->finish(), reader.reset();
+        }
     });
     if (end) shown << (end->text.starts_with(path) ? end->text.substr(path.size() + 2) : end->text);
     return std::string(trim_right(shown.str()));

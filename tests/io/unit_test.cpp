@@ -1,11 +1,7 @@
 #include "flib/io/unit.h"
 
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <unistd.h>
-
-#include <filesystem>
-#include <functional>
 
 #include "flib/io/atomic_file.h"
 #include "flib/io/stop_run.h"
