@@ -21,7 +21,7 @@ if ! diff <(echo "$tags") <(echo "$documented") >&2; then
 fi
 
 # The test for Molpro outputs can not succeed, so that no file is recognised as one.
-recognised=$(find tests/data -type f -exec "$qm_file" type {} \; 2>/dev/null | cut -f1 | sort -u)
+recognised=$(find tests/data -mindepth 2 -type f -exec "$qm_file" type {} \; 2>/dev/null | cut -f1 | sort -u)
 missing=$(comm -23 <(grep -v '^MOLPRO$' <<<"$tags") <(echo "$recognised"))
 [ -z "$missing" ] || { echo "tests/data has no file of: $missing" >&2; exit 1; }
 [ -d tests/data/molpro ] || { echo "tests/data has no file of Molpro" >&2; exit 1; }
