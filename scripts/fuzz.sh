@@ -36,7 +36,7 @@ run() {
     shift 2
     "$fuzzers/fuzz_$name" "$@" -max_len=4096 -timeout=20 -rss_limit_mb=2500 \
         -malloc_limit_mb=100000 -dict=fuzz/keywords.dict -verbosity=0 -print_final_stats=1 \
-        -artifact_prefix="build-fuzz/found/$name-" "$work/$name" "fuzz/corpus/$name" 2>&1 |
+        -artifact_prefix="$root/build-fuzz/found/$name-" "$work/$name" "fuzz/corpus/$name" 2>&1 |
         grep -E 'number_of_executed|average_exec|FINDING|ERROR|runtime error|written to' |
         sed "s/^/$name: /"
 }

@@ -54,7 +54,7 @@ class file_state {
     /// Ends the run if so many atoms can not be in it. A file that no reader knows would not be
     /// asked otherwise, and memory and result would grow with a count that may be absurd.
     void require_room_for_atoms(std::int32_t natom) const {
-        constexpr std::int32_t always_granted = 1'000'000;
+        constexpr std::int32_t always_granted = 1000;
         constexpr std::int64_t shortest_row = 6;  // "0 0 0" and a newline
         if (!known_ || natom <= always_granted || natom <= status_.st_size / shortest_row) return;
         throw flib::io_error(name_, 0, "is too short to hold " + std::to_string(natom) + " atoms");
