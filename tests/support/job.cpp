@@ -42,60 +42,55 @@ double rounded(std::mt19937_64& random, double digits) {
 job random_job(std::mt19937_64& random, std::int32_t natom, std::int32_t nfc, std::int32_t mi,
                std::int32_t ma, std::int32_t nfv, std::int32_t mci) {
     job made{nfc, mi, ma, nfv, mci};
-    const auto vector = [&](double digits) {
-        return vector3{rounded(random, digits), rounded(random, digits), rounded(random, digits)};
+    const auto fill = [&](auto& numbers, double digits) {
+        for (double& number : numbers) number = rounded(random, digits);
     };
     for (std::int32_t i = 0; i < natom; ++i) {
         made.nat.push_back(1);
-        made.x.push_back(vector(6));
-        made.force.push_back(vector(9));
+        fill(made.x.emplace_back(), 6);
+        fill(made.force.emplace_back(), 9);
     }
-    made.tdip = vector(4);
-    const auto nbasis = static_cast<std::size_t>(made.nbasis());
-    made.moc.resize(nbasis * nbasis);
-    for (double& c : made.moc) c = rounded(random, 8);
-    made.xpy.resize(static_cast<std::size_t>(ma) * static_cast<std::size_t>(mi) * 2 *
-                    static_cast<std::size_t>(mci));
-    for (double& amplitude : made.xpy) amplitude = rounded(random, 8);
+    fill(made.tdip, 4);
+    made.moc.resize(static_cast<std::size_t>(made.nbasis() * made.nbasis()));
+    fill(made.moc, 8);
+    made.xpy.resize(static_cast<std::size_t>(ma * mi * 2 * mci));
+    fill(made.xpy, 8);
     return made;
 }
 
 std::string log_text(const job& what, const writing& how) {
-    const std::int32_t nae = what.nfc + what.mi;
+    const auto& [nfc, mi, ma, nfv, mci, nat, x, force, tdip, moc, xpy] = what;
+    const std::size_t natom = nat.size();
+    const std::int32_t nae = nfc + mi;
     std::string log;
     add(log, " Entering Gaussian System, Link 0=g16");
     add(log, " ******************************************");
     add(log, " Gaussian 16:  ES64L-G16RevA.03 25-Dec-2016");
     add(log, " ******************************************");
-    add(log, " NAtoms=%7zu NQM=%9zu NQMF=       0 NMMI=      0 NMMIF=      0", what.nat.size(),
-        what.nat.size());
+    add(log, " NAtoms=%7zu NQM=%9zu NQMF=       0 NMMI=      0 NMMIF=      0", natom, natom);
     add(log, "                         Standard orientation:");
     add(log, " ---------------------------------------------------------------------");
     add(log, " Center     Atomic      Atomic             Coordinates (Angstroms)");
     add(log, " Number     Number       Type             X           Y           Z");
     add(log, " ---------------------------------------------------------------------");
-    for (std::size_t i = 0; i < what.nat.size(); ++i) {
-        add(log, "%7zu%11d           0    %12.6f%12.6f%12.6f", i + 1, what.nat[i], what.x[i][0],
-            what.x[i][1], what.x[i][2]);
+    for (std::size_t i = 0; i < natom; ++i) {
+        add(log, "%7zu%11d           0    %12.6f%12.6f%12.6f", i + 1, nat[i], x[i][0], x[i][1],
+            x[i][2]);
     }
     add(log, " ---------------------------------------------------------------------");
     add(log, " NBasis=%6d RedAO= T EigKep=  2.41D-02  NBF=%6d", what.nbasis(), what.nbasis());
-    add(log, " NBasis=%6d NAE=%6d NBE=%6d NFC=%6d NFV=%6d", what.nbasis(), nae, nae, what.nfc,
-        what.nfv);
-    add(log, " NROrb=%7d NOA=%6d NOB=%6d NVA=%6d NVB=%6d", what.mi + what.ma, what.mi, what.mi,
-        what.ma, what.ma);
-    add(log, " Max sub-space:    40 roots to seek:%6d dimension of matrix:%13d", what.mci,
-        what.mi * what.ma);
+    add(log, " NBasis=%6d NAE=%6d NBE=%6d NFC=%6d NFV=%6d", what.nbasis(), nae, nae, nfc, nfv);
+    add(log, " NROrb=%7d NOA=%6d NOB=%6d NVA=%6d NVB=%6d", mi + ma, mi, mi, ma, ma);
+    add(log, " Max sub-space:    40 roots to seek:%6d dimension of matrix:%13d", mci, mi * ma);
     add(log, " Ground to excited state transition electric dipole moments (Au):");
     add(log, "       state          X           Y           Z        Dip. S.      Osc.");
-    add(log, "%10d%16.4f%12.4f%12.4f      0.2867      0.0655", 1, what.tdip[0], what.tdip[1],
-        what.tdip[2]);
+    add(log, "         1%16.4f%12.4f%12.4f      0.2867      0.0655", tdip[0], tdip[1], tdip[2]);
     add(log, " Center     Atomic                   Forces (Hartrees/Bohr)");
     add(log, " Number     Number              X              Y              Z");
     add(log, " -------------------------------------------------------------------");
-    for (std::size_t i = 0; i < what.nat.size(); ++i) {
-        add(log, "%7zu%9d     %15.9f%15.9f%15.9f", i + 1, what.nat[i], what.force[i][0],
-            what.force[i][1], what.force[i][2]);
+    for (std::size_t i = 0; i < natom; ++i) {
+        const auto& [along_x, along_y, along_z] = force[i];
+        add(log, "%7zu%9d     %15.9f%15.9f%15.9f", i + 1, nat[i], along_x, along_y, along_z);
     }
     add(log, " Normal termination of Gaussian 16 at Thu Jan  1 00:00:00 2026.");
     return replaced(log, "\n", how.end_of_line);
@@ -117,25 +112,21 @@ std::string checkpoint_text(const job& what, const writing& how) {
 }
 
 std::string dump_text(const job& what, const writing& how) {
-    std::string dump;
-    const std::size_t length = static_cast<std::size_t>(what.mci) + what.xpy.size();
-    add(dump, " dumping /fiocom/, unit = 1 NFiles =     1 SizExt =    524288 WInBlk =       512");
-    add(dump, " Dump of file   635 length%11zu (read left to right):", length);
     std::vector<double> values(static_cast<std::size_t>(what.mci), 0.25);
     values.insert(values.end(), what.xpy.begin(), what.xpy.end());
-    const std::string numbers = rows_of(values, "%22.12E", how.per_line);
-    dump += replaced(numbers, "E", std::string(1, how.dump_exponent));
+    std::string dump;
+    add(dump, " dumping /fiocom/, unit = 1 NFiles =     1 SizExt =    524288 WInBlk =       512");
+    add(dump, " Dump of file   635 length%11zu (read left to right):", values.size());
+    dump += replaced(rows_of(values, "%22.12E", how.per_line), "E", {&how.dump_exponent, 1});
     return replaced(dump, "\n", how.end_of_line);
 }
 
 void write_job(const std::filesystem::path& directory, std::string_view name, const job& what,
                const writing& how) {
-    const auto path = [&](std::string_view suffix) {
-        return directory / std::string(name).append(suffix);
-    };
-    write_file(path(".log"), log_text(what, how));
-    write_file(path(".fchk"), checkpoint_text(what, how));
-    write_file(path(".cis"), dump_text(what, how));
+    const std::filesystem::path job = directory / name;
+    write_file(job.string() + ".log", log_text(what, how));
+    write_file(job.string() + ".fchk", checkpoint_text(what, how));
+    write_file(job.string() + ".cis", dump_text(what, how));
 }
 
 }  // namespace support

@@ -1,8 +1,6 @@
 // What the tests share: scratch directories, files, the endings of a run, running a tool.
 #pragma once
 
-#include <sys/resource.h>
-
 #include <filesystem>
 #include <functional>
 #include <optional>
@@ -65,9 +63,8 @@ std::string answer_of(const std::string& file, const std::function<std::string()
 struct command {
     std::string tool;  // its name in the directory of the tools, or a whole path
     std::vector<std::string> arguments;
-    std::filesystem::path directory;               // where it runs
-    std::string input{};                           // its standard input
-    std::vector<std::pair<int, rlim_t>> limits{};  // RLIMIT_..., bytes
+    std::filesystem::path directory;  // where it runs
+    std::string input{};              // its standard input
 };
 
 struct outcome {
