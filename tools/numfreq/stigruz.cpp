@@ -4,13 +4,13 @@
 #include <unistd.h>
 
 #include <array>
-#include <cerrno>
 #include <csignal>
 #include <exception>
 #include <new>
 #include <string_view>
 #include <vector>
 
+#include "common/write_out.h"
 #include "flib/io/stop_run.h"
 #include "numfreq/run_driver.h"
 
@@ -25,14 +25,10 @@ class last_words {
         return *this;
     }
 
-    /// Writes as much as can be written; there is nobody to tell of a failure.
+    /// Writes as much as can be written.
     void write_to(int descriptor) const {
-        for (std::string_view rest(text_.data(), length_); !rest.empty();) {
-            const ssize_t written = write(descriptor, rest.data(), rest.size());
-            if (written < 0 && errno == EINTR) continue;
-            if (written <= 0) return;
-            rest.remove_prefix(static_cast<std::size_t>(written));
-        }
+        // There is nobody to tell of a failure.
+        static_cast<void>(tools::write_out(descriptor, {text_.data(), length_}));
     }
 
   private:

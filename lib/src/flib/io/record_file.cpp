@@ -112,8 +112,7 @@ void record_file::stop_at(const extent& record, text_span line) {
 }
 
 bool record_file::accepts(const line_test& test, const extent& record) {
-    // One column more than take part, so that a carriage return behind the last is not mistaken.
-    return test.accepts(head(record, test.width() + 1));
+    return test.accepts(head(record, test.width()));
 }
 
 void record_file::mark_end() {

@@ -20,6 +20,15 @@ void read_symbols(std::int32_t fid, std::int32_t thrown_away, std::span<std::int
     symbol_to_nat(natom, read_symbol_rows(fid, natom, thrown_away, then_thrown_away), nat);
 }
 
+/// Reads the symbols of the first table that has `header`, after `skipped` lines more.
+void read_symbols_below(std::int32_t fid, std::string_view header, std::int32_t skipped,
+                        std::int32_t thrown_away, std::span<std::int32_t> nat) {
+    line_buffer line;
+    go_to(fid, header, line);
+    skip_records(fid, skipped);
+    read_symbols(fid, thrown_away, nat);
+}
+
 /// Ends the run at the first atomic number that no element has.
 void check_range(std::span<const std::int32_t> nat) {
     std::int32_t i = 0;
@@ -129,20 +138,14 @@ constexpr reader_row<nat_steps> nat_table[] = {
     //   O      0.000000    0.000000    0.118000
     {tag::orca,
      [](std::int32_t fid, std::span<std::int32_t> nat) {
-         line_buffer line;
-         go_to(fid, keyword::orca_angstrom, line);
-         skip_records(fid, 1);
-         read_symbols(fid, 0, nat);
+         read_symbols_below(fid, keyword::orca_angstrom, 1, 0, nat);
      }},
     // $atoms
     // 3
     //  O     15.99900     0.000000000000     0.000000000000     0.222987680000
     {tag::orca_hessian,
      [](std::int32_t fid, std::span<std::int32_t> nat) {
-         line_buffer line;
-         go_to(fid, keyword::orca_hessian_atoms, line);
-         skip_records(fid, 1);
-         read_symbols(fid, 0, nat);
+         read_symbols_below(fid, keyword::orca_hessian_atoms, 1, 0, nat);
      }},
     //              Standard Nuclear Orientation (Angstroms)
     //     I     Atom           X                Y                Z
@@ -150,20 +153,14 @@ constexpr reader_row<nat_steps> nat_table[] = {
     //     1      O       0.0000000000     0.0000000000     0.1180000000
     {tag::qchem,
      [](std::int32_t fid, std::span<std::int32_t> nat) {
-         line_buffer line;
-         go_to(fid, keyword::qchem_orientation, line);
-         skip_records(fid, 2);
-         read_symbols(fid, 1, nat);
+         read_symbols_below(fid, keyword::qchem_orientation, 2, 1, nat);
      }},
     //               ATOMIC WEIGHTS (AMU)
     //
     //     1     O                15.99491
     {tag::gamess_us,
      [](std::int32_t fid, std::span<std::int32_t> nat) {
-         line_buffer line;
-         go_to(fid, keyword::atomic_weights, line);
-         skip_records(fid, 1);
-         read_symbols(fid, 1, nat);
+         read_symbols_below(fid, keyword::atomic_weights, 1, 1, nat);
      }},
     // ****** Molecular Geometry (bohr) ******
     // O      0.000000    0.000000    0.222988
