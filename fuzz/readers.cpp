@@ -66,7 +66,7 @@ void read_layers(std::string_view file) {
     }
 }
 
-void read_excited_states(std::string_view file) {
+void read_basis(std::string_view file) {
     std::int32_t info = 0;
     std::int32_t na = 0;
     std::int32_t nb = 0;
@@ -77,13 +77,17 @@ void read_excited_states(std::string_view file) {
     static const bool redirected = dup2(input.descriptor(), STDIN_FILENO) == STDIN_FILENO;
     fuzz::require(redirected && lseek(STDIN_FILENO, 0, SEEK_SET) == 0, "no standard input");
     attempt([&] { flib::qm_file_nbasis_nbsuse(file, na, nb, nbasis, nbsuse, info); });
-    for (const std::int32_t n : {nbasis, 3}) {
-        if (n > 200) continue;
-        std::vector<double> values(static_cast<std::size_t>(n < 1 ? 0 : n * n));
-        const flib::matrix_view<double> mo(values.data(), n, n);
-        attempt([&] { flib::qm_file_mo_coeff_nbasis_nbsuse(file, n, n, mo, info); });
-        attempt([&] { flib::qm_file_mo_coeff_nbasis_nbsuse(file, n, nbsuse, mo, info); });
+    const std::int32_t n = nbasis < 1 || nbasis > 200 ? 3 : nbasis;
+    std::vector<double> values(static_cast<std::size_t>(n * n));
+    const flib::matrix_view<double> mo(values.data(), n, n);
+    for (const std::int32_t columns : {n, nbsuse}) {
+        attempt([&] { flib::qm_file_mo_coeff_nbasis_nbsuse(file, n, columns, mo, info); });
+        if (nbsuse == n) break;
     }
+}
+
+void read_amplitudes(std::string_view file) {
+    std::int32_t info = 0;
     std::int32_t ni = 0;
     std::int32_t nvirtual = 0;
     std::int32_t nci = 0;
@@ -108,23 +112,26 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     file.fill({reinterpret_cast<const char*>(data), size});
     const std::string& path = file.path();
     std::int32_t info = 0;
-    attempt([&] {
-        flib::line_buffer type{"not touched"};
-        flib::line_buffer version;
-        flib::qm_file_type(path, type, version, info);
-    });
-    std::int32_t natom = 0;
-    attempt([&] { flib::qm_file_natom(path, natom, info); });
-    constexpr std::int32_t most_atoms = 1000;
-    fuzz::require(natom >= 0 || info == 0, "a count from nowhere");
-    read_atoms(path, 3);
-    if (natom != 3) read_atoms(path, std::min(natom, most_atoms));
-    read_layers(path);
-    read_excited_states(path);
+    flib::line_buffer type;
+    flib::line_buffer version;
+    attempt([&] { flib::qm_file_type(path, type, version, info); });
+    read_amplitudes(path);
     attempt([&] {
         std::int32_t count = 0;
         flib::get_gjf_natom(path, count);
         fuzz::require(count >= 0, "a negative number of atom lines");
     });
+    // The other readers begin with the type, and all leave a file of unknown type at that: one such
+    // file in sixteen is enough.
+    if (type.trimmed().empty() && size % 16 != 0) return 0;
+    std::int32_t natom = 0;
+    attempt([&] { flib::qm_file_natom(path, natom, info); });
+    constexpr std::int32_t most_atoms = 1000;
+    fuzz::require(natom >= 0 || info == 0, "a count from nowhere");
+    // The count of the file itself, and now and then another one.
+    if (natom > 0) read_atoms(path, std::min(natom, most_atoms));
+    if (natom <= 0 || size % 4 == 0) read_atoms(path, 3);
+    read_layers(path);
+    read_basis(path);
     return 0;
 }

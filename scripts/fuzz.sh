@@ -27,16 +27,22 @@ trap 'rm -rf "$scratch"' EXIT
 cp "$scratch"/a.{log,fchk,cis} "$work/readers"
 cp "$scratch"/a.sgn "$work/result"
 
-# An absurd allocation gives no memory, as it does outside the sanitizer.
+# An absurd allocation gives no memory, as it does outside the sanitizer. A quarantine larger than
+# what one execution frees and a stack kept for each block only cost time: findings are replayed
+# with them.
 export ASAN_OPTIONS=allocator_may_return_null=1:max_allocation_size_mb=512
+ASAN_OPTIONS+=:quarantine_size_mb=2:malloc_context_size=0
 
-# run DIRECTORY NAME OPTIONS...: one fuzzer on its corpora.
+# run DIRECTORY NAME OPTIONS...: one fuzzer on its corpora. To weigh thousands of inputs by their
+# rareness (-entropic) or to look for other fuzzers' inputs (-reload) takes as long as to execute
+# them. Paths are absolute because fuzz_job changes its directory.
 run() {
     local fuzzers=$1 name=$2
     shift 2
     "$fuzzers/fuzz_$name" "$@" -max_len=4096 -timeout=20 -rss_limit_mb=2500 \
-        -malloc_limit_mb=100000 -dict=fuzz/keywords.dict -verbosity=0 -print_final_stats=1 \
-        -artifact_prefix="$root/build-fuzz/found/$name-" "$work/$name" "fuzz/corpus/$name" 2>&1 |
+        -malloc_limit_mb=100000 -entropic=0 -reload=0 -dict=fuzz/keywords.dict \
+        -verbosity=0 -print_final_stats=1 -artifact_prefix="$root/build-fuzz/found/$name-" \
+        "$work/$name" "$root/fuzz/corpus/$name" 2>&1 |
         grep -E 'number_of_executed|average_exec|FINDING|ERROR|runtime error|written to' |
         sed "s/^/$name: /"
 }
