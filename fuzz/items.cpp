@@ -1,5 +1,7 @@
 // Free-format items: numbers against an independent conversion, and reads from a file against the
-// same reads from a text.
+// same reads from a text and from standard input.
+#include <unistd.h>
+
 #include <bit>
 #include <cerrno>
 #include <cmath>
@@ -127,9 +129,10 @@ taken take(const Source& source, std::uint32_t kinds, int most) {
 void compare(const taken& a, const taken& b) {
     fuzz::require(a.end == b.end && a.texts == b.texts && a.integers == b.integers &&
                       a.reals.size() == b.reals.size() && a.message == b.message,
-                  "a file's items differ from the text's");
+                  "a file's or the input's items differ from the text's");
     for (std::size_t i = 0; i < a.reals.size(); ++i) {
-        fuzz::require(same(a.reals[i], b.reals[i]), "a file's real differs from the text's");
+        fuzz::require(same(a.reals[i], b.reals[i]),
+                      "a file's or the input's real differs from the text's");
     }
 }
 
@@ -144,6 +147,10 @@ void check_sequence(std::string_view text, std::uint32_t kinds, int most) {
         const flib::input_unit fid(file->path());
         compare(take(static_cast<std::int32_t>(fid), kinds, most), expected);
     }
+    // Standard input is read byte by byte.
+    static const bool redirected = dup2(plain.descriptor(), STDIN_FILENO) == STDIN_FILENO;
+    fuzz::require(redirected && lseek(STDIN_FILENO, 0, SEEK_SET) == 0, "no standard input");
+    compare(take(flib::standard_input{}, kinds, most), expected);
 }
 
 }  // namespace

@@ -96,7 +96,8 @@ void item_reader::finish() {
     file_->finish_record();
 }
 
-/// Gets at least one character more than those at hand, which stay; false at the end of the input.
+/// Gets at least one character more than those at hand, which stay. At the end of the input all
+/// stays as it is, and it is false.
 bool item_reader::refill() {
     switch (source_) {
         case source::text:
@@ -115,21 +116,23 @@ bool item_reader::refill() {
 }
 
 bool item_reader::refill_from_standard_input() {
-    input_line_.assign(at_, end_);
-    const std::size_t kept = input_line_.size();
+    std::string more;
     // Byte by byte, so that what stands behind the line is left for whoever reads on.
     char c = 0;
-    while (c != '\n' && input_line_.size() - kept < longest_item) {
+    while (c != '\n' && more.size() < longest_item) {
         const ssize_t got = read(STDIN_FILENO, &c, 1);
         if (got < 0 && errno == EINTR) continue;
         if (got < 0) fail("can not be read: " + errno_text(errno));
         if (got == 0) break;
-        input_line_ += c;
+        more += c;
     }
+    if (more.empty()) return false;
     ++origin_line_;
+    more.insert(more.begin(), at_, end_);
+    input_line_ = std::move(more);
     at_ = input_line_.data();
     end_ = at_ + input_line_.size();
-    return input_line_.size() > kept;
+    return true;
 }
 
 /// Passes over blanks and the ends of records; false at the end of the input.
