@@ -107,6 +107,7 @@ void index_of_input_file(std::string_view fname, std::int32_t& nqmmm, index_writ
     std::int32_t first_atom = 0;
     get_gjf_atom_linenumber(fname, first_atom);
     get_gjf_natom(fname, nqmmm);
+    if (nqmmm < 1) return;
     // No more lines than these counts ask for: the file may have changed since the last look at it.
     std::vector<line_buffer> lines;
     read_lines(fname, first_atom + nqmmm - 1, lines);
@@ -114,7 +115,7 @@ void index_of_input_file(std::string_view fname, std::int32_t& nqmmm, index_writ
         return lines[static_cast<std::size_t>(first_atom + i) - 2].padded();
     };
     // The layer stands where the first atom line has its last word, whatever the others look like.
-    const std::int32_t ncols = nqmmm < 1 ? 0 : number_of_words(trim_left(atom_text(1)));
+    const std::int32_t ncols = number_of_words(trim_left(atom_text(1)));
     if (ncols < 1) return;
     for (std::int32_t i = 1; i <= nqmmm; ++i) {
         const held_text atom{trim_right(fname), first_atom + i - 1, atom_text(i)};
