@@ -76,7 +76,7 @@ void turbomole_symbols(std::int32_t fid, std::span<double> mass) {
     rewind_unit(fid);
     if (!search_word(fid, 17, 64, keyword::turbomole_coordinates, line)) return;
     skip_records(fid, 1);
-    if (!search_word_first_letter(fid, line)) return;
+    fail_unless_found(search_word_first_letter(fid, line), fid, "column titles");
     symbols_then_table(fid, 3, mass);
 }
 
