@@ -138,11 +138,11 @@ void compare(const taken& a, const taken& b) {
 
 void check_sequence(std::string_view text, std::uint32_t kinds, int most) {
     static fuzz::memory_file plain;
-    // The window's end falls among the items.
+    // The window's end falls among the items; such a file is slow, so it is seldom looked at.
     static fuzz::memory_file shifted(std::string(flib::text_file::window_size - 20, ' ') + "\n");
     const taken expected = take(flib::held_text{"text", 1, text}, kinds, most);
     for (fuzz::memory_file* const file : {&plain, &shifted}) {
-        if (file == &shifted && most != 32) continue;
+        if (file == &shifted && (most != 32 || text.size() % 16 != 0)) continue;
         file->fill(text);
         const flib::input_unit fid(file->path());
         compare(take(static_cast<std::int32_t>(fid), kinds, most), expected);
