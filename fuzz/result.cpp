@@ -50,6 +50,10 @@ std::string rewritten(const numfreq::sgn_contents& contents) {
 /// Whether the columns of the file can hold what was read, with a blank before each number.
 bool fits(const numfreq::sgn_contents& contents, std::string_view text) {
     const auto no_blank = [](char c) { return c > ' ' && c <= '~' && c != ','; };
+    // The largest numbers are rounded to ten digits beyond what can be read.
+    const auto readable = [](double x) {
+        return std::isinf(x) || !(std::abs(x) >= 1.7976931348e308);
+    };
     const auto below = [](double most) { return [=](double x) { return !(std::abs(x) >= most); }; };
     return text.find('*') == std::string_view::npos &&
            std::ranges::all_of(contents.symbol,
@@ -59,6 +63,11 @@ bool fits(const numfreq::sgn_contents& contents, std::string_view text) {
                                }) &&
            std::ranges::all_of(contents.nat, below(1e5)) &&
            std::ranges::all_of(contents.mass, below(1e5)) &&
+           readable(contents.parameters.tden_maxval) &&
+           std::ranges::all_of(contents.corrected_tdip, readable) &&
+           std::ranges::all_of(
+               contents.frc,
+               [&](const std::array<double, 3>& f) { return std::ranges::all_of(f, readable); }) &&
            std::ranges::all_of(contents.x, [&](const std::array<double, 3>& x) {
                return std::ranges::all_of(x, [](double c) { return !(c <= -999 || c >= 9999); });
            });
