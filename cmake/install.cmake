@@ -2,18 +2,21 @@
 # development (headers, static library, what find_package() and pkg-config read).
 include(CMakePackageConfigHelpers)
 
-install(TARGETS stigruz qm_file sgn_check
+get_property(tools GLOBAL PROPERTY STIGRUZ_TOOLS)
+install(TARGETS ${tools}
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 
 # Manual pages carry the version; whoever packages them compresses them.
-foreach(page stigruz.1 qm_file.1 sgn_check.1 stigruz.sgn.5)
+list(TRANSFORM tools APPEND ".1" OUTPUT_VARIABLE pages)
+foreach(page ${pages} stigruz.sgn.5)
     configure_file(man/${page}.in man/${page} @ONLY)
     string(REGEX MATCH "[0-9]$" section ${page})
     install(FILES ${PROJECT_BINARY_DIR}/man/${page}
         DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section} COMPONENT tools)
 endforeach()
 
-install(FILES completions/stigruz completions/qm_file completions/sgn_check
+list(TRANSFORM tools PREPEND "completions/" OUTPUT_VARIABLE completions)
+install(FILES ${completions}
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
 install(DIRECTORY examples/workflow
     DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT tools USE_SOURCE_PERMISSIONS)

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Configures and builds a directory, and shows what the compiler said only if it failed:
-# build.sh DIRECTORY TARGET [CMAKE-OPTIONS...]
+# Configures and builds a directory: build.sh DIRECTORY TARGET [CMAKE-OPTIONS...]
+# What CMake says of the configuration is shown only if it fails or leaves something out.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -10,9 +10,16 @@ shift 2
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
 
+# A directory keeps the generator it was first configured with.
+generator=()
+if [ ! -e "$directory/CMakeCache.txt" ] && command -v ninja >/dev/null; then
+    generator=(-G Ninja)
+fi
+
 echo "Building $target in $directory"
-if ! { cmake -S . -B "$directory" "$@" &&
-    cmake --build "$directory" --target "$target" -j "$(nproc)"; } >"$log" 2>&1; then
+if ! cmake -S . -B "$directory" "${generator[@]}" "$@" >"$log" 2>&1; then
     cat "$log" >&2
     exit 1
 fi
+grep 'left out' "$log" || true
+cmake --build "$directory" --target "$target" -j "$(nproc)"

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Static checks: formatting, compiler warnings of both compilers, clang-tidy, cppcheck, shellcheck.
+# Static checks: formatting, compiler warnings of both compilers, headers that compile alone,
+# clang-tidy, cppcheck, shellcheck.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -15,6 +16,9 @@ for compiler in g++ clang++; do
         -DCMAKE_BUILD_TYPE=Debug -DSTIGRUZ_WERROR=ON -DSTIGRUZ_TESTS=OFF
     echo "$compiler: no warnings"
 done
+
+tests/checks/headers_alone.sh "$PWD" build g++
+echo "headers: each compiles alone"
 
 git ls-files 'lib/*.cpp' 'tools/*.cpp' |
     xargs -P "$jobs" -n 4 clang-tidy -p build-warnings-clang++ --quiet 2>/dev/null

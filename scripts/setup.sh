@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Makes sure that what a task needs is installed: setup.sh build|test|lint|fuzz|docs|package
+# Makes sure that what a task needs is installed: setup.sh build|tools|test|lint|fuzz|docs|package
+# (tools: the header libraries of all tools but stigruz)
 # As root, what is missing is installed through apt; else it is named and the script fails.
 set -euo pipefail
 
@@ -15,14 +16,24 @@ need() {
 
 need g++ g++
 need cmake cmake
-need make make
+command -v ninja >/dev/null || need make make
+
+# The header libraries of the tools beside stigruz.
+need_tools() {
+    need libeigen3-dev /usr/include/eigen3/Eigen/Core
+    need libcli11-dev /usr/include/CLI/CLI.hpp
+    need nlohmann-json3-dev /usr/include/nlohmann/json.hpp
+}
+
 case "${1:-build}" in
     build) ;;
+    tools) need_tools ;;
     test)
         need libgtest-dev /usr/include/gtest/gtest.h
         need libgmock-dev /usr/include/gmock/gmock.h
         ;;
     lint)
+        need_tools
         need clang clang++
         need clang-format clang-format
         need clang-tidy clang-tidy
@@ -36,9 +47,12 @@ case "${1:-build}" in
         need llvm llvm-cov
         ;;
     docs) need doxygen doxygen ;;
-    package) need dpkg-dev dpkg-shlibdeps ;;
+    package)
+        need_tools
+        need dpkg-dev dpkg-shlibdeps
+        ;;
     *)
-        echo "usage: setup.sh build|test|lint|fuzz|docs|package" >&2
+        echo "usage: setup.sh build|tools|test|lint|fuzz|docs|package" >&2
         exit 2
         ;;
 esac

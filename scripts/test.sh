@@ -1,12 +1,18 @@
 #!/usr/bin/env bash
-# Builds everything and runs all tests, first as users get it, then with AddressSanitizer and
-# UndefinedBehaviorSanitizer. Arguments are passed on to ctest.
+# Builds everything and runs all tests: test.sh [--sanitize] [CTEST-OPTIONS...]
+# As users get it, or with AddressSanitizer and UndefinedBehaviorSanitizer.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-scripts/setup.sh test
-scripts/build.sh build all -DSTIGRUZ_TESTS=ON
-ctest --test-dir build -j "$(nproc)" --output-on-failure "$@"
+directory=build
+options=(-DSTIGRUZ_TESTS=ON)
+if [ "${1:-}" = --sanitize ]; then
+    shift
+    directory=build-sanitize
+    options+=(--preset sanitize)
+fi
 
-scripts/build.sh build-sanitize all --preset sanitize
-ctest --test-dir build-sanitize -j "$(nproc)" --output-on-failure "$@"
+scripts/setup.sh test
+scripts/setup.sh tools || echo "Going on without them: all tools but stigruz are left out."
+scripts/build.sh "$directory" all "${options[@]}"
+ctest --test-dir "$directory" -j "$(nproc)" --output-on-failure "$@"
