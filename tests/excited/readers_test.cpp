@@ -5,6 +5,7 @@
 #include <iterator>
 #include <sstream>
 
+#include "flib/excited/qm_file_mo_coeff_nbasis_nbsuse.h"
 #include "support/support.h"
 
 namespace {
@@ -22,6 +23,22 @@ TEST(ExcitedStateReaders, AnswerAsTheRowsSay) {
         EXPECT_THAT(std::to_string(ended.status) + ": " + ended.output + ended.errors,
                     testing::HasSubstr(row[5]))
             << row[0] << " of " << row[1] << " with '" << row[3] << "' for '" << from << "'";
+    }
+}
+
+TEST(MoCoefficients, AreZeroBeforeAnythingIsRead) {
+    const support::scratch_directory scratch;
+    const std::string whole = support::contents_of(support::data_file("gaussian/water.fchk"));
+    const std::string log = support::data_file("gaussian/water_cis.log");
+    const std::string short_one =
+        scratch.file("short", whole.substr(0, whole.find("-5.00000000E-01")));
+    for (const std::string& file : {log, short_one}) {
+        flib::matrix<double> mo(3, 5, "coefficients");
+        std::ranges::fill(mo.view().all(), -7.0);
+        std::int32_t info = 0;
+        EXPECT_TRUE(support::ending_of(
+            [&] { flib::qm_file_mo_coeff_nbasis_nbsuse(file, 4, 3, mo.view(), info); }));
+        EXPECT_THAT(mo.view().all(), testing::Each(0.0)) << file;
     }
 }
 

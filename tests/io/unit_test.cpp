@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 #include <unistd.h>
 
+#include <array>
+
 #include "flib/io/atomic_file.h"
 #include "flib/io/stop_run.h"
 #include "support/support.h"
@@ -37,16 +39,21 @@ TEST(Records, FileCutShortWhileOpen) {
 }
 
 TEST(Units, AreNumberedFrom100) {
+    const auto free_unit = [] {
+        std::int32_t fid = -1;
+        get_free_fid(fid);
+        return fid;
+    };
     const scratch_directory scratch;
     const text path = scratch.file("f", "a\n");
     open_old(100, path + "   ");  // trailing blanks are not part of a name
     EXPECT_EQ(input_unit(path), 101);
-    EXPECT_EQ(get_free_fid(), 101);
+    EXPECT_EQ(free_unit(), 101);
     EXPECT_THROW(open_old(100, path), run_error);
     EXPECT_THROW(write_record(100, "x"), run_error);
     close_unit(100);
     EXPECT_FALSE(unit_is_open(100));
-    EXPECT_EQ(get_free_fid(), 100);
+    EXPECT_EQ(free_unit(), 100);
     EXPECT_THROW(rewind_unit(100), run_error);
     open_replace(1, path);
     EXPECT_THROW(step_back(1), run_error);
@@ -66,8 +73,23 @@ TEST(Units, NeedTheRightsToTheirFiles) {
     }
     EXPECT_EQ(ending_of([&] { open_old(100, dir + "/secret"); })->text,
               dir + "/secret: can not be opened: Permission denied");
-    EXPECT_TRUE(ending_of([&] { replace_file(dir + "/protected", "new"); }));
+    EXPECT_EQ(ending_of([&] { replace_file(dir + "/protected", "new"); })->text,
+              dir + "/protected: can not be written: Permission denied");
     EXPECT_EQ(support::contents_of(dir + "/protected"), "old\n");
+    // Where the directory is to blame, it is named, in full and of the file behind a link.
+    fs::create_directory(dir + "/loc\tked");
+    fs::create_symlink("loc\tked/new", dir + "/link");
+    fs::create_symlink("no/new", dir + "/astray");
+    fs::permissions(dir + "/loc\tked", fs::perms(0555));
+    const text prefix = fs::canonical(dir).string() + "/";
+    for (const auto& [name, target, directory, reason] :
+         {std::array<text, 4>{"link", "loc\\tked/new", "loc\\tked", "Permission denied"},
+          {"astray", "no/new", "no/", "No such file or directory"},
+          {"protected/x", "protected/x", "protected/", "Not a directory"}}) {
+        EXPECT_EQ(ending_of([&, &link = name] { replace_file(prefix + link, "new"); })->text,
+                  prefix + target + ": can not be written into the directory '" + prefix +
+                      directory + "': " + reason);
+    }
     EXPECT_TRUE(!root || seteuid(0) == 0);
 }
 
@@ -97,6 +119,7 @@ TEST(StopRun, Messages) {
     EXPECT_EQ(printable("a\n\t\r\x1b\x7f\xff\xc3\xa9\xc2\x85\xe2\x82"),
               "a\\n\\t\\x0D\\x1B\\x7F\\xFF\xc3\xa9\\xC2\\x85\\xE2\\x82");
     EXPECT_STREQ(io_error("x\ny", 3, "m").what(), "x\\ny: line 3: m");
+    EXPECT_STREQ(io_error("", 0, "m").what(), "'': m");
 }
 
 }  // namespace

@@ -15,11 +15,12 @@ using support::scratch_directory;
 using support::write_file;
 using testing::HasSubstr;
 
-/// A directory with the bundled water jobs.
+/// A directory with the bundled water jobs, or with an ONIOM job whose high layer is atoms 2, 4 and
+/// 5 of six.
 class water_jobs {
   public:
-    water_jobs() {
-        for (const auto& entry : fs::directory_iterator(EXAMPLES "/water")) {
+    explicit water_jobs(const char* from = EXAMPLES "/water") {
+        for (const auto& entry : fs::directory_iterator(from)) {
             fs::copy(entry.path(), path(entry.path().filename().string()));
         }
     }
@@ -49,6 +50,8 @@ class water_jobs {
   private:
     scratch_directory directory_;
 };
+
+constexpr const char* oniom_job = TEST_DATA "/oniom";
 
 const std::string reference_result = contents_of(support::data_file("h2o_ref.sgn"));
 
@@ -84,6 +87,27 @@ TEST(Stigruz, GivesEveryDisplacedJobTheReferencesSign) {
     EXPECT_EQ(reversed, 7);
 }
 
+TEST(Stigruz, WritesOfAnOniomJobTheHighLayer) {
+    const water_jobs jobs(oniom_job);
+    const std::string expected = contents_of(jobs.path("h2o_oniom_ref.sgn"));
+    fs::rename(jobs.path("h2o_oniom_ref.sgn"), jobs.path("ref.sgn"));
+    jobs.run_quietly({"h2o_oniom_ref.fchk"});
+    EXPECT_EQ(contents_of(jobs.path("h2o_oniom_ref.sgn")), expected);
+    // Against another phase, at an element that is not the largest.
+    jobs.edit("ref.sgn", "17                   5", " 8                   5");
+    jobs.run_quietly({"h2o_oniom_ref.fchk", "ref.sgn"});
+    std::string mapped = expected;
+    for (const auto& [from, to] :
+         {std::pair{"sign  =                    1", "sign  =                   -1"},
+          {"17                   5", " 8                   5"},
+          {" 4.3674325520E-01", "-3.8343434579E-01"},
+          {" -5.3540000000E-01    1.2300000000E-02   -4.5600000000E-02",
+           "  5.3540000000E-01   -1.2300000000E-02    4.5600000000E-02"}}) {
+        mapped = support::replaced(mapped, from, to);
+    }
+    EXPECT_EQ(contents_of(jobs.path("h2o_oniom_ref.sgn")), mapped);
+}
+
 TEST(Stigruz, TakesAnyNumberOfArgumentsButTwoForAReferenceRun) {
     const water_jobs jobs;
     jobs.run_quietly({"h2o_ref.fchk", "no_such_file", "h2o_ref.sgn"});
@@ -105,6 +129,11 @@ TEST(Stigruz, LooksForTheOtherFilesInTheWorkingDirectory) {
     jobs.run_quietly({"else where/a.b.chk", "h2o_ref.sgn"});
     EXPECT_TRUE(fs::exists(jobs.path("a.b.sgn")));
     EXPECT_FALSE(fs::exists(jobs.path("else where/a.b.sgn")));
+    // Blanks around the name do not stay.
+    fs::copy(jobs.path("else where/a.b.chk"), jobs.path("  a.b  .chk"));
+    fs::remove(jobs.path("a.b.sgn"));
+    jobs.run_quietly({"  a.b  .chk", "h2o_ref.sgn"});
+    EXPECT_TRUE(fs::exists(jobs.path("a.b.sgn")));
     // A checkpoint without an extension.
     for (const char* suffix : {".log", ".cis"}) {
         fs::copy(jobs.path("a.b").concat(suffix), jobs.path("job").concat(suffix));
@@ -132,12 +161,15 @@ TEST(Stigruz, JudgesByTheProductOfTheTwoValues) {
 TEST(Stigruz, EndsAsStatedAndLeavesTheEarlierResult) {
     for (const std::vector<std::string>& row : support::table_of("endings.txt")) {
         SCOPED_TRACE(row[0]);
-        const water_jobs job;
-        const bool mapped = row[1] == "map";
-        const std::vector<std::string> arguments =
-            mapped ? std::vector<std::string>{"h2o_01xm.fchk", "h2o_ref.sgn"}
-                   : std::vector<std::string>{"h2o_ref.fchk"};
-        job.run({"h2o_ref.fchk"});
+        const bool layers = row[1].starts_with("layers");
+        const water_jobs job(layers ? oniom_job : EXAMPLES "/water");
+        const bool mapped = row[1].ends_with("map");
+        std::vector<std::string> arguments{layers   ? "h2o_oniom_ref.fchk"
+                                           : mapped ? "h2o_01xm.fchk"
+                                                    : "h2o_ref.fchk"};
+        if (!layers) job.run({"h2o_ref.fchk"});
+        if (mapped) arguments.push_back(layers ? "ref.sgn" : "h2o_ref.sgn");
+        if (layers) fs::copy(job.path("h2o_oniom_ref.sgn"), job.path("ref.sgn"));
         job.run(arguments);
         if (row[4] == "<gone>") {
             fs::remove(job.path(row[2]));
@@ -148,7 +180,7 @@ TEST(Stigruz, EndsAsStatedAndLeavesTheEarlierResult) {
             job.edit(row[2], row[3], row[4]);
         }
         const auto names = job.names();
-        const fs::path earlier = job.path(mapped ? "h2o_01xm.sgn" : "h2o_ref.sgn");
+        const fs::path earlier = job.path(arguments[0]).replace_extension(".sgn");
         const std::string before = contents_of(earlier);
 
         const outcome ended = job.run(arguments);
@@ -178,6 +210,10 @@ TEST(Stigruz, WritesNothingForAnEmptyDensity) {
 
 TEST(Stigruz, SaysHowItIsUsed) {
     const water_jobs jobs;
+    for (const char* const empty : {"", "   "}) {
+        EXPECT_EQ(jobs.run({"h2o_ref.fchk", empty}).errors,
+                  "stigruz: '': can not be opened: No such file or directory\n");
+    }
     const outcome ended = jobs.run({});
     EXPECT_EQ(ended.status, 2);
     EXPECT_EQ(ended.errors,

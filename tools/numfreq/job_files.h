@@ -1,6 +1,7 @@
 // The names of a job's files.
 #pragma once
 
+#include <string>
 #include <string_view>
 
 #include "flib/text/fixed_text.h"
@@ -16,9 +17,10 @@ inline constexpr std::string_view result = ".sgn";
 }  // namespace suffix
 
 /// The file of the job whose checkpoint is `ffch` with another suffix: always in the working
-/// directory, wherever the checkpoint is.
+/// directory, wherever the checkpoint is. Blanks before the last extension do not stay.
 inline flib::line_buffer job_file(std::string_view ffch, std::string_view suffix) {
-    return flib::line_buffer(flib::name_main(ffch).append(suffix));
+    const std::string name = flib::name_main(ffch);
+    return flib::line_buffer(std::string(flib::trim_right(name)).append(suffix));
 }
 
 }  // namespace numfreq

@@ -93,16 +93,17 @@ void read_high_layer(std::string_view flog, geometry& atoms) {
     std::int32_t nqmmm = 0;
     std::int32_t info = 0;
     flib::qm_file_natom_oniom_qm(flog, natom, nqmmm, info);
+    zeroed_array<std::int32_t> idx({natom}, "the high-layer index");
+    flib::qm_file_oniom_index(flog, natom, nqmmm, idx.all(), info);
+    geometry whole(nqmmm);
+    whole.read(flog);
+    // Only now: what the readers have to say comes first.
     if (natom != atoms.natom) {
         throw flib::io_error(flib::trim_right(flog), 0,
                              "holds " + std::to_string(natom) + " high-layer atoms where " +
                                  std::to_string(atoms.natom) +
                                  " were expected: does the reference belong to another molecule?");
     }
-    zeroed_array<std::int32_t> idx({natom}, "the high-layer index");
-    flib::qm_file_oniom_index(flog, natom, nqmmm, idx.all(), info);
-    geometry whole(nqmmm);
-    whole.read(flog);
     for (std::int32_t i = 1; i <= natom; ++i) {
         const auto to = static_cast<std::size_t>(i) - 1;
         flib::fail_unless_in_system(flog, idx.all()[to], nqmmm);

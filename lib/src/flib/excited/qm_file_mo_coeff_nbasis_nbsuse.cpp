@@ -1,5 +1,7 @@
 #include "flib/excited/qm_file_mo_coeff_nbasis_nbsuse.h"
 
+#include <bit>
+#include <span>
 #include <string>
 
 #include "flib/io/free_format.h"
@@ -12,6 +14,16 @@
 #include "flib/search/search_word.h"
 
 namespace flib {
+namespace {
+
+/// Sets everything to 0 and leaves memory alone that was never written to: the count may be absurd.
+void clear(std::span<double> values) {
+    for (double& value : values) {
+        if (std::bit_cast<std::uint64_t>(value) != 0) value = 0;
+    }
+}
+
+}  // namespace
 
 // Alpha MO coefficients                      R   N=         484
 //   9.95564210E-01  2.07893465E-02 -1.11022302E-16  1.23456789E-02  0.00000000E+00
@@ -21,6 +33,7 @@ void qm_file_mo_coeff_nbasis_nbsuse(std::string_view fname, std::int32_t nbasis,
     fail_unless_positive("nbasis", nbasis);
     const line_buffer file_type = type_tag_of(fname);
     info = -1;
+    clear(mo.all());
     const input_unit fid(fname);
     if (!(file_type == tag::gaussian_fchk)) stop_not_implemented();
     line_buffer line;

@@ -26,8 +26,8 @@ void qm_file_nci(std::string_view fname, std::int32_t& ni, std::int32_t& na, std
         miss_keyword(keyword::gaussian_electrons);
     }
     read_items(held_record{fid, line.padded()}, discard{3}, nae, discard{3}, nfc, discard{1}, nfv);
-    require_record(fid, line);
-    read_items(held_record{fid, line.padded()}, discard{3}, ni, discard{3}, na);
+    // From the file, not from one record of it: a short row goes on with the next line.
+    read_items(fid, discard{3}, ni, discard{3}, na);
     if (!search_word_free(fid, roots, line)) miss_keyword(roots);
     read_items(held_record{fid, line.padded()}, discard{6}, nci);
 }

@@ -5,15 +5,36 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
 
 #include "flib/io/stop_run.h"
 #include "flib/io/text_file.h"
 
 namespace flib {
 namespace {
+
+/// Throws the io_error of a file that can not be written.
+[[noreturn]] void fail_to_write(const std::string& path, int error) {
+    throw io_error(path, 0, "can not be written: " + errno_text(error));
+}
+
+/// The same of a step on the name, not the contents: where the reason lies with the directory, that
+/// is named.
+[[noreturn]] void fail_in_directory(const std::string& path, int error) {
+    const auto blamed = {EACCES, EDQUOT, ENOENT, ENOSPC, ENOTDIR, EPERM, EROFS};
+    if (std::ranges::find(blamed, error) == blamed.end()) fail_to_write(path, error);
+    std::string directory = path.substr(0, path.rfind('/') + 1);
+    if (directory.empty()) directory = ".";
+    char whole[PATH_MAX];
+    if (realpath(directory.c_str(), whole) != nullptr) directory = whole;
+    throw io_error(path, 0,
+                   "can not be written into the directory '" + printable(directory) +
+                       "': " + errno_text(error));
+}
 
 /// The file that `path` stands for once symbolic links are followed; it need not exist.
 std::string final_target(std::string path) {
@@ -22,14 +43,14 @@ std::string final_target(std::string path) {
         char link[PATH_MAX];
         const ssize_t length = readlink(path.c_str(), link, sizeof link);
         if (length < 0 && (errno == EINVAL || errno == ENOENT)) return path;  // not a link
-        if (length < 0) throw io_error(path, 0, "can not be written: " + errno_text(errno));
+        if (length < 0) fail_in_directory(path, errno);
         const std::string target(link, static_cast<std::size_t>(length));
         const std::size_t slash = path.rfind('/');
         const bool relative = target.empty() || target.front() != '/';
         path.resize(relative && slash != std::string::npos ? slash + 1 : 0);
         path += target;
     }
-    throw io_error(path, 0, "can not be written: " + errno_text(ELOOP));
+    fail_to_write(path, ELOOP);
 }
 
 /// The new file while it stands beside the final name; removed when this goes, unless released.
@@ -39,7 +60,7 @@ class file_beside {
     explicit file_beside(const std::string& target) : target_(target) {
         struct stat old {};
         const bool replaces = stat(target.c_str(), &old) == 0;
-        if (!replaces && errno != ENOENT) fail_errno();
+        if (!replaces && errno != ENOENT) fail_in_directory(target_, errno);
         if (replaces && !S_ISREG(old.st_mode))
             fail("the name is taken by something else than a file");
         if (replaces && faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0) fail_errno();
@@ -53,7 +74,7 @@ class file_beside {
             descriptor_ = open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
             if (descriptor_ < 0 && (errno != EEXIST || attempt == 1000)) {
                 path_.clear();
-                fail_errno();
+                fail_in_directory(target_, errno);
             }
         }
         descriptor_ = above_standard_streams(descriptor_);
@@ -83,7 +104,7 @@ class file_beside {
     }
 
     void rename_over_target() {
-        if (std::rename(path_.c_str(), target_.c_str()) != 0) fail_errno();
+        if (std::rename(path_.c_str(), target_.c_str()) != 0) fail_in_directory(target_, errno);
         path_.clear();
     }
 
@@ -97,7 +118,7 @@ class file_beside {
     [[noreturn]] void fail(std::string_view reason) const {
         throw io_error(target_, 0, "can not be written: " + std::string(reason));
     }
-    [[noreturn]] void fail_errno() const { fail(errno_text(errno)); }
+    [[noreturn]] void fail_errno() const { fail_to_write(target_, errno); }
 
     std::string target_;
     std::string path_;

@@ -9,8 +9,8 @@
 namespace flib {
 
 io_error::io_error(std::string_view file, std::int64_t line, std::string_view message)
-    : run_error(printable(file) + (line > 0 ? ": line " + std::to_string(line) : "") + ": " +
-                std::string(message)) {}
+    : run_error((file.empty() ? "''" : printable(file)) +
+                (line > 0 ? ": line " + std::to_string(line) : "") + ": " + std::string(message)) {}
 
 namespace {
 

@@ -29,7 +29,8 @@ class run_error : public std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// Thrown by the I/O layer. what() is "FILE: line N: MESSAGE"; without "line N: " when `line` is 0.
+/// Thrown by the I/O layer. what() is "FILE: line N: MESSAGE"; without "line N: " when `line`
+/// is 0, and with '' for a name that is empty.
 class io_error : public run_error {
   public:
     io_error(std::string_view file, std::int64_t line, std::string_view message);

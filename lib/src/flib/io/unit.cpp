@@ -46,10 +46,9 @@ record_file& input_of(std::int32_t fid) {
     return *at->second.input;
 }
 
-std::int32_t get_free_fid() {
-    std::int32_t fid = 100;
+void get_free_fid(std::int32_t& fid) {
+    fid = 100;
     while (unit_is_open(fid)) ++fid;
-    return fid;
 }
 
 void open_old(std::int32_t fid, std::string_view fname, open_at where) {
@@ -123,7 +122,8 @@ void commit_unit(std::int32_t fid) {
     replace_file(written.output_path, written.output);
 }
 
-input_unit::input_unit(std::string_view fname, open_at where) : fid_(get_free_fid()) {
+input_unit::input_unit(std::string_view fname, open_at where) {
+    get_free_fid(fid_);
     open_old(fid_, fname, where);
 }
 

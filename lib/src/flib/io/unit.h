@@ -23,8 +23,9 @@ namespace flib {
 
 enum class open_at { start, end };
 
-/// The first unit from 100 upward that is not open; those below are left to fixed uses.
-std::int32_t get_free_fid();
+/// Hands over in `fid` the first unit from 100 upward that is not open; those below are left to
+/// fixed uses.
+void get_free_fid(std::int32_t& fid);
 
 /// Opens the existing file `fname` (trailing blanks not counting) as `fid`, to be read from its
 /// start or positioned at its end. Throws io_error if it can not be opened or is not a regular
@@ -103,7 +104,7 @@ class input_unit {
     operator std::int32_t() const { return fid_; }
 
   private:
-    std::int32_t fid_;
+    std::int32_t fid_ = 0;
 };
 
 }  // namespace flib
