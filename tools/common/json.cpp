@@ -1,9 +1,8 @@
 #include "common/json.h"
 
-#include <array>
-#include <charconv>
 #include <cmath>
 
+#include "common/number_text.h"
 #include "flib/text/utf8.h"
 
 namespace tools {
@@ -32,12 +31,6 @@ std::string json_string(std::string_view text) {
         text.remove_prefix(taken);
     }
     return quoted + '"';
-}
-
-std::string shortest_real(double value) {
-    std::array<char, 32> digits;
-    const auto written = std::to_chars(digits.data(), digits.data() + digits.size(), value);
-    return {digits.data(), written.ptr};
 }
 
 std::string json_real(double value) {

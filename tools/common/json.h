@@ -7,14 +7,13 @@
 #include <string>
 #include <string_view>
 
+#include "common/number_text.h"
+
 namespace tools {
 
 /// `text` as a JSON string, quotes included. Every byte that is not part of a well-formed UTF-8
 /// sequence becomes U+FFFD.
 std::string json_string(std::string_view text);
-
-/// The shortest text that reads back to the same bits.
-std::string shortest_real(double value);
 
 /// `value` as a JSON number: the shortest text that reads back to the same bits, always with a
 /// point or an exponent; null for a NaN or an infinity, which JSON does not have.

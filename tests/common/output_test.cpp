@@ -1,0 +1,144 @@
+// What the tools write: JSON, numbers, whole files, and the lines in which they end.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <new>
+#include <stdexcept>
+
+#include "common/json_text.h"
+#include "common/number_text.h"
+#include "common/output_file.h"
+#include "common/program.h"
+#include "flib/io/stop_run.h"
+#include "support/support.h"
+
+namespace {
+
+TEST(JsonText, HasRowsOfNumbersOnOneLine) {
+    const double none = std::nan("");
+    tools::json_value value;
+    value["z\"\x01\xFF"] = "é\n\t\\\x7F\xC3\x28";
+    value["rows"] = {{1.0, -0.0, none}, {1e-300, 0.1, -std::numeric_limits<double>::infinity()}};
+    value["a"] = {{"empty", tools::json_value::array()}, {"none", nullptr}, {"yes", true}};
+    value["mixed"] = {1, tools::json_value::object(), "b"};
+    EXPECT_EQ(tools::json_text(value),
+              "{\n"
+              "  \"z\\\"\\u0001\xEF\xBF\xBD\": \"é\\n\\t\\\\\x7F\xEF\xBF\xBD(\",\n"
+              "  \"rows\": [\n"
+              "    [1.0, -0.0, null],\n"
+              "    [1e-300, 0.1, null]\n"
+              "  ],\n"
+              "  \"a\": {\n"
+              "    \"empty\": [],\n"
+              "    \"none\": null,\n"
+              "    \"yes\": true\n"
+              "  },\n"
+              "  \"mixed\": [\n"
+              "    1,\n"
+              "    {},\n"
+              "    \"b\"\n"
+              "  ]\n"
+              "}\n");
+}
+
+TEST(NumberText, IsShortAndHasNoSignAtZero) {
+    EXPECT_EQ(tools::decimal(-0.00004, 4) + ' ' + tools::decimal(-0.00006, 4), "0.0000 -0.0001");
+    EXPECT_EQ(tools::decimal(-10.25, 1) + ' ' + tools::decimal(100.4, 0), "-10.2 100");
+    EXPECT_EQ(tools::decimal(1e30, 2), std::string(24, '*'));
+    EXPECT_EQ(tools::shortest_real(0.1) + ' ' + tools::shortest_real(-1e22), "0.1 -1e+22");
+}
+
+/// What `routine` writes to a standard stream.
+std::string written_to(int descriptor, const std::function<void()>& routine) {
+    const support::scratch_directory scratch;
+    const std::string path = scratch.path() / "written";
+    const int kept = dup(descriptor);
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT, 0600);
+    dup2(file, descriptor);
+    routine();
+    dup2(kept, descriptor);
+    close(file);
+    close(kept);
+    return support::contents_of(path);
+}
+
+TEST(Output, IsAWholeFileOrStandardOutput) {
+    const support::scratch_directory scratch;
+    const std::string path = scratch.file("page", "old");
+    EXPECT_EQ(written_to(STDOUT_FILENO, [&] { tools::write_result(path, "new\n"); }), "");
+    EXPECT_EQ(support::contents_of(path), "new\n");
+    EXPECT_EQ(written_to(STDOUT_FILENO, [] { tools::write_result("-", "text\n"); }), "text\n");
+    EXPECT_EQ(scratch.names(), std::vector<std::string>{"page"});
+    const std::string absent = scratch.path() / "absent/page";
+    const auto ending = support::ending_of([&] { tools::write_result(absent, "x"); });
+    ASSERT_TRUE(ending);
+    EXPECT_EQ(ending->text.find(absent + ": "), 0U) << ending->text;
+}
+
+TEST(Program, EndsWithOneLineWhateverIsThrown) {
+    using arguments = std::span<const std::string_view>;
+    const auto ending = [](const std::function<int(arguments)>& body) {
+        char name[] = "/usr/bin/tool";
+        char first[] = "a b";
+        char second[] = "";
+        char* argv[] = {name, first, second, nullptr};
+        int status = -1;
+        const std::string said =
+            written_to(STDERR_FILENO, [&] { status = tools::run_tool("tool", 3, argv, body); });
+        return std::to_string(status) + " " + said;
+    };
+    const auto throwing = [&](const auto& what) {
+        return ending([&](arguments) -> int { throw what; });
+    };
+    EXPECT_EQ(ending([](arguments given) {
+                  EXPECT_EQ(std::vector<std::string_view>(given.begin(), given.end()),
+                            (std::vector<std::string_view>{"a b", ""}));
+                  return 17;
+              }),
+              "17 ");
+    EXPECT_EQ(throwing(flib::io_error("x.sgn", 7, "no")), "2 tool: x.sgn: line 7: no\n");
+    EXPECT_EQ(throwing(flib::stop_run{1, {"  Error!", "", " the reason"}}),
+              "2 tool: Error! the reason\n");
+    EXPECT_EQ(throwing(std::bad_alloc()), "2 tool: not enough memory\n");
+    EXPECT_EQ(throwing(std::length_error("vector")), "2 tool: not enough memory\n");
+    EXPECT_EQ(throwing(std::runtime_error("odd")), "2 tool: odd\n");
+    char* nobody[] = {nullptr};
+    EXPECT_EQ(tools::run_tool("tool", 0, nobody,
+                              [](arguments given) { return static_cast<int>(given.size()); }),
+              0);
+}
+
+/// Status and complaint of a tool that writes to `descriptor` as its standard output.
+std::string ending_of_writing_to(int descriptor) {
+    const int kept = dup(STDOUT_FILENO);
+    dup2(descriptor, STDOUT_FILENO);
+    char* argv[] = {nullptr};
+    int status = -1;
+    const std::string said = written_to(STDERR_FILENO, [&] {
+        status = tools::run_tool("tool", 0, argv, [](std::span<const std::string_view>) {
+            tools::show("text\n");
+            return 1;
+        });
+    });
+    dup2(kept, STDOUT_FILENO);
+    close(kept);
+    return std::to_string(status) + " " + said;
+}
+
+TEST(Program, LosesNoOutputWithoutAWordUnlessNobodyReadsIt) {
+    const int full = open("/dev/full", O_WRONLY);
+    if (full < 0) GTEST_SKIP() << "no /dev/full";
+    EXPECT_EQ(ending_of_writing_to(full), "2 tool: standard output: No space left on device\n");
+    close(full);
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    close(ends[0]);
+    EXPECT_EQ(ending_of_writing_to(ends[1]), "1 ");
+    close(ends[1]);
+}
+
+}  // namespace
