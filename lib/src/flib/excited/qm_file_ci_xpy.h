@@ -1,4 +1,4 @@
-// The X+Y excitation amplitudes.
+// The X+Y excitation amplitudes, and the energies before them.
 #pragma once
 
 #include <cstddef>
@@ -22,5 +22,11 @@ std::size_t xpy_count(std::int32_t ni, std::int32_t na, std::int32_t nci);
 /// of file" line, or if `xpy` is too short.
 void qm_file_ci_xpy(std::string_view fname, std::int32_t ni, std::int32_t na, std::int32_t nci,
                     std::span<double> xpy, std::int32_t& info);
+
+/// Reads the excitation energies (Hartree) of `nci` roots, which stand before the amplitudes, from
+/// the dump `fname` into the first elements of `energy`. `info` and endings are those of
+/// qm_file_ci_xpy().
+void qm_file_ci_energy(std::string_view fname, std::int32_t nci, std::span<double> energy,
+                       std::int32_t& info);
 
 }  // namespace flib
