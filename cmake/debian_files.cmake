@@ -1,5 +1,5 @@
-# Run by cpack on the gathered files of the packages, before they are packed: compressed manual
-# pages, changelog and copyright.
+# Run by cpack on the gathered files of the packages, before they are packed: what Debian wants
+# elsewhere or otherwise than `cmake --install` does it.
 if(NOT CPACK_GENERATOR STREQUAL "DEB")
     return()
 endif()
@@ -9,7 +9,16 @@ function(compress file)
 endfunction()
 
 string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
-string(TIMESTAMP year "%Y" UTC)
+
+# The licence as Debian's copyright files quote it: its paragraphs, indented.
+file(READ ${CPACK_STIGRUZ_SOURCE}/LICENSE licence)
+string(REGEX MATCH "Copyright \\(c\\) ([^\n]*)" notice "${licence}")
+set(holders ${CMAKE_MATCH_1})
+string(REGEX REPLACE "^.*${holders}\n\n" "" licence "${licence}")
+string(STRIP "${licence}" licence)
+string(REPLACE "\n" "\n " licence " ${licence}")
+string(REGEX REPLACE "\n +\n" "\n .\n" licence "${licence}")
+
 set(packages ${CPACK_STIGRUZ_PACKAGES})
 while(packages)
     list(POP_FRONT packages component package)
@@ -21,6 +30,9 @@ while(packages)
     foreach(page ${pages})
         compress(${page})
     endforeach()
+    if(EXISTS ${root}/usr/share/zsh)
+        file(RENAME ${root}/usr/share/zsh/site-functions ${root}/usr/share/zsh/vendor-completions)
+    endif()
 
     set(documents ${root}/usr/share/doc/${package})
     file(WRITE ${documents}/changelog
@@ -28,11 +40,9 @@ while(packages)
         "  * See CHANGELOG.md of this release.\n\n"
         " -- ${CPACK_PACKAGE_CONTACT}  ${date}\n")
     compress(${documents}/changelog)
-    set(licence "No licence is granted by this file.\n")
-    if(EXISTS ${CPACK_STIGRUZ_SOURCE}/LICENSE)
-        file(READ ${CPACK_STIGRUZ_SOURCE}/LICENSE licence)
-    endif()
+    file(REMOVE ${documents}/LICENSE)
     file(WRITE ${documents}/copyright
-        "${CPACK_PACKAGE_NAME} ${CPACK_PACKAGE_VERSION}\n"
-        "Copyright (C) ${year} the authors of ${CPACK_PACKAGE_NAME}\n\n${licence}")
+        "Format: https://www.debian.org/doc/packaging-manuals/copyright-format/1.0/\n"
+        "Upstream-Name: ${CPACK_PACKAGE_NAME}\n\n"
+        "Files: *\nCopyright: ${holders}\nLicense: BSD-3-Clause\n${licence}\n")
 endwhile()

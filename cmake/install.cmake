@@ -15,13 +15,33 @@ foreach(page ${pages} stigruz.sgn.5)
         DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section} COMPONENT tools)
 endforeach()
 
+# Completion, where bash, zsh and fish look for it.
 list(TRANSFORM tools PREPEND "completions/" OUTPUT_VARIABLE completions)
 install(FILES ${completions}
     DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
-install(DIRECTORY examples/workflow
-    DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples COMPONENT tools USE_SOURCE_PERMISSIONS)
-install(FILES docs/workflow.md docs/method.md docs/sgn_check.md
+install(FILES completions/zsh/_stigruz
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions COMPONENT tools)
+list(TRANSFORM tools REPLACE "(.+)" "completions/fish/\\1.fish" OUTPUT_VARIABLE completions)
+install(FILES ${completions}
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d COMPONENT tools)
+install(FILES completions/fish/__stigruz_options.fish
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_functions.d COMPONENT tools)
+
+# The pages lie to each other as they do here, so that the links between them hold.
+install(FILES README.md CHANGELOG.md CONTRIBUTING.md LICENSE
     DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tools)
+install(DIRECTORY docs
+    DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tools FILES_MATCHING PATTERN "*.md")
+install(DIRECTORY examples
+    DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tools USE_SOURCE_PERMISSIONS)
+
+# The header libraries' licences go along with the programs that hold their code.
+if(TARGET tools_common)
+    foreach(library libcli11-dev libeigen3-dev nlohmann-json3-dev)
+        install(FILES /usr/share/doc/${library}/copyright OPTIONAL
+            DESTINATION ${CMAKE_INSTALL_DOCDIR}/third_party RENAME ${library} COMPONENT tools)
+    endforeach()
+endif()
 
 install(DIRECTORY lib/src/flib
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development

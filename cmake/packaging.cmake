@@ -2,7 +2,7 @@
 # CMAKE_INSTALL_PREFIX=/usr. scripts/package.sh does that, and makes the tarball of static tools.
 set(CPACK_PACKAGE_NAME stigruz)
 set(CPACK_PACKAGE_VERSION ${PROJECT_VERSION})
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")  # each package has its own, the first line below
 set(CPACK_PACKAGE_CONTACT "stigruz maintainers <maintainers@stigruz.invalid>" CACHE STRING
     "Who answers for the packages: NAME <ADDRESS>")
 set(CPACK_PACKAGE_VENDOR stigruz)
@@ -25,9 +25,14 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME stigruz)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION science)
 set(CPACK_DEBIAN_TOOLS_DESCRIPTION
-"This package holds the tools: stigruz gives the transition dipole of each job
-the sign of the reference, sgn_check tells which results deserve doubt, and
-qm_file shows what files of quantum-chemistry programs hold.")
+"signs and derivatives of excited-state transition dipoles
+The sign of a transition dipole is arbitrary and jumps from one
+quantum-chemistry job to the next, so that a numerical derivative of it comes
+out as garbage. These tools make a set of displaced Gaussian jobs from one
+input, give every job the sign of the reference, tell which results deserve
+doubt, follow states through crossings, and make derivatives of dipoles and
+forces for vibronic programs and viewers. One more shows what files of many
+quantum-chemistry programs hold.")
 
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${runtime_package})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
@@ -38,20 +43,28 @@ file(WRITE ${PROJECT_BINARY_DIR}/debian/triggers "activate-noawait ldconfig\n")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
     ${PROJECT_BINARY_DIR}/debian/shlibs ${PROJECT_BINARY_DIR}/debian/triggers)
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION
-"This package holds the shared library, whose routines find atoms, geometries,
-masses, forces, orbitals and excitation amplitudes in the text files of
-quantum-chemistry programs.")
+"readers of quantum-chemistry output (shared library)
+Routines that find atoms, geometries, masses, forces, orbitals and excitation
+amplitudes in the text files of Gaussian, ORCA, Q-Chem, GAMESS (US), NWChem,
+TURBOMOLE and other quantum-chemistry programs.
+.
+This package holds the shared library.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libflib-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${runtime_package} (= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION
-"This package holds headers and the static library, for C++ programs that read
-the text files of quantum-chemistry programs. CMake's find_package(flib) and
-pkg-config find them.")
+"readers of quantum-chemistry output (development files)
+Routines that find atoms, geometries, masses, forces, orbitals and excitation
+amplitudes in the text files of Gaussian, ORCA, Q-Chem, GAMESS (US), NWChem,
+TURBOMOLE and other quantum-chemistry programs.
+.
+This package holds the headers and the static library. CMake's find_package()
+and pkg-config find them.")
 
-# What Debian asks of every package's documentation is made when the files are gathered.
+# What Debian asks of every package's files is done when they are gathered, of its scripts afterwards.
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/debian_files.cmake)
+set(CPACK_POST_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/debian_scripts.cmake)
 set(CPACK_STIGRUZ_SOURCE ${PROJECT_SOURCE_DIR})
 set(CPACK_STIGRUZ_PACKAGES "tools;stigruz;runtime;${runtime_package};development;libflib-dev")
 include(CPack)

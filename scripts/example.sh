@@ -39,3 +39,7 @@ for checkpoint in h2o_0*.fchk; do
 done
 echo
 echo "The printed sign jumps from job to job; the corrected dipole can be differentiated."
+echo
+echo "The tool is $stigruz"
+echo "scripts/install.sh installs it, and with it the tools that make the inputs of a set"
+echo "(sgn_displace), check its signs (sgn_check) and make the derivatives (sgn_derive)."

@@ -3,5 +3,6 @@
 set -euo pipefail
 cd "$1"
 command -v shellcheck >/dev/null || exit 77
-shellcheck completions/* examples/workflow/*.sh examples/workflow/*.slurm scripts/*.sh \
+mapfile -t completions < <(find completions -maxdepth 1 -type f)
+shellcheck "${completions[@]}" examples/workflow/*.sh examples/workflow/*.slurm scripts/*.sh \
     tests/checks/*.sh .ci/run

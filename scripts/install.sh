@@ -1,0 +1,20 @@
+#!/usr/bin/env bash
+# Builds all tools and the library and installs them: install.sh [PREFIX]
+# PREFIX is /usr/local for root, else ~/.local.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+if [ "$(id -u)" -eq 0 ]; then prefix=/usr/local; else prefix=$HOME/.local; fi
+prefix=${1:-$prefix}
+
+scripts/setup.sh build
+scripts/setup.sh tools || echo "Going on without them: all tools but stigruz are left out."
+scripts/build.sh build-install all -DSTIGRUZ_TESTS=OFF
+cmake --install build-install --prefix "$prefix" >/dev/null
+
+echo "Installed in $prefix: $(cd build-install/tools && find . -maxdepth 1 -type f -perm -u+x |
+    sed 's:^\./::' | sort | tr '\n' ' ')"
+case ":$PATH:" in
+    *":$prefix/bin:"*) ;;
+    *) echo "Put $prefix/bin on the PATH: export PATH=$prefix/bin:\$PATH   # in ~/.bashrc, too" ;;
+esac
