@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "compare.h"
-#include "flib/excited/matrix_product.h"
+#include "flib/excited/detail/matrix_product.h"
 #include "flib/io/free_format.h"
 #include "flib/io/unit.h"
 #include "flib/qm_file/qm_file_type.h"

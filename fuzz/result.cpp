@@ -94,7 +94,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         fuzz::ending read = fuzz::ending::failed;
         std::string twice;
         read = fuzz::ending_of([&] { twice = rewritten(numfreq::read_sgn_file(scratch_path())); });
-        fuzz::require(read == fuzz::ending::returned, "a written result can not be read back");
+        fuzz::require(read == fuzz::ending::returned, "a written result cannot be read back");
         fuzz::require(once == twice, "a written result changes when it is written again");
     });
     fuzz::require(!flib::unit_is_open(100) && !flib::unit_is_open(1), "a unit was left open");

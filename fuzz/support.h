@@ -48,7 +48,8 @@ ending ending_of(Routine&& routine) {
     try {
         routine();
     } catch (const flib::stop_run& stop) {
-        require(stop.status >= 0 && stop.status <= 2 && !stop.lines.empty(), "an empty ending");
+        require(stop.status() >= 0 && stop.status() <= 2 && !stop.lines().empty(),
+                "an empty ending");
         return ending::stopped;
     } catch (const flib::run_error& error) {
         const std::string_view line = error.what();

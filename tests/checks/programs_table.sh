@@ -20,7 +20,7 @@ if ! diff <(echo "$tags") <(echo "$documented") >&2; then
     exit 1
 fi
 
-# The test for Molpro outputs can not succeed, so that no file is recognised as one.
+# The test for Molpro outputs cannot succeed, so that no file is recognised as one.
 recognised=$(find tests/data -mindepth 2 -type f -exec "$qm_file" type {} \; 2>/dev/null | cut -f1 | sort -u)
 missing=$(comm -23 <(grep -v '^MOLPRO$' <<<"$tags") <(echo "$recognised"))
 [ -z "$missing" ] || { echo "tests/data has no file of: $missing" >&2; exit 1; }

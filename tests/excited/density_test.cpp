@@ -6,8 +6,8 @@
 #include <limits>
 #include <random>
 
+#include "flib/excited/detail/matrix_product.h"
 #include "flib/excited/get_ci_density_nbasis_nbsuse.h"
-#include "flib/excited/matrix_product.h"
 #include "support/support.h"
 
 namespace {
@@ -111,7 +111,7 @@ TEST(Density, StatesWhichPreconditionFails) {
         });
     };
     EXPECT_EQ(of(5, {1, 1, 3, -1}, 3),
-              "exit 2: the transition density can not be built: a count is negative (nbasis = 5, "
+              "exit 2: the transition density cannot be built: a count is negative (nbasis = 5, "
               "nbsuse = 5, mi = 1, nfc = 1, ma = 3, nfv = -1)");
     EXPECT_THAT(of(4, {1, 1, 3, 0}, 3), HasSubstr("differs from that of basis functions"));
     EXPECT_THAT(of(5, {1, 1, 4, 0}, 4), HasSubstr("mi + nfc + ma + nfv = 6 differs from nbasis"));

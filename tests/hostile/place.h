@@ -19,7 +19,7 @@ class place {
     explicit place(std::vector<std::string> of_tool = {"a.fchk"}, const std::string& change = ":",
                    std::int32_t virtual_orbitals = 3)
         : arguments(std::move(of_tool)) {
-        // What can not be allocated is no error of the program's.
+        // What cannot be allocated is no error of the program's.
         setenv("ASAN_OPTIONS", "allocator_may_return_null=1:max_allocation_size_mb=1024", 0);
         std::mt19937_64 random(17);
         support::write_job(at(""), "a",

@@ -69,12 +69,12 @@ TEST(Units, NeedTheRightsToTheirFiles) {
     const bool root = geteuid() == 0;
     constexpr uid_t nobody = 65534;
     if (root && (chown(dir.c_str(), nobody, nobody) != 0 || seteuid(nobody) != 0)) {
-        GTEST_SKIP() << "can not give up the rights of root";
+        GTEST_SKIP() << "cannot give up the rights of root";
     }
     EXPECT_EQ(ending_of([&] { open_old(100, dir + "/secret"); })->text,
-              dir + "/secret: can not be opened: Permission denied");
+              dir + "/secret: cannot be opened: Permission denied");
     EXPECT_EQ(ending_of([&] { replace_file(dir + "/protected", "new"); })->text,
-              dir + "/protected: can not be written: Permission denied");
+              dir + "/protected: cannot be written: Permission denied");
     EXPECT_EQ(support::contents_of(dir + "/protected"), "old\n");
     // Where the directory is to blame, it is named, in full and of the file behind a link.
     fs::create_directory(dir + "/loc\tked");
@@ -87,7 +87,7 @@ TEST(Units, NeedTheRightsToTheirFiles) {
           {"astray", "no/new", "no/", "No such file or directory"},
           {"protected/x", "protected/x", "protected/", "Not a directory"}}) {
         EXPECT_EQ(ending_of([&, &link = name] { replace_file(prefix + link, "new"); })->text,
-                  prefix + target + ": can not be written into the directory '" + prefix +
+                  prefix + target + ": cannot be written into the directory '" + prefix +
                       directory + "': " + reason);
     }
     EXPECT_TRUE(!root || seteuid(0) == 0);

@@ -124,7 +124,7 @@ TEST(Stigruz, LooksForTheOtherFilesInTheWorkingDirectory) {
     fs::rename(jobs.path("h2o_01xm.cis"), jobs.path("a.b.cis"));
     const outcome failed = jobs.run({"else where/a.b.chk"});
     EXPECT_EQ(failed.status, 2);
-    EXPECT_EQ(failed.errors, "stigruz: a.b.fchk: can not be opened: No such file or directory\n");
+    EXPECT_EQ(failed.errors, "stigruz: a.b.fchk: cannot be opened: No such file or directory\n");
     jobs.run_quietly({"h2o_ref.fchk"});
     jobs.run_quietly({"else where/a.b.chk", "h2o_ref.sgn"});
     EXPECT_TRUE(fs::exists(jobs.path("a.b.sgn")));
@@ -212,12 +212,12 @@ TEST(Stigruz, SaysHowItIsUsed) {
     const water_jobs jobs;
     for (const char* const empty : {"", "   "}) {
         EXPECT_EQ(jobs.run({"h2o_ref.fchk", empty}).errors,
-                  "stigruz: '': can not be opened: No such file or directory\n");
+                  "stigruz: '': cannot be opened: No such file or directory\n");
     }
     const outcome ended = jobs.run({});
     EXPECT_EQ(ended.status, 2);
     EXPECT_EQ(ended.errors,
-              "stigruz: .log: can not be opened: No such file or directory (usage: stigruz "
+              "stigruz: .log: cannot be opened: No such file or directory (usage: stigruz "
               "CHECKPOINT [REFERENCE])\n");
 }
 

@@ -39,7 +39,7 @@ const program programs[] = {
     {"gaussian/water.mat.txt", gaussian_mat, "2, -1", "", not_read, "-----"},
     {"gaussian/water.cis", gaussian_rwf, "0, 1", "", not_read, "-----"},
     {"chemshell/water.out", chemshell, "v3.7.1, 4", "nzx", heavy, "-00--"},
-    // Not recognised: the test for Molpro's banner can not succeed.
+    // Not recognised: the test for Molpro's banner cannot succeed.
     {"molpro/water.out", molpro, "unset, -1", "", not_read, "-----"},
     {"turbomole/ridft.out", turbomole, "7.3, 1", "nzx", of_elements, "220--"},
     {"turbomole/aoforce.out", turbomole, "5 9 0, 1", "nzx", heavy, "220--"},

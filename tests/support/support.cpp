@@ -70,7 +70,7 @@ std::string contents_of(const fs::path& path) {
 void write_file(const fs::path& path, std::string_view contents) {
     std::ofstream file(path, std::ios::binary);
     file << contents;
-    if (!file.flush()) throw std::runtime_error("can not write " + path.string());
+    if (!file.flush()) throw std::runtime_error("cannot write " + path.string());
 }
 
 std::string replaced(std::string text, std::string_view from, std::string_view to) {
@@ -113,8 +113,8 @@ std::optional<ending> ending_of(const std::function<void()>& routine) {
         routine();
     } catch (const flib::stop_run& stop) {
         std::string text;
-        for (const std::string& line : stop.lines) text += (text.empty() ? "" : "\n") + line;
-        return ending{stop.status, text, true};
+        for (const std::string& line : stop.lines()) text += (text.empty() ? "" : "\n") + line;
+        return ending{stop.status(), text, true};
     } catch (const flib::run_error& error) {
         return ending{flib::exit_status::diagnostic, error.what(), false};
     }
@@ -150,7 +150,7 @@ outcome run(const command& what) {
     }
     arguments.push_back(nullptr);
     const pid_t child = fork();
-    if (child < 0) throw std::runtime_error("can not fork");
+    if (child < 0) throw std::runtime_error("cannot fork");
     if (child == 0) {
         // What the test runner left open would count against limits on open files.
         for (int descriptor = STDERR_FILENO + 1; descriptor < 1024; ++descriptor) close(descriptor);
@@ -162,7 +162,7 @@ outcome run(const command& what) {
         _exit(127);
     }
     int status = 0;
-    if (waitpid(child, &status, 0) != child) throw std::runtime_error("can not wait");
+    if (waitpid(child, &status, 0) != child) throw std::runtime_error("cannot wait");
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status),
             contents_of(streams.path() / "output"), contents_of(streams.path() / "errors")};
 }

@@ -11,7 +11,7 @@ namespace numfreq {
 ///
 /// `arguments` are the checkpoint file and, for a mapped run, the reference's result file; any
 /// number of arguments but two makes a reference run, which uses the first. Ends with
-/// flib::stop_run or flib::run_error if it can not be done; an earlier result file is then what it
+/// flib::stop_run or flib::run_error if it cannot be done; an earlier result file is then what it
 /// was.
 void run_driver(std::span<const std::string_view> arguments);
 

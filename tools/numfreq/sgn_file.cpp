@@ -5,7 +5,6 @@
 
 #include "flib/io/fixed_field.h"
 #include "flib/io/free_format.h"
-#include "flib/io/record_file.h"
 #include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
 #include "flib/search/search_word.h"
@@ -88,7 +87,7 @@ void read_values(std::int32_t fid, std::string_view name, Values&... values) {
 
 /// An error at the record read last.
 [[noreturn]] void fail(std::int32_t fid, std::string_view message) {
-    throw flib::input_of(fid).error_at_last_record(message);
+    throw flib::error_at_last_record(fid, message);
 }
 
 std::string quoted(std::string_view text) {
@@ -218,7 +217,7 @@ sgn_contents read_sgn_file(std::string_view fname) {
     try {
         contents.parameters = read_whole_parameters(fid);
     } catch (const flib::stop_run& stop) {
-        throw flib::io_error(flib::trim_right(fname), 0, stop.lines.front());
+        throw flib::io_error(flib::trim_right(fname), 0, stop.what());
     }
     read_body(fid, contents);
     return contents;

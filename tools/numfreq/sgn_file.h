@@ -59,10 +59,10 @@ void write_sgn_body(std::int32_t fid, const sgn_body& body);
 
 /// Reads the parameter block of an open result file, without its sign. The records are searched for
 /// in their order. Throws flib::stop_run (status 1) if one is missing or out of order, and
-/// flib::io_error if a value can not be read.
+/// flib::io_error if a value cannot be read.
 sgn_parameters read_sgn_parameters(std::int32_t fid);
 
-/// Reads the whole of the result file `fname`. Throws flib::io_error if it can not be opened, is
+/// Reads the whole of the result file `fname`. Throws flib::io_error if it cannot be opened, is
 /// not a result file, or is damaged: a record is missing, cut short or out of its place, or holds
 /// something else than its values.
 sgn_contents read_sgn_file(std::string_view fname);

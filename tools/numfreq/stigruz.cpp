@@ -54,9 +54,9 @@ int run(int argc, char** argv) {
         numfreq::run_driver(arguments);
     } catch (const flib::stop_run& stop) {
         last_words text;
-        for (const std::string& line : stop.lines) text.add(line).add("\n");
+        for (const std::string& line : stop.lines()) text.add(line).add("\n");
         text.write_to(STDOUT_FILENO);
-        return stop.status;
+        return stop.status();
     } catch (const flib::run_error& error) {
         return report(error.what(), argc < 2 ? " (usage: stigruz CHECKPOINT [REFERENCE])" : "");
     } catch (const std::bad_alloc&) {

@@ -9,6 +9,7 @@
 #include "flib/excited/qm_file_nci.h"
 #include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
+#include "flib/qm_file/detail/reader_steps.h"
 #include "flib/qm_file/qm_file_coord.h"
 #include "flib/qm_file/qm_file_force_tdip.h"
 #include "flib/qm_file/qm_file_mass.h"
@@ -16,7 +17,6 @@
 #include "flib/qm_file/qm_file_natom.h"
 #include "flib/qm_file/qm_file_oniom.h"
 #include "flib/qm_file/qm_file_type.h"
-#include "flib/qm_file/reader_steps.h"
 #include "flib/qm_file/type_tag.h"
 #include "flib/util/elements.h"
 #include "flib/util/file.h"
@@ -41,7 +41,7 @@ bool is_log(const file_facts& facts) {
 void read_type(file_facts& facts) {
     flib::line_buffer tag;
     flib::line_buffer version;
-    // Detection is silent about a file that can not be opened; say why.
+    // Detection is silent about a file that cannot be opened; say why.
     const flib::input_unit readable(facts.file);
     flib::qm_file_type(facts.file, tag, version, facts.class_code);
     facts.tag = tag.trimmed();
@@ -159,7 +159,7 @@ bool ask(file_facts& facts, quantity which, void (*reader)(file_facts&)) {
         reader(facts);
         return true;
     } catch (const flib::stop_run& stop) {
-        facts.endings[which] = {stop.status, stop.lines, false};
+        facts.endings[which] = {stop.status(), stop.lines(), false};
     } catch (const flib::run_error& error) {
         facts.endings[which] = {flib::exit_status::diagnostic, {error.what()}, true};
     } catch (const std::bad_alloc&) {

@@ -91,7 +91,7 @@ struct file_facts {
     std::map<quantity, ending> endings{};  ///< of the readers that could not give theirs
 };
 
-/// Asks the readers for the quantities `wanted`, each by itself, so that what one of them can not
+/// Asks the readers for the quantities `wanted`, each by itself, so that what one of them cannot
 /// give does not hide the others. Unless a quantity is asked for `alone`, kinds of files that have
 /// no such quantity are spared the question, and so is a Gaussian log the basis, because that would
 /// read a count from standard input.

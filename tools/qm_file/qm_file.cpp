@@ -53,7 +53,7 @@ probe shows the raw outputs of one routine, for bug reports and exact comparison
 
 constexpr std::string_view status_text = R"(
 Exit status: 0 if every file could be read, 1 or 2 if a reader ended with that status (2: a file can
-not be opened, or an entry of it can not be read); of several files, the largest.
+not be opened, or an entry of it cannot be read); of several files, the largest.
 )";
 
 /// A command line that makes no sense.
@@ -221,7 +221,7 @@ int main(int argc, char** argv) {
     } catch (const usage_error& error) {
         complain(std::string(error.what()) + " (see qm_file --help)");
     } catch (const flib::stop_run& stop) {
-        return tell_ending({stop.status, stop.lines, false});
+        return tell_ending({stop.status(), stop.lines(), false});
     } catch (const flib::run_error& error) {
         complain(error.what());
     } catch (const std::bad_alloc&) {

@@ -139,7 +139,7 @@ std::string in_one_line(const ending& how) {
 
 std::string summary(const file_facts& facts) {
     std::string text = flib::printable(facts.file) + '\n';
-    if (facts.endings.contains(quantity::type)) return text + "  can not be read\n";
+    if (facts.endings.contains(quantity::type)) return text + "  cannot be read\n";
     if (facts.tag.empty()) {
         return text + heading("program") + "not recognised: none of the known banners is there\n";
     }

@@ -1,4 +1,4 @@
-// The number of atoms in a file, or why it can not be had.
+// The number of atoms in a file, or why it cannot be had.
 #include <flib/io/stop_run.h>
 #include <flib/qm_file/qm_file_coord.h>
 #include <flib/qm_file/qm_file_natom.h>

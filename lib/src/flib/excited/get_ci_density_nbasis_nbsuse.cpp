@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-#include "flib/excited/matrix_product.h"
+#include "flib/excited/detail/matrix_product.h"
 #include "flib/io/stop_run.h"
 
 namespace flib {
@@ -23,7 +23,7 @@ void check_counts(std::int32_t nbasis, std::int32_t nbsuse, std::int32_t mi, std
     } else {
         return;
     }
-    throw run_error("the transition density can not be built: " + reason +
+    throw run_error("the transition density cannot be built: " + reason +
                     " (nbasis = " + number(nbasis) + ", nbsuse = " + number(nbsuse) +
                     ", mi = " + number(mi) + ", nfc = " + number(nfc) + ", ma = " + number(ma) +
                     ", nfv = " + number(nfv) + ")");
@@ -38,7 +38,7 @@ void get_ci_density_nbasis_nbsuse(std::int32_t nbasis, std::int32_t nbsuse, std:
     check_counts(nbasis, nbsuse, mi, ma, nfc, nfv);
     const matrix_view<const double> amplitudes(xpy.data(), ma, mi);
     if (xpy.size() < amplitudes.all().size()) {
-        throw run_error("the transition density can not be built: there are " +
+        throw run_error("the transition density cannot be built: there are " +
                         std::to_string(xpy.size()) + " amplitudes of " +
                         std::to_string(amplitudes.all().size()));
     }

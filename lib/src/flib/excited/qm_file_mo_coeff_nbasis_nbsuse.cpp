@@ -7,9 +7,9 @@
 #include "flib/io/free_format.h"
 #include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
-#include "flib/qm_file/keyword.h"
+#include "flib/qm_file/detail/keyword.h"
+#include "flib/qm_file/detail/reader_steps.h"
 #include "flib/qm_file/qm_file_type.h"
-#include "flib/qm_file/reader_steps.h"
 #include "flib/qm_file/type_tag.h"
 #include "flib/search/search_word.h"
 

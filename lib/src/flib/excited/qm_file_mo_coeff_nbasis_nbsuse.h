@@ -15,7 +15,7 @@ namespace flib {
 ///
 /// Every element of `mo` is set to 0 before anything is read. `info` becomes 0. Throws stop_run if
 /// `nbasis` is below 1 (status 0) or the file is of another kind (status 1); io_error if the file
-/// can not be opened or holds too few coefficients, or if `mo` has fewer than `nbsuse` x `nbasis`
+/// cannot be opened or holds too few coefficients, or if `mo` has fewer than `nbsuse` x `nbasis`
 /// elements.
 void qm_file_mo_coeff_nbasis_nbsuse(std::string_view fname, std::int32_t nbasis,
                                     std::int32_t nbsuse, matrix_view<double> mo,

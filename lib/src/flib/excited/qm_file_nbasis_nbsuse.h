@@ -16,7 +16,7 @@ namespace flib {
 /// that `nbsuse` is then `nbasis`; a checkpoint with `nbasis` squared coefficients overrides its
 /// own number of independent functions. For a file of another kind all are 0. `info` is always -1.
 ///
-/// Throws io_error if the file can not be opened or a number can not be read; stop_run (status 1)
+/// Throws io_error if the file cannot be opened or a number cannot be read; stop_run (status 1)
 /// for a log without a "RedAO=" line, or without a "NAE=" line above it.
 void qm_file_nbasis_nbsuse(std::string_view fname, std::int32_t& na, std::int32_t& nb,
                            std::int32_t& nbasis, std::int32_t& nbsuse, std::int32_t& info);

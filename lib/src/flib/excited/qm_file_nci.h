@@ -12,7 +12,7 @@ namespace flib {
 /// qm_file_type().
 ///
 /// Throws stop_run (status 1) for a file of another kind and for a missing "NAE=" or "roots to
-/// seek" line; io_error if the file can not be opened or a count can not be read.
+/// seek" line; io_error if the file cannot be opened or a count cannot be read.
 void qm_file_nci(std::string_view fname, std::int32_t& ni, std::int32_t& na, std::int32_t& nci,
                  std::int32_t& nae, std::int32_t& nfc, std::int32_t& nfv, std::int32_t& info);
 

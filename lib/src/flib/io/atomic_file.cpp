@@ -11,15 +11,15 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "flib/io/detail/text_file.h"
 #include "flib/io/stop_run.h"
-#include "flib/io/text_file.h"
 
 namespace flib {
 namespace {
 
-/// Throws the io_error of a file that can not be written.
+/// Throws the io_error of a file that cannot be written.
 [[noreturn]] void fail_to_write(const std::string& path, int error) {
-    throw io_error(path, 0, "can not be written: " + errno_text(error));
+    throw io_error(path, 0, "cannot be written: " + errno_text(error));
 }
 
 /// The same of a step on the name, not the contents: where the reason lies with the directory, that
@@ -32,7 +32,7 @@ namespace {
     char whole[PATH_MAX];
     if (realpath(directory.c_str(), whole) != nullptr) directory = whole;
     throw io_error(path, 0,
-                   "can not be written into the directory '" + printable(directory) +
+                   "cannot be written into the directory '" + printable(directory) +
                        "': " + errno_text(error));
 }
 
@@ -116,7 +116,7 @@ class file_beside {
         path_.clear();
     }
     [[noreturn]] void fail(std::string_view reason) const {
-        throw io_error(target_, 0, "can not be written: " + std::string(reason));
+        throw io_error(target_, 0, "cannot be written: " + std::string(reason));
     }
     [[noreturn]] void fail_errno() const { fail_to_write(target_, errno); }
 

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "flib/io/detail/record_file.h"
 #include "flib/io/number.h"
 
 namespace flib {
@@ -122,7 +123,7 @@ bool item_reader::refill_from_standard_input() {
     while (c != '\n' && more.size() < longest_item) {
         const ssize_t got = read(STDIN_FILENO, &c, 1);
         if (got < 0 && errno == EINTR) continue;
-        if (got < 0) fail("can not be read: " + errno_text(errno));
+        if (got < 0) fail("cannot be read: " + errno_text(errno));
         if (got == 0) break;
         more += c;
     }

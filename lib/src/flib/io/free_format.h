@@ -7,10 +7,11 @@
 #include <string>
 #include <string_view>
 
-#include "flib/io/record_file.h"
 #include "flib/text/fixed_text.h"
 
 namespace flib {
+
+class record_file;
 
 // Items are separated by blanks, tabs or one comma with any blanks around it. Records that hold no
 // item are passed over, and a read that needs more items goes on with the next record; when it has

@@ -2,11 +2,31 @@
 
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 #include "flib/text/fixed_text.h"
 #include "flib/text/utf8.h"
 
 namespace flib {
+namespace {
+
+std::string joined(const std::vector<std::string>& lines) {
+    std::string text;
+    for (const std::string& line : lines) {
+        if (!text.empty()) text += ' ';
+        text += trim(line);
+    }
+    return text;
+}
+
+}  // namespace
+
+ending::ending(int status, std::vector<std::string> lines, std::string in_one_line)
+    : how_(std::make_shared<const contents>(
+          contents{status, std::move(lines), std::move(in_one_line)})) {}
+
+stop_run::stop_run(int status, std::vector<std::string> lines)
+    : ending(status, lines, joined(lines)) {}
 
 io_error::io_error(std::string_view file, std::int64_t line, std::string_view message)
     : run_error((file.empty() ? "''" : printable(file)) +

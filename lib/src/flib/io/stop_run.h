@@ -2,7 +2,8 @@
 #pragma once
 
 #include <cstdint>
-#include <stdexcept>
+#include <exception>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,17 +17,42 @@ inline constexpr int stopped = 1;
 inline constexpr int diagnostic = 2;
 }  // namespace exit_status
 
-/// Thrown by a routine that must end the run: the exit status, and the message lines for standard
-/// output exactly as they must appear there. Only main() catches it.
-struct stop_run {
-    int status;
-    std::vector<std::string> lines;
+/// What all routines of the library throw when they cannot do what they were asked: a
+/// `stop_run`, or a `run_error` (of which `io_error` is the most frequent kind). The one other
+/// exception that leaves them is std::bad_alloc.
+class ending : public std::exception {
+  public:
+    /// The exit status that a program owes to its caller.
+    int status() const { return how_->status; }
+    /// The message, line by line, exactly as it must appear.
+    const std::vector<std::string>& lines() const { return how_->lines; }
+    /// The message in one line.
+    const char* what() const noexcept override { return how_->in_one_line.c_str(); }
+
+  protected:
+    ending(int status, std::vector<std::string> lines, std::string in_one_line);
+
+  private:
+    struct contents {
+        int status;
+        std::vector<std::string> lines;
+        std::string in_one_line;
+    };
+    std::shared_ptr<const contents> how_;  // so that a copy cannot fail
 };
 
-/// Thrown when a run can not go on: a one-line diagnostic for standard error, status 2.
-class run_error : public std::runtime_error {
+/// Thrown by a routine that must end the run: the exit status, and the message lines for standard
+/// output.
+class stop_run : public ending {
   public:
-    using std::runtime_error::runtime_error;
+    stop_run(int status, std::vector<std::string> lines);
+};
+
+/// Thrown when a run cannot go on: a one-line diagnostic for standard error, status 2.
+class run_error : public ending {
+  public:
+    explicit run_error(const std::string& diagnostic)
+        : ending(exit_status::diagnostic, {diagnostic}, diagnostic) {}
 };
 
 /// Thrown by the I/O layer. what() is "FILE: line N: MESSAGE"; without "line N: " when `line`
@@ -46,7 +72,7 @@ std::string errno_text(int error_number);
 /// "Can not find keyword KEYWORD stop!", `keyword` without trailing blanks; exit status 1.
 [[noreturn]] void miss_keyword(std::string_view keyword);
 
-/// "The method has not been implemented, stop!": the file is of a kind that a reader can not
+/// "The method has not been implemented, stop!": the file is of a kind that a reader cannot
 /// read; exit status 1.
 [[noreturn]] void stop_not_implemented();
 

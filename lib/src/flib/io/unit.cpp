@@ -1,10 +1,13 @@
 #include "flib/io/unit.h"
 
+#include <pthread.h>
+
 #include <map>
 #include <memory>
+#include <new>
 
 #include "flib/io/atomic_file.h"
-#include "flib/io/record_file.h"
+#include "flib/io/detail/record_file.h"
 #include "flib/io/stop_run.h"
 
 namespace flib {
@@ -16,10 +19,25 @@ struct open_file {
     std::string output;
 };
 
-/// The table of open units: the only state that outlives a call.
-std::map<std::int32_t, open_file>& open_units() {
-    static std::map<std::int32_t, open_file> units;
-    return units;
+using unit_table = std::map<std::int32_t, open_file>;
+
+pthread_key_t make_key() {
+    pthread_key_t key{};
+    const int error =
+        pthread_key_create(&key, [](void* units) { delete static_cast<unit_table*>(units); });
+    if (error != 0) throw run_error("no table of units: " + errno_text(error));
+    return key;
+}
+
+/// The table of the thread's open units: the only state that outlives a call.
+unit_table& open_units() {
+    // Not thread_local: to have that destroyed takes memory too, and without it the run would end
+    // by a signal.
+    static const pthread_key_t key = make_key();
+    if (void* const units = pthread_getspecific(key)) return *static_cast<unit_table*>(units);
+    auto units = std::make_unique<unit_table>();
+    if (pthread_setspecific(key, units.get()) != 0) throw std::bad_alloc();
+    return *units.release();
 }
 
 [[noreturn]] void fail(std::int32_t fid, std::string_view message) {
@@ -92,6 +110,10 @@ void rewind_unit(std::int32_t fid) {
 
 bool is_past_end(std::int32_t fid) {
     return input_of(fid).past_end();
+}
+
+io_error error_at_last_record(std::int32_t fid, std::string_view message) {
+    return input_of(fid).error_at_last_record(message);
 }
 
 bool find_forward(std::int32_t fid, const line_test& test, text_span line, std::int64_t most) {

@@ -6,6 +6,7 @@
 #include <string>
 #include <string_view>
 
+#include "flib/io/stop_run.h"
 #include "flib/text/fixed_text.h"
 #include "flib/text/line_test.h"
 
@@ -20,6 +21,11 @@ namespace flib {
 //
 // All of these throw run_error when the unit is not open, and io_error when its file can no longer
 // be read.
+//
+// Each thread has units of its own: what one thread opens the others do not see, and the numbers of
+// one say nothing about those of another. Nothing else is kept between calls, so the readers may
+// be called from several threads at once, for one file or for many. What a thread leaves open is
+// closed when it ends.
 
 enum class open_at { start, end };
 
@@ -28,7 +34,7 @@ enum class open_at { start, end };
 void get_free_fid(std::int32_t& fid);
 
 /// Opens the existing file `fname` (trailing blanks not counting) as `fid`, to be read from its
-/// start or positioned at its end. Throws io_error if it can not be opened or is not a regular
+/// start or positioned at its end. Throws io_error if it cannot be opened or is not a regular
 /// file, run_error if the unit is open already.
 void open_old(std::int32_t fid, std::string_view fname, open_at where = open_at::start);
 
@@ -60,6 +66,9 @@ void rewind_unit(std::int32_t fid);
 
 /// Whether an input unit has been read past its last record.
 bool is_past_end(std::int32_t fid);
+
+/// An error to be thrown, which names the file of `fid` and the line of the record read last.
+io_error error_at_last_record(std::int32_t fid, std::string_view message);
 
 // Searches. Each reads records as read_record does, but looks at them where they lie in the file's
 // window and fills `line` once, when it stops: with the record that `test` accepts or, without

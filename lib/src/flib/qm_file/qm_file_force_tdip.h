@@ -14,7 +14,7 @@ namespace flib {
 /// gradient step and as printed. The dipole table must stand above the force table. Of an ONIOM job
 /// the integrated forces on the high-layer atoms are taken.
 ///
-/// `force` is zeroed first; `info` is always -1. For a file of another kind, or one that can not
+/// `force` is zeroed first; `info` is always -1. For a file of another kind, or one that cannot
 /// be opened, `tdip` keeps its values. Throws stop_run (status 1) if a table is missing, or if the
 /// number of high-layer atoms is not `natom`; io_error if a table is too short.
 void qm_file_force_tdip(std::string_view fname, std::int32_t natom, std::int32_t ns,

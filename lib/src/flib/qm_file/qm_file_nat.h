@@ -13,7 +13,7 @@ namespace flib {
 ///
 /// `info` becomes 0 after an NWChem table and stays -1 after every other, read or not. Throws
 /// stop_run (status 0) if `natom` is below 1, and for the kinds that check it when an atomic number
-/// is not in 0 to 118; io_error if the file can not be opened, has no table, or a table too short.
+/// is not in 0 to 118; io_error if the file cannot be opened, has no table, or a table too short.
 void qm_file_nat(std::string_view fname, std::int32_t natom, std::span<std::int32_t> nat,
                  std::int32_t& info);
 

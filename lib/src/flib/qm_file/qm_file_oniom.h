@@ -9,7 +9,7 @@ namespace flib {
 
 /// Whether the word ONIOM, in letters of either case, stands near the start of the file `fname`
 /// (within its first 101 lines). `info` is the class code of qm_file_type(). Throws io_error if the
-/// file can not be opened.
+/// file cannot be opened.
 void qm_file_ifoniom(std::string_view fname, bool& ifoniom, std::int32_t& info);
 
 /// Counts the atoms of the high layer (`nqm`) and of the whole system (`nqmmm`) in a Gaussian log,
@@ -17,7 +17,7 @@ void qm_file_ifoniom(std::string_view fname, bool& ifoniom, std::int32_t& info);
 ///
 /// `nqm` is 0 for a file of another kind or without such a list; `nqmmm` keeps its value for a file
 /// of another kind or without an "NAtoms=" line. `info` is always -1. Throws io_error if the file
-/// can not be opened or the list is too short.
+/// cannot be opened or the list is too short.
 void qm_file_natom_oniom_qm(std::string_view fname, std::int32_t& nqm, std::int32_t& nqmmm,
                             std::int32_t& info);
 
@@ -27,7 +27,7 @@ void qm_file_natom_oniom_qm(std::string_view fname, std::int32_t& nqm, std::int3
 ///
 /// `info` is -1 for a log, else that of qm_file_ifoniom(). Without ONIOM or without an atom list
 /// `idx` keeps its values. Throws stop_run (status 1) for a layer that is not made of letters;
-/// run_error if there are more than `nqm` high-layer atoms; io_error if the file can not be opened
+/// run_error if there are more than `nqm` high-layer atoms; io_error if the file cannot be opened
 /// or its atom list is too short.
 void qm_file_oniom_index(std::string_view fname, std::int32_t nqm, std::int32_t& nqmmm,
                          std::span<std::int32_t> idx, std::int32_t& info);

@@ -7,7 +7,7 @@
 #include "flib/io/free_format.h"
 #include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
-#include "flib/qm_file/keyword.h"
+#include "flib/qm_file/detail/keyword.h"
 #include "flib/qm_file/type_tag.h"
 #include "flib/search/search_word.h"
 #include "flib/text/string.h"

@@ -16,14 +16,14 @@ namespace flib {
 /// class code of the kind; -1 for an unrecognised file, and also for a formatted checkpoint and a
 /// matrix-element file.
 ///
-/// If the file can not be opened or is not recognised, `file_type` and `version` keep their
+/// If the file cannot be opened or is not recognised, `file_type` and `version` keep their
 /// values. A Gaussian banner without a line of asterisks after it sets the tag, but leaves `info`
 /// at -1 and lets the other programs' banners win. Throws io_error for an empty file, and when the
 /// line with the version has too few items.
 void qm_file_type(std::string_view fname, text_span file_type, text_span version,
                   std::int32_t& info);
 
-/// The type tag of `fname` alone; blank for a file that is not recognised or can not be opened.
+/// The type tag of `fname` alone; blank for a file that is not recognised or cannot be opened.
 line_buffer type_tag_of(std::string_view fname);
 
 }  // namespace flib

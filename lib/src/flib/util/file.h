@@ -11,11 +11,11 @@
 namespace flib {
 
 /// The number of lines of the file `fname`; a last line without newline counts. Throws stop_run
-/// (status 1, the message " Error in opening file '...") if it can not be opened.
+/// (status 1, the message " Error in opening file '...") if it cannot be opened.
 std::int32_t num_file_lines(std::string_view fname);
 
 /// Reads the first `nline` lines of `file1` into `lines`, each cut or padded to a line buffer.
-/// Throws io_error if the file can not be opened or has fewer lines.
+/// Throws io_error if the file cannot be opened or has fewer lines.
 void read_lines(std::string_view file1, std::int32_t nline, std::vector<line_buffer>& lines);
 
 /// The last component of a path, without leading and trailing blanks. Only "/" separates

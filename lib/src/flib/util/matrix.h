@@ -15,7 +15,7 @@
 namespace flib {
 
 /// The number of elements of an array with these extents; an extent below 1 makes it empty.
-/// Throws run_error, which names `what`, if it can not be counted in 64 bits.
+/// Throws run_error, which names `what`, if it cannot be counted in 64 bits.
 std::size_t element_count(std::initializer_list<std::int32_t> extents, const char* what);
 
 /// Throws the run_error of a run without enough memory for `what`.

@@ -1,4 +1,4 @@
-#include "flib/excited/matrix_product.h"
+#include "flib/excited/detail/matrix_product.h"
 
 #include <algorithm>
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "flib/io/text_file.h"
+#include "flib/io/detail/text_file.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -12,7 +12,7 @@
 namespace flib {
 namespace {
 
-/// Whether the reason why a file can not be opened lies in the file, not in the state of the
+/// Whether the reason why a file cannot be opened lies in the file, not in the state of the
 /// process or the system: then trying again gives the same answer.
 bool lies_in_file(int error) {
     constexpr int reasons[] = {ENOENT,       ENOTDIR, EACCES, EPERM, ELOOP,
@@ -41,10 +41,10 @@ text_file::text_file(std::string path) : path_(std::move(path)) {
     // O_NONBLOCK: opening a FIFO must not wait for a writer.
     descriptor_ =
         above_standard_streams(open(path_.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
-    if (descriptor_ < 0) fail(path_, "can not be opened: ", errno);
+    if (descriptor_ < 0) fail(path_, "cannot be opened: ", errno);
     try {
         struct stat status {};
-        if (fstat(descriptor_, &status) != 0) fail(path_, "can not be examined: ", errno);
+        if (fstat(descriptor_, &status) != 0) fail(path_, "cannot be examined: ", errno);
         if (!S_ISREG(status.st_mode)) {
             throw io_error(path_, 0,
                            S_ISDIR(status.st_mode) ? "is a directory" : "is not a regular file");
@@ -75,7 +75,7 @@ void text_file::load(std::int64_t begin, std::size_t length) {
             pread(descriptor_, window_.get() + window_length_, length - window_length_,
                   begin + static_cast<std::int64_t>(window_length_));
         if (got < 0 && errno == EINTR) continue;
-        if (got < 0) throw io_error(path_, 0, "can not be read: " + errno_text(errno));
+        if (got < 0) throw io_error(path_, 0, "cannot be read: " + errno_text(errno));
         if (got == 0) throw io_error(path_, 0, "became shorter while it was being read");
         window_length_ += static_cast<std::size_t>(got);
     }

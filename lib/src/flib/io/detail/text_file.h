@@ -16,7 +16,7 @@ class text_file {
     /// Most bytes that from() and before() can be asked for at once.
     static constexpr std::size_t window_size = std::size_t{256} * 1024;
 
-    /// Opens `path`. Throws io_error when the file can not be opened or is not a regular one, and
+    /// Opens `path`. Throws io_error when the file cannot be opened or is not a regular one, and
     /// another run_error when the system could not open it now (too many open files, no memory): a
     /// caller that takes a missing file for an answer must not take that for one.
     explicit text_file(std::string path);

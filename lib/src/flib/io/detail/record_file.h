@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
+#include "flib/io/detail/text_file.h"
 #include "flib/io/stop_run.h"
-#include "flib/io/text_file.h"
 #include "flib/text/fixed_text.h"
 #include "flib/text/line_test.h"
 

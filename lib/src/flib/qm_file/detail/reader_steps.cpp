@@ -1,7 +1,7 @@
-#include "flib/qm_file/reader_steps.h"
+#include "flib/qm_file/detail/reader_steps.h"
 
+#include "flib/io/detail/record_file.h"
 #include "flib/io/fixed_field.h"
-#include "flib/io/record_file.h"
 #include "flib/io/stop_run.h"
 
 namespace flib {

@@ -1,4 +1,4 @@
-#include "flib/io/record_file.h"
+#include "flib/io/detail/record_file.h"
 
 #include <algorithm>
 #include <cstring>
