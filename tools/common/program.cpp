@@ -23,18 +23,6 @@ iovec piece(std::string_view text) {
     return {const_cast<char*>(text.data()), text.size()};
 }
 
-/// The message of a reader that ended the run, in one line.
-std::string in_one_line(const flib::stop_run& stop) {
-    std::string text;
-    for (const std::string& line : stop.lines) {
-        const std::size_t begin = line.find_first_not_of(' ');
-        if (begin == std::string::npos) continue;
-        if (!text.empty()) text += ' ';
-        text.append(line, begin);
-    }
-    return text;
-}
-
 }  // namespace
 
 void complain(std::string_view tool, std::string_view reason) noexcept {
@@ -55,11 +43,7 @@ int run_tool(std::string_view tool, int argc, char** argv,
     std::signal(SIGPIPE, SIG_IGN);
     try {
         const std::vector<std::string_view> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
-        try {
-            return body(arguments);
-        } catch (const flib::stop_run& stop) {
-            complain(tool, in_one_line(stop));
-        }
+        return body(arguments);
     } catch (const std::bad_alloc&) {
         complain(tool, "not enough memory");
     } catch (const std::length_error&) {
