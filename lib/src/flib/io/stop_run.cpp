@@ -13,8 +13,9 @@ namespace {
 std::string joined(const std::vector<std::string>& lines) {
     std::string text;
     for (const std::string& line : lines) {
-        if (!text.empty()) text += ' ';
-        text += trim(line);
+        const std::string_view words = trim(line);
+        if (!text.empty() && !words.empty()) text += ' ';
+        text += words;
     }
     return text;
 }
