@@ -1,0 +1,63 @@
+// A set of result files: a reference geometry, and others displaced from it.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "numfreq/sgn_file.h"
+#include "set/geometry.h"
+
+namespace sgn_set {
+
+/// One file of a set, as read.
+struct result_file {
+    std::string name;
+    numfreq::sgn_contents contents;
+};
+
+struct atom {
+    std::string symbol;
+    std::int32_t number = 0;  ///< atomic number
+    double mass = 0;          ///< u
+    vec3 x{};                 ///< Angstrom
+};
+
+/// What a file is to the set. Displacements are found in the geometries, not in the names.
+enum class role {
+    reference,
+    paired,       ///< another file has the opposite displacement
+    one_sided,    ///< none has
+    undisplaced,  ///< the geometry of the reference once more: takes no part
+    repeated      ///< the geometry of an earlier file once more: takes no part
+};
+
+struct job {
+    std::string name;
+    role is = role::one_sided;
+    std::size_t other = 0;    ///< paired: the partner; repeated: the earlier file (place in `jobs`)
+    std::vector<vec3> shift;  ///< of every atom against the reference, Angstrom
+    double step = 0;          ///< of the atom that moved most, Angstrom
+    vec3 dipole{};            ///< corrected transition dipole, au
+    std::vector<vec3> forces;  ///< of every atom, Hartree/Bohr
+};
+
+struct displaced_set {
+    std::vector<atom> atoms;  ///< at the reference geometry
+    std::vector<job> jobs;    ///< the reference first, then the files in their order
+    std::size_t pairs = 0;
+    std::size_t one_sided = 0;
+    double smallest_step = 0;  ///< Angstrom
+    double largest_step = 0;   ///< Angstrom
+    int dipole_decimals = 0;   ///< of the printed values, as seen in them
+    int force_decimals = 0;
+    bool has_forces = false;  ///< false if all forces of all files are zero
+};
+
+/// Puts a set together. Throws flib::io_error, which names the file, if it has other atoms than the
+/// reference or values that are not finite numbers, and if no file is displaced.
+displaced_set make_set(const result_file& reference, std::span<const result_file> files);
+
+}  // namespace sgn_set

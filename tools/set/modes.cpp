@@ -1,0 +1,103 @@
+#include "set/modes.h"
+
+#include <Eigen/Eigenvalues>
+#include <Eigen/Geometry>
+#include <Eigen/QR>
+#include <cmath>
+
+#include "set/linear_algebra.h"
+
+namespace sgn_set {
+namespace {
+
+constexpr double electron_masses_per_u = 1822.888486;
+constexpr double wavenumber_per_hartree = 219474.6313632;
+
+/// An orthonormal basis of the mass-weighted coordinates without translations and rotations.
+Eigen::MatrixXd internal_basis(std::span<const atom> atoms, const Eigen::VectorXd& mass) {
+    const Eigen::Matrix3Xd x = centred(atoms, mass);
+    const Eigen::Index n = x.cols();
+    // The rotations are those about the axes across a linear molecule, or about any three.
+    Eigen::Matrix3d axes = Eigen::Matrix3d::Identity();
+    Eigen::Index rotations = n == 1 ? 0 : 3;
+    if (const Eigen::Vector3d line = axis_of_line(x); rotations > 0 && line.norm() > 0) {
+        rotations = 2;
+        axes.col(0) = line.unitOrthogonal();
+        axes.col(1) = line.cross(axes.col(0));
+    }
+    Eigen::MatrixXd rigid(3 * n, 3 + rotations);
+    for (Eigen::Index a = 0; a < n; ++a) {
+        const double weight = std::sqrt(mass[a]);
+        rigid.block<3, 3>(3 * a, 0) = weight * Eigen::Matrix3d::Identity();
+        for (Eigen::Index l = 0; l < rotations; ++l) {
+            const Eigen::Vector3d axis = axes.col(l);
+            const Eigen::Vector3d arm = x.col(a);
+            rigid.block<3, 1>(3 * a, 3 + l) = weight * axis.cross(arm);
+        }
+    }
+    const Eigen::MatrixXd q = Eigen::HouseholderQR<Eigen::MatrixXd>(rigid).householderQ();
+    return q.rightCols(3 * n - rigid.cols());
+}
+
+}  // namespace
+
+table force_constants(const table& force_derivatives) {
+    const auto j = view(force_derivatives);
+    return table_of(-0.5 * (j + j.transpose()));
+}
+
+double largest_asymmetry(const table& force_derivatives) {
+    const auto j = view(force_derivatives);
+    return (j - j.transpose()).cwiseAbs().maxCoeff();
+}
+
+std::vector<normal_mode> normal_modes(std::span<const atom> atoms, const table& force_constants,
+                                      const table& dipole_derivatives, const vec3& dipole) {
+    Eigen::VectorXd mass(index(atoms.size()));
+    for (std::size_t i = 0; i < atoms.size(); ++i) mass[index(i)] = atoms[i].mass;
+    const Eigen::VectorXd inverse_root = (mass * electron_masses_per_u)
+                                             .cwiseSqrt()
+                                             .cwiseInverse()
+                                             .replicate(1, 3)
+                                             .transpose()
+                                             .reshaped();
+    const Eigen::MatrixXd basis = internal_basis(atoms, mass);
+    const Eigen::MatrixXd weighted =
+        inverse_root.asDiagonal() * view(force_constants) * inverse_root.asDiagonal();
+    const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> solver(basis.transpose() * weighted *
+                                                                basis);
+    const Eigen::MatrixXd vectors = basis * solver.eigenvectors();
+    const double strength = std::pow(length(dipole), 2);
+
+    std::vector<normal_mode> modes;
+    for (Eigen::Index m = 0; m < vectors.cols(); ++m) {
+        Eigen::VectorXd moved = inverse_root.cwiseProduct(vectors.col(m));
+        Eigen::Index farthest = 0;
+        moved.cwiseAbs().maxCoeff(&farthest);
+        if (moved[farthest] < 0) moved = -moved;
+
+        normal_mode mode;
+        const double eigenvalue = solver.eigenvalues()[m];
+        const double frequency = std::sqrt(std::abs(eigenvalue));
+        mode.wavenumber = std::copysign(frequency, eigenvalue) * wavenumber_per_hartree;
+        mode.reduced_mass = 1 / (moved.squaredNorm() * electron_masses_per_u);
+        const Eigen::Vector3d derivative = view(dipole_derivatives).transpose() * moved;
+        const double amplitude = eigenvalue > 0 ? 1 / std::sqrt(frequency) : std::nan("");
+        const Eigen::VectorXd shown = moved / moved.norm();
+        for (Eigen::Index k = 0; k < 3; ++k) {
+            const auto at = static_cast<std::size_t>(k);
+            mode.dipole_derivative[at] = derivative[k];
+            mode.dipole_derivative_q[at] = derivative[k] * amplitude;
+        }
+        if (strength > 0) {
+            mode.borrowed = std::pow(length(mode.dipole_derivative_q), 2) / strength;
+        }
+        for (Eigen::Index a = 0; a < mass.size(); ++a) {
+            mode.displacement.push_back({shown[3 * a], shown[3 * a + 1], shown[3 * a + 2]});
+        }
+        modes.push_back(std::move(mode));
+    }
+    return modes;
+}
+
+}  // namespace sgn_set

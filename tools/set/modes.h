@@ -1,0 +1,37 @@
+// Harmonic normal modes, and what they do to the dipole.
+#pragma once
+
+#include <cstddef>
+#include <limits>
+#include <span>
+#include <vector>
+
+#include "set/displaced_set.h"
+#include "set/table.h"
+
+namespace sgn_set {
+
+struct normal_mode {
+    double wavenumber = 0;    ///< 1/cm; negative if imaginary
+    double reduced_mass = 0;  ///< u
+    /// Of every atom, Cartesian, of length 1 over all atoms; the largest component is positive.
+    std::vector<vec3> displacement;
+    vec3 dipole_derivative{};  ///< by the mass-weighted coordinate, au (electron masses)
+    /// By the dimensionless coordinate, au; NaN for an imaginary wavenumber.
+    vec3 dipole_derivative_q{};
+    /// Square of that against the square of the dipole itself; NaN where one of them has none.
+    double borrowed = std::numeric_limits<double>::quiet_NaN();
+};
+
+/// Minus the symmetrised derivatives of the forces (3N x 3N, Hartree/Bohr^2).
+table force_constants(const table& force_derivatives);
+
+/// The largest difference between two derivatives that should be equal (Hartree/Bohr^2).
+double largest_asymmetry(const table& force_derivatives);
+
+/// The modes in order of their wavenumbers; translations and rotations, five or six, projected out.
+/// All masses must be positive.
+std::vector<normal_mode> normal_modes(std::span<const atom> atoms, const table& force_constants,
+                                      const table& dipole_derivatives, const vec3& dipole);
+
+}  // namespace sgn_set

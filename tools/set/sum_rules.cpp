@@ -1,0 +1,195 @@
+#include "set/sum_rules.h"
+
+#include <Eigen/Geometry>
+#include <algorithm>
+#include <cmath>
+
+#include "flib/io/fixed_field.h"
+#include "flib/io/stop_run.h"
+#include "set/decimals.h"
+#include "set/rigid_motions.h"
+
+namespace sgn_set {
+namespace {
+
+/// The mean square of a residue in units of its uncertainty beyond which the sums fail. Where all
+/// signs were right, it was at most 2 in all that was measured; one wrong sign made it 90 and more.
+constexpr double largest_mean_square = 10;
+
+/// The same for a single residue of the forces, which are too many for their mean to show one.
+constexpr double largest_of_forces = 8;
+
+/// What is known of the errors, in variances.
+struct errors {
+    Eigen::Vector3d translation;  // of the sum for each axis
+    Eigen::Vector3d rotation;
+    double value = 0;     // of each of the values themselves
+    double relative = 0;  // of a derivative: this part of the largest one nearby (no variance)
+};
+
+Eigen::Matrix3d cross_matrix(const Eigen::Vector3d& axis) {
+    Eigen::Matrix3d matrix;
+    matrix << 0, -axis[2], axis[1], axis[2], 0, -axis[0], -axis[1], axis[0], 0;
+    return matrix;
+}
+
+/// The largest derivative of each vector of `derivatives` with respect to each atom.
+Eigen::MatrixXd largest_nearby(const Eigen::Ref<const Eigen::MatrixXd>& derivatives) {
+    Eigen::MatrixXd largest(derivatives.rows() / 3, derivatives.cols() / 3);
+    for (Eigen::Index v = 0; v < largest.cols(); ++v) {
+        for (Eigen::Index a = 0; a < largest.rows(); ++a) {
+            largest(a, v) = derivatives.block<3, 3>(3 * a, 3 * v).cwiseAbs().maxCoeff();
+        }
+    }
+    return largest;
+}
+
+sum_rules evaluate(const rigid_motions& motions, const Eigen::VectorXd& values,
+                   const Eigen::MatrixXd& derivatives, const errors& known) {
+    const Eigen::Index components = derivatives.cols();
+    Eigen::MatrixXd rotation = motions.rotation.transpose() * derivatives;
+    Eigen::MatrixXd value_variance(3, components);
+    for (Eigen::Index l = 0; l < 3; ++l) {
+        const Eigen::Matrix3d turn = cross_matrix(motions.axes.col(l));
+        for (Eigen::Index k = 0; k < components; k += 3) {
+            rotation.block<1, 3>(l, k) -= (turn * values.segment<3>(k)).transpose();
+            value_variance.block<1, 3>(l, k) =
+                turn.rowwise().squaredNorm().transpose() * known.value;
+        }
+    }
+    const Eigen::MatrixXd translation = motions.translation.transpose() * derivatives;
+
+    // The share of each atom in each sum, squared, times the error of its derivatives.
+    const Eigen::MatrixXd nearby = known.relative * largest_nearby(derivatives);
+    const auto step_variance = [&](const Eigen::MatrixXd& motion) {
+        Eigen::MatrixXd share(3, nearby.rows());
+        for (Eigen::Index a = 0; a < nearby.rows(); ++a) {
+            share.col(a) = motion.middleRows(3 * a, 3).colwise().squaredNorm().transpose();
+        }
+        const Eigen::MatrixXd per_vector = share * nearby.cwiseAbs2();
+        return Eigen::MatrixXd(Eigen::MatrixXd::NullaryExpr(
+            3, components, [&](Eigen::Index l, Eigen::Index k) { return per_vector(l, k / 3); }));
+    };
+    Eigen::MatrixXd translation_uncertainty = step_variance(motions.translation);
+    translation_uncertainty.colwise() += known.translation;
+    translation_uncertainty = translation_uncertainty.cwiseSqrt();
+    Eigen::MatrixXd rotation_uncertainty = step_variance(motions.rotation) + value_variance;
+    rotation_uncertainty.colwise() += known.rotation;
+    rotation_uncertainty = rotation_uncertainty.cwiseSqrt();
+
+    sum_rules result;
+    result.judged = true;
+    const auto count = [&](double residue, double uncertainty) {
+        const double ratio = residue / uncertainty;
+        ++result.sums;
+        result.chi2 += ratio * ratio;
+        result.largest = std::max(result.largest, std::abs(ratio));
+        result.largest_residue = std::max(result.largest_residue, std::abs(residue));
+    };
+    for (Eigen::Index l = 0; l < 3; ++l) {
+        for (Eigen::Index k = 0; k < components; ++k) {
+            count(translation(l, k), translation_uncertainty(l, k));
+            if (motions.turns(l)) count(rotation(l, k), rotation_uncertainty(l, k));
+        }
+    }
+    result.translation = table_of(translation);
+    result.rotation = table_of(rotation);
+    result.translation_uncertainty = table_of(translation_uncertainty);
+    result.rotation_uncertainty = table_of(rotation_uncertainty);
+    result.satisfied = components == 3
+                           ? result.chi2 <= largest_mean_square * static_cast<double>(result.sums)
+                           : result.largest <= largest_of_forces;
+    return result;
+}
+
+/// The reason why a set is not judged, or nothing.
+std::string why_not(const displaced_set& set, const derivatives& of) {
+    if (!of.complete()) return "not all coordinates are displaced";
+    if (set.one_sided == 0) return {};
+    std::string first;
+    for (const job& each : set.jobs) {
+        if (first.empty() && each.is == role::one_sided) first = flib::printable(each.name);
+    }
+    return std::to_string(set.one_sided) +
+           (set.one_sided == 1 ? " displacement is one-sided ("
+                               : " displacements are one-sided (") +
+           first + (set.one_sided == 1 ? ")" : ", ...)");
+}
+
+sum_rules rules(const displaced_set& set, const derivatives& of,
+                const Eigen::MatrixXd& values_by_coordinate, const Eigen::VectorXd& values,
+                int decimals) {
+    const rigid_motions motions(set.atoms);
+    const double rounding = std::pow(rounding_error(decimals), 2);
+    const auto weights = view(of.weights);
+    errors known;
+    known.translation =
+        (motions.translation.transpose() * weights).rowwise().squaredNorm() * rounding;
+    known.rotation = (motions.rotation.transpose() * weights).rowwise().squaredNorm() * rounding;
+    known.value = rounding;
+    known.relative = relative_step_error(set.largest_step / flib::bohr_radius);
+    return evaluate(motions, values, values_by_coordinate, known);
+}
+
+}  // namespace
+
+rigid_motions::rigid_motions(std::span<const atom> atoms) {
+    const auto count = index(atoms.size());
+    const Eigen::Matrix3Xd x = centred(atoms, Eigen::VectorXd::Ones(count));
+    const Eigen::Vector3d line = axis_of_line(x);
+    axes = Eigen::Matrix3d::Identity() - line * line.transpose();
+    if (x.cwiseAbs().maxCoeff() < 1e-6) axes.setZero();  // a single atom
+    translation.resize(3 * count, 3);
+    rotation.resize(3 * count, 3);
+    for (Eigen::Index a = 0; a < count; ++a) {
+        translation.middleRows(3 * a, 3).setIdentity();
+        for (Eigen::Index l = 0; l < 3; ++l) {
+            const Eigen::Vector3d axis = axes.col(l);
+            rotation.block<3, 1>(3 * a, l) = axis.cross(x.col(a));
+        }
+    }
+}
+
+bool rigid_motions::turns(Eigen::Index l) const {
+    return axes.col(l).norm() > 1e-3;
+}
+
+sum_rules dipole_rules(const displaced_set& set, const derivatives& of,
+                       std::span<const std::size_t> reversed) {
+    sum_rules result;
+    result.why_not = why_not(set, of);
+    if (!result.why_not.empty()) return result;
+    Eigen::MatrixXd dipole = view(of.dipole);
+    Eigen::VectorXd value = vector(set.jobs.front().dipole);
+    for (const std::size_t job : reversed) {
+        const Eigen::Vector3d change = -2 * vector(set.jobs[job].dipole);
+        dipole += view(of.weights).col(index(job)) * change.transpose();
+        if (job == 0) value += change;
+    }
+    return rules(set, of, dipole, value, set.dipole_decimals);
+}
+
+sum_rules force_rules(const displaced_set& set, const derivatives& of) {
+    sum_rules result;
+    result.why_not = set.has_forces ? why_not(set, of) : "the files hold no forces";
+    if (!result.why_not.empty()) return result;
+    Eigen::VectorXd forces(index(3 * set.atoms.size()));
+    for (std::size_t i = 0; i < set.atoms.size(); ++i) {
+        forces.segment<3>(index(3 * i)) = vector(set.jobs.front().forces[i]);
+    }
+    return rules(set, of, view(of.forces), forces, set.force_decimals);
+}
+
+sum_rules rules_of(std::span<const atom> atoms, std::span<const double> values,
+                   const table& derivatives, double uncertainty, double relative_uncertainty) {
+    const rigid_motions motions(atoms);
+    const double variance = uncertainty * uncertainty;
+    errors known;
+    known.translation = motions.translation.colwise().squaredNorm().transpose() * variance;
+    known.rotation = motions.rotation.colwise().squaredNorm().transpose() * variance;
+    known.relative = relative_uncertainty;
+    const Eigen::Map<const Eigen::VectorXd> y(values.data(), index(values.size()));
+    return evaluate(motions, y, view(derivatives), known);
+}
+
+}  // namespace sgn_set

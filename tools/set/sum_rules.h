@@ -1,0 +1,53 @@
+// What must vanish when a molecule is moved or turned as a whole: a test of all signs at once.
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "set/derivatives.h"
+#include "set/displaced_set.h"
+#include "set/table.h"
+
+namespace sgn_set {
+
+/// The sums over all atoms, of a vector y (the dipole, or the force on each atom):
+///
+///     translation along j:  sum_A dy_k / dx_Aj
+///     rotation about l:     sum_A [e_l x (X_A - X_0)] . grad_A y_k  -  (e_l x y)_k
+///
+/// X_0 is the centroid. Of a linear molecule the rotations about its axis are left out: the axes
+/// e_l are those of the frame less their part along the molecule.
+struct sum_rules {
+    bool judged = false;
+    std::string why_not;  ///< if not judged
+
+    table translation;              ///< 3 x components: axis j, component k (au, per Bohr)
+    table rotation;                 ///< 3 x components: axis l, component k (au, per radian)
+    table translation_uncertainty;  ///< of each, from rounding and step
+    table rotation_uncertainty;
+
+    std::size_t sums = 0;        ///< how many there are: 18 for the dipole of a molecule off a line
+    double chi2 = 0;             ///< sum over all of (residue / uncertainty)^2
+    double largest = 0;          ///< largest |residue| / uncertainty
+    double largest_residue = 0;  ///< largest |residue|, au
+    bool satisfied = false;
+};
+
+/// The sum rules of the dipole. Not judged if coordinates are missing or displacements one-sided.
+/// The signs of the jobs `reversed` (places in displaced_set::jobs) are taken the other way round.
+sum_rules dipole_rules(const displaced_set& set, const derivatives& of,
+                       std::span<const std::size_t> reversed = {});
+
+/// The sum rules of the forces, component 3 A + k being that along k on atom A. Not judged without
+/// forces either.
+sum_rules force_rules(const displaced_set& set, const derivatives& of);
+
+/// The sum rules for derivatives made elsewhere, of `values` (3 or 3N) with `derivatives` (3N x as
+/// many). Of each derivative is known that it is off by `uncertainty` and by
+/// `relative_uncertainty` times the largest one nearby.
+sum_rules rules_of(std::span<const atom> atoms, std::span<const double> values,
+                   const table& derivatives, double uncertainty, double relative_uncertainty);
+
+}  // namespace sgn_set
