@@ -47,7 +47,8 @@ completed() {
     tr '\n' ' ' <"$source/completions/$1" | sed -n "s/.*local $2=\"\([^\"]*\)\".*/\1/p" | words_of
 }
 
-for tool in qm_file sgn_check; do
+for tool in qm_file sgn_check sgn_derive sgn_displace sgn_states; do
+    [ -x "$build/tools/$tool" ] || continue
     help=$("$build/tools/$tool" --help)
     options=$(grep -oE -e '--[a-z][a-z-]*=?' <<<"$help" | sort -u)
     [ -n "$options" ] || fail "$tool --help shows no options"

@@ -1,0 +1,145 @@
+#include "sgn_displace/file_set.h"
+
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <csignal>
+#include <stdexcept>
+
+#include "flib/io/stop_run.h"
+#include "support/support.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using words = std::vector<std::string>;
+
+const words names{"a", "b", "c"};
+
+std::string new_text(std::size_t i) {
+    return "new " + names[i];
+}
+
+class FileSet : public testing::Test {
+  public:
+    std::string path(const std::string& name) const { return scratch_.path() / name; }
+
+    /// How writing ends: the message without the directory, or "".
+    std::string write(bool overwrite,
+                      const std::function<std::string(std::size_t)>& contents = new_text,
+                      const std::string& directory = ".") const {
+        try {
+            sgn_displace::write_file_set(path(directory), names, contents, overwrite);
+            return "";
+        } catch (const std::exception& error) {
+            const std::string what = error.what();
+            const std::string before = path("");
+            return what.starts_with(before) ? what.substr(before.size()) : what;
+        }
+    }
+
+    /// All files, also hidden ones, with their contents.
+    std::string files() const {
+        std::string text;
+        for (const std::string& name : scratch_.names()) {
+            text += name + "=";
+            text += fs::is_regular_file(path(name)) ? support::contents_of(path(name)) : "other";
+            text += ";";
+        }
+        return text;
+    }
+
+    support::scratch_directory scratch_;
+};
+
+TEST_F(FileSet, AppearsTogether) {
+    const auto looking = [this](std::size_t i) {
+        EXPECT_FALSE(fs::exists(path("a")));
+        return new_text(i);
+    };
+    EXPECT_EQ(write(false, looking), "");
+    EXPECT_EQ(files(), "a=new a;b=new b;c=new c;");
+    EXPECT_EQ(write(false),
+              "./a: is there already, and so are 2 others of the files; nothing was "
+              "written (--force overwrites)");
+    EXPECT_EQ(write(true, [](std::size_t i) { return names[i]; }), "");
+    EXPECT_EQ(files(), "a=a;b=b;c=c;");
+}
+
+TEST_F(FileSet, LeavesNothingBehindWhenItFails) {
+    const auto failing = [](std::size_t i) -> std::string {
+        if (i == 2) throw std::runtime_error("no text");
+        return new_text(i);
+    };
+    EXPECT_EQ(write(false, failing), "no text");
+    EXPECT_EQ(files(), "");
+    EXPECT_EQ(write(false, failing, "made"), "no text");
+    EXPECT_EQ(files(), "");
+    scratch_.file("b", "old b");
+    EXPECT_EQ(write(false), "./b: is there already; nothing was written (--force overwrites)");
+    EXPECT_EQ(files(), "b=old b;");
+    EXPECT_EQ(write(true, failing), "no text");
+    EXPECT_EQ(files(), "b=old b;");
+    fs::create_symlink("b", path("c"));
+    EXPECT_EQ(write(true), "./c: is there and is not a regular file");
+    EXPECT_EQ(write(false, new_text, "b"), "b: is not a directory");
+    EXPECT_EQ(write(false, new_text, "b/d"), "b/d: can not be made: Not a directory");
+}
+
+// Something takes the place of the last file while the set is being written: the first two have
+// appeared already when that is seen.
+TEST_F(FileSet, IsTakenBackWhenOneFileCanNotAppear) {
+    for (const bool overwrite : {false, true}) {
+        if (overwrite) {
+            scratch_.file("a", "old a");
+            fs::permissions(path("a"), fs::perms::owner_read | fs::perms::owner_write);
+        }
+        const std::string before = files();
+        const auto taking = [this](std::size_t i) {
+            if (i == 2) fs::create_directory(path("c"));
+            return new_text(i);
+        };
+        const std::string message = write(overwrite, taking);
+        EXPECT_TRUE(message.starts_with("./c: can not be written: ")) << message;
+        fs::remove(path("c"));
+        EXPECT_EQ(files(), before);
+    }
+}
+
+TEST_F(FileSet, FilesThatCameMeanwhileStay) {
+    const auto taking = [this](std::size_t i) {
+        if (i == 2) scratch_.file("b", "another's");
+        return new_text(i);
+    };
+    EXPECT_EQ(write(false, taking), "./b: can not be written: File exists");
+    EXPECT_EQ(files(), "b=another's;");
+}
+
+TEST_F(FileSet, SignalsWaitUntilItIsWhole) {
+    static std::string seen;
+    static const FileSet* test = nullptr;
+    test = this;
+    for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGTERM}) {
+        seen.clear();
+        const auto before = std::signal(number, [](int) { seen = test->files(); });
+        EXPECT_EQ(write(true,
+                        [number](std::size_t i) {
+                            std::raise(number);
+                            return new_text(i);
+                        }),
+                  "");
+        std::signal(number, before);
+        EXPECT_EQ(seen, "a=new a;b=new b;c=new c;") << number;
+    }
+}
+
+TEST_F(FileSet, MakesTheDirectoryAndKeepsTheUsersMask) {
+    const mode_t before = umask(027);
+    EXPECT_EQ(write(false, new_text, "made"), "");
+    umask(before);
+    EXPECT_EQ(fs::status(path("made/b")).permissions(), fs::perms(0640));
+    EXPECT_EQ(support::contents_of(path("made/c")), "new c");
+    EXPECT_EQ(std::distance(fs::directory_iterator(path("made")), {}), 3);
+}
+
+}  // namespace

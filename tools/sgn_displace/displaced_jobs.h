@@ -1,0 +1,50 @@
+// Which jobs make a set, and their names.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "sgn_displace/input.h"
+
+namespace sgn_displace {
+
+/// A job of a set: the reference, or one with an atom displaced along an axis.
+struct displaced_job {
+    std::string name;      // without extension: "h2o_ref", "h2o_02ym"
+    std::size_t atom = 0;  // counted from 0
+    int axis = 0;          // 0, 1, 2
+    int sign = 0;          // 1 or -1; 0 for the reference
+
+    friend bool operator==(const displaced_job&, const displaced_job&) = default;
+};
+
+/// The name of the set that is made of `file`: its own without directory and extension. Throws
+/// flib::run_error for one that could not stand in %chk, in a list or in a shell's pattern as it
+/// is.
+std::string name_of_set(const std::string& file);
+
+/// The numbers, counted from 1, of a list like "1-3,7", in ascending order. Throws flib::run_error
+/// if it is no such list or names an atom above `natom`.
+std::vector<std::size_t> parse_atom_list(std::string_view text, std::size_t natom);
+
+/// The atoms that are displaced unless others are asked for: all, of an ONIOM job those of the high
+/// layer. Numbers count from 1.
+std::vector<std::size_t> usual_atoms(const job_template& job);
+
+/// A length in Angstrom as printed, in `unit`; in Bohr with ten decimals. Throws flib::run_error
+/// unless it is 0.0001 to 1 Angstrom.
+decimal parse_step(const std::string& text, length_unit unit);
+
+/// The reference and, for each of `atoms` (counted from 1) and each axis, the displacements by +
+/// and, unless `one_sided`, by -. Atoms have as many digits as the last of `natom` needs, at least
+/// two.
+std::vector<displaced_job> jobs_of_set(std::string_view set, const std::vector<std::size_t>& atoms,
+                                       std::size_t natom, bool one_sided);
+
+/// The input of a job.
+std::string input_of(const job_template& from, const displaced_job& job, decimal step);
+
+}  // namespace sgn_displace

@@ -1,0 +1,25 @@
+// The command line of sgn_displace.
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace sgn_displace {
+
+struct options {
+    std::optional<std::string> shown{};  // of --help or --version, to be shown instead of a run
+    std::string input;
+    std::string step = "0.01";  // Angstrom, as given
+    std::optional<std::string> atoms{};
+    std::string directory = ".";
+    bool one_sided = false;
+    bool overwrite = false;
+    bool only_list = false;
+};
+
+/// Throws flib::run_error if the arguments make no sense.
+options parse_options(std::span<const std::string_view> arguments);
+
+}  // namespace sgn_displace

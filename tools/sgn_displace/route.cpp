@@ -1,0 +1,241 @@
+#include "sgn_displace/route.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <iterator>
+#include <span>
+#include <utility>
+
+#include "flib/io/number.h"
+#include "flib/io/stop_run.h"
+#include "flib/text/string.h"
+
+namespace sgn_displace {
+namespace {
+
+/// Blanks, commas and slashes part keywords, the colon parts the methods of an ONIOM job.
+constexpr std::string_view separators = " \t,/:";
+constexpr std::string_view blanks = " \t";
+
+class route_parser {
+  public:
+    explicit route_parser(std::string_view text) : rest_(text) {}
+
+    std::vector<keyword> all() {
+        std::vector<keyword> found = keywords(0);
+        if (!rest_.empty()) fail();
+        return found;
+    }
+
+  private:
+    [[noreturn]] static void fail() {
+        throw flib::run_error("the parentheses of the route do not match");
+    }
+
+    void skip(std::string_view characters) {
+        rest_.remove_prefix(std::min(rest_.find_first_not_of(characters), rest_.size()));
+    }
+
+    bool take(char c) {
+        if (!rest_.starts_with(c)) return false;
+        rest_.remove_prefix(1);
+        return true;
+    }
+
+    /// Keywords up to a closing parenthesis or the end.
+    std::vector<keyword> keywords(int depth) {
+        std::vector<keyword> found;
+        for (skip(separators); !rest_.empty() && rest_.front() != ')'; skip(separators)) {
+            found.push_back(next(depth));
+        }
+        return found;
+    }
+
+    keyword next(int depth) {
+        constexpr int deepest = 20;
+        if (depth > deepest) fail();
+        keyword result;
+        const std::size_t length = std::min(rest_.find_first_of(" \t,/:=()"), rest_.size());
+        result.name = flib::strlowcase(rest_.substr(0, length));
+        rest_.remove_prefix(length);
+        for (;;) {
+            const std::string_view before = rest_;
+            skip(blanks);
+            const bool equals = take('=');
+            if (equals) skip(blanks);
+            if (take('(')) {
+                std::ranges::move(keywords(depth + 1), std::back_inserter(result.options));
+                if (!take(')')) fail();
+            } else if (equals && !rest_.empty() &&
+                       separators.find(rest_.front()) == separators.npos && rest_.front() != ')') {
+                result.options.push_back(next(depth + 1));
+                return result;
+            } else {
+                if (!equals) rest_ = before;
+                return result;
+            }
+        }
+    }
+
+    std::string_view rest_;
+};
+
+bool starts_with_any(std::string_view name, std::span<const std::string_view> words) {
+    return std::ranges::any_of(words,
+                               [&](std::string_view word) { return name.starts_with(word); });
+}
+
+/// Calls `visit` with all of the keywords and their options, at any depth.
+template <class Visit>
+void for_all(const std::vector<keyword>& keywords, const Visit& visit) {
+    for (const keyword& each : keywords) {
+        visit(each);
+        for_all(each.options, visit);
+    }
+}
+
+struct refusal {
+    std::string_view start;  // of the keyword, which may be shortened or have endings
+    std::string_view reason;
+};
+
+constexpr std::array<refusal, 14> refused_jobs{{
+    {"opt", "moves the geometry; take its result and leave the keyword out"},
+    {"popt", "moves the geometry; take its result and leave the keyword out"},
+    {"fopt", "moves the geometry; take its result and leave the keyword out"},
+    {"freq", "displaces the geometry itself; leave it out"},
+    {"irc", "follows a path"},
+    {"scan", "goes through many geometries"},
+    {"admp", "is a trajectory"},
+    {"bomd", "is a trajectory"},
+    {"polar", "is a job of another type; leave it out"},
+    {"stable", "is a job of another type; leave it out"},
+    {"volume", "is a job of another type; leave it out"},
+    {"counter", "makes several calculations of one geometry"},
+    {"restart", "goes on with an earlier job"},
+    {"nonstd", "is a route by overlays, which says nothing of the job"},
+}};
+
+/// Options of "geom" that only print, or say which atoms are bonded.
+constexpr std::string_view harmless_geometry[] = {
+    "connect", "genconnect", "modconnect", "print",   "dist",  "nodist",  "angle", "noangle",
+    "cangle",  "nocangle",   "dihed",      "nodihed", "crowd", "nocrowd", "notest"};
+
+/// Units in which lengths stay Angstrom.
+constexpr std::string_view angstrom_and_angles[] = {"ang", "deg", "rad"};
+
+/// Keywords that may read something but the geometry from a checkpoint.
+constexpr std::string_view readers[] = {"guess", "dens", "scrf", "charge", "basis"};
+
+/// Functionals and methods as they begin. After a "u" or "ro" they are not of a closed shell.
+constexpr std::string_view methods[] = {
+    "hf",   "cis",  "b3",   "b1",  "b9",    "bly",   "bp86", "bpw",  "bmk", "bh",   "cam-", "lc-",
+    "pbe",  "wb97", "m05",  "m06", "m08",   "m11",   "mn1",  "tpss", "hse", "hcth", "apf",  "x3lyp",
+    "o3ly", "lsda", "svwn", "n12", "sogga", "thcth", "mpw",  "hiss", "am1", "pm3",  "pm6",  "pm7"};
+
+bool is_open_shell(std::string_view name) {
+    return (name.starts_with("ro") && starts_with_any(name.substr(2), methods)) ||
+           (name.starts_with('u') && starts_with_any(name.substr(1), methods));
+}
+
+bool is_excited_state(std::string_view name) {
+    return name == "cis" || name == "td" || name == "tda" || name == "rcis";
+}
+
+[[noreturn]] void refuse(const keyword& which, std::string_view reason) {
+    throw flib::run_error("'" + flib::printable(which.name) + "' in the route " +
+                          std::string(reason));
+}
+
+std::int32_t root_of(const keyword& option) {
+    std::int32_t root = 0;
+    if (option.options.size() == 1 &&
+        flib::parse_integer(option.options.front().name, root) == flib::number_error::none &&
+        root > 0) {
+        return root;
+    }
+    refuse(option, "needs a number, 1 or above");
+}
+
+void judge_excited_state(const keyword& job, job_kind& kind) {
+    for (const keyword& option : job.options) {
+        if (option.name == "d") refuse(job, "with the option d gives no forces");
+        if (option.name.starts_with("trip") || option.name == "50-50") {
+            refuse(option, "asks for triplets, whose transition dipole is zero");
+        }
+        if (option.name.starts_with("restart")) refuse(option, "goes on with an earlier job");
+        if (option.name == "read") kind.reads_checkpoint = true;
+        if (option.name == "root") kind.root = root_of(option);
+    }
+}
+
+/// Keywords that count only where they are not options.
+void judge_job(const keyword& each, job_kind& kind) {
+    for (const auto& [start, reason] : refused_jobs) {
+        if (each.name.starts_with(start)) refuse(each, reason);
+    }
+    if (each.name == "sp") refuse(each, "asks for no forces; leave it out");
+    if (each.name.starts_with("forc")) kind.force = true;
+    if (each.name == "oniom") kind.oniom = true;
+    if (each.name.starts_with("nosym")) kind.nosymm = true;
+    if (each.name.starts_with("symm")) {
+        if (each.options.size() != 1 || each.options.front().name != "none") {
+            refuse(each, "contradicts nosymm, without which the frame turns; leave it out");
+        }
+        kind.nosymm = true;
+    }
+    if (each.name.starts_with("geom")) {
+        for (const keyword& option : each.options) {
+            if (!starts_with_any(option.name, harmless_geometry)) {
+                refuse(option,
+                       "takes the geometry from elsewhere or changes it; the atoms must "
+                       "stand in the input");
+            }
+        }
+    }
+    if (each.name.starts_with("unit")) {
+        for (const keyword& option : each.options) {
+            if (option.name == "au" || option.name == "bohr") {
+                kind.unit = length_unit::bohr;
+            } else if (!starts_with_any(option.name, angstrom_and_angles)) {
+                refuse(option, "is no unit known here");
+            }
+        }
+    }
+}
+
+}  // namespace
+
+std::vector<keyword> parse_route(std::string_view text) {
+    return route_parser(text).all();
+}
+
+job_kind judge_route(const std::vector<keyword>& route) {
+    job_kind kind;
+    for (const keyword& each : route) judge_job(each, kind);
+    bool excited = false;
+    for_all(route, [&](const keyword& each) {
+        if (is_open_shell(each.name)) {
+            refuse(each, "is not of a closed shell, whose amplitudes are those that can be used");
+        }
+        if (is_excited_state(each.name)) {
+            excited = true;
+            judge_excited_state(each, kind);
+        }
+        const bool reads = std::ranges::any_of(each.options, [](const keyword& option) {
+            return option.name == "read" || option.name.starts_with("check");
+        });
+        if (each.name.starts_with("chkbas") || (reads && starts_with_any(each.name, readers))) {
+            kind.reads_checkpoint = true;
+        }
+    });
+    if (!excited) {
+        throw flib::run_error(
+            "the route asks for no excited state whose amplitudes can be used: cis, td or tda");
+    }
+    return kind;
+}
+
+}  // namespace sgn_displace

@@ -1,0 +1,62 @@
+#include "sgn_displace/summary.h"
+
+#include "common/terminal.h"
+#include "flib/io/stop_run.h"
+
+namespace sgn_displace {
+namespace {
+
+constexpr std::size_t width = 80;
+
+/// `word` for a shell; bare where it can be.
+std::string quoted(const std::string& word) {
+    constexpr std::string_view harmless =
+        "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_.+/-";
+    if (word.find_first_not_of(harmless) == std::string::npos && !word.starts_with('-'))
+        return word;
+    std::string text = word.starts_with('-') ? "'./" : "'";
+    for (const char c : word) {
+        if (c == '\'') {
+            text += "'\\''";
+        } else {
+            text += c;
+        }
+    }
+    return text + "'";
+}
+
+}  // namespace
+
+std::string summary(const options& from, const job_template& job,
+                    const std::vector<displaced_job>& jobs) {
+    const std::string& reference = jobs.front().name;
+    const std::string set = reference.substr(0, reference.rfind('_'));
+    const std::size_t per_atom = from.one_sided ? 3 : 6;
+    const std::size_t displaced = jobs.size() - 1;
+    std::string text = reference + ".gjf and " + std::to_string(displaced) +
+                       " displaced inputs: " + std::to_string(displaced / per_atom) + " of " +
+                       std::to_string(job.atoms.size()) + " atoms, " +
+                       (from.one_sided ? "+" : "+-") + from.step + " Angstrom along x, y and z\n";
+    for (const std::string& line : job.told) {
+        bool first = true;
+        for (const std::string& part : tools::wrapped(line, width - 4)) {
+            text.append(first ? "  " : "    ").append(part).append("\n");
+            first = false;
+        }
+    }
+    text += "\nNext";
+    if (from.directory != ".") text += ", after  cd " + quoted(from.directory);
+    text += ":\n";
+    // Printed as they are, the names hold nothing that a shell takes for something else.
+    const std::string displaced_inputs = set + "_[0-9]*[xyz][pm].gjf";
+    text += "  for job in " + reference + ".gjf " + displaced_inputs + "; do g16 \"$job\"; done\n";
+    text += "  dump.sh " + reference + ".gjf " + displaced_inputs + "\n";
+    text += "  loop.sh " + reference + "\n";
+    text +=
+        "The first is a job of hours, for your queue. The scripts are those of the workflow,\n"
+        "installed in share/doc/stigruz/examples/workflow: text files of the jobs; then signs,\n"
+        "their check, derivatives.\n";
+    return text;
+}
+
+}  // namespace sgn_displace
