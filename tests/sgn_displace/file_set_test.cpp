@@ -83,7 +83,7 @@ TEST_F(FileSet, LeavesNothingBehindWhenItFails) {
     fs::create_symlink("b", path("c"));
     EXPECT_EQ(write(true), "./c: is there and is not a regular file");
     EXPECT_EQ(write(false, new_text, "b"), "b: is not a directory");
-    EXPECT_EQ(write(false, new_text, "b/d"), "b/d: can not be made: Not a directory");
+    EXPECT_EQ(write(false, new_text, "b/d"), "b/d: cannot be made: Not a directory");
 }
 
 // Something takes the place of the last file while the set is being written: the first two have
@@ -100,7 +100,7 @@ TEST_F(FileSet, IsTakenBackWhenOneFileCanNotAppear) {
             return new_text(i);
         };
         const std::string message = write(overwrite, taking);
-        EXPECT_TRUE(message.starts_with("./c: can not be written: ")) << message;
+        EXPECT_TRUE(message.starts_with("./c: cannot be written: ")) << message;
         fs::remove(path("c"));
         EXPECT_EQ(files(), before);
     }
@@ -111,7 +111,7 @@ TEST_F(FileSet, FilesThatCameMeanwhileStay) {
         if (i == 2) scratch_.file("b", "another's");
         return new_text(i);
     };
-    EXPECT_EQ(write(false, taking), "./b: can not be written: File exists");
+    EXPECT_EQ(write(false, taking), "./b: cannot be written: File exists");
     EXPECT_EQ(files(), "b=another's;");
 }
 

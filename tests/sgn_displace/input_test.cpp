@@ -199,26 +199,26 @@ TEST(Input, IsRefusedWithLineAndReason) {
         {"0 1\n", "6: the file ends where an atom was expected"},
         {"O 0 0.0>\nO 0 0.0", "7: expected an atom, not a blank line"},
         {"O 0 0.0 0.0 0.1>O",
-         "7: expected three coordinates; Z-matrices can not be treated" + cartesian},
+         "7: expected three coordinates; Z-matrices cannot be treated" + cartesian},
         {"H 0.0 0.7 0.4>H 1 0.96",
-         "8: expected three coordinates; Z-matrices can not be treated" + cartesian},
+         "8: expected three coordinates; Z-matrices cannot be treated" + cartesian},
         {"H 0.0 0.7 0.4>H 1 0.96 2 104.5",
          "8: four numbers, of which the first is no code for frozen "
-         "atoms (0 or -1); Z-matrices can not be treated" +
+         "atoms (0 or -1); Z-matrices cannot be treated" +
              cartesian},
         {"H 0.0 0.7 0.4>H 0.5 0.0 0.7 0.4",
          "8: four numbers, of which the first is no code for frozen "
-         "atoms (0 or -1); Z-matrices can not be treated" +
+         "atoms (0 or -1); Z-matrices cannot be treated" +
              cartesian},
         {"H 0.0 0.7 0.4>H 1 R 2 A",
-         "8: expected a coordinate, not 'R'; variables and Z-matrices can "
-         "not be treated" +
+         "8: expected a coordinate, not 'R'; variables and Z-matrices "
+         "cannot be treated" +
              cartesian},
         {"H 0.0 0.7>H 0.0 1.0000000000000000001",
          "8: the coordinate '1.0000000000000000001' has more "
          "than 18 digits"},
         {"H 0.0 0.7 0.4>H 0.0 0.7 0.4 H", "8: 'H' stands behind the coordinates"},
-        {"H 0.0>Tv 0.0", "8: a translation vector: periodic systems can not be treated"},
+        {"H 0.0>Tv 0.0", "8: a translation vector: periodic systems cannot be treated"},
         {"H 0.0>Bq 0.0", "8: 'Bq' is a ghost atom: leave it out"},
         {"H 0.0>H-bq 0.0", "8: 'H-bq' is a ghost atom: leave it out"},
         {"H 0.0>X1 0.0", "8: 'X1' is a dummy atom: leave it out"},

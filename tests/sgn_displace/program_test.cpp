@@ -142,12 +142,12 @@ TEST_F(SgnDisplace, SaysWhatIsWrong) {
         {{}, "needs one input file (usage: sgn_displace [OPTIONS] JOB.gjf)"},
         {{"h2o.gjf", "h2o.gjf"}, "needs one input file (usage: sgn_displace [OPTIONS] JOB.gjf)"},
         {{"--stpe=1", "h2o.gjf"}, "no option '--stpe=1' (see --help)"},
-        {{"none.gjf"}, "none.gjf: can not be opened: No such file or directory"},
+        {{"none.gjf"}, "none.gjf: cannot be opened: No such file or directory"},
         {{"room"}, "room: is a directory"},
         {{"/dev/zero"}, "/dev/zero: is not a regular file"},
         {{"empty.gjf"}, "empty.gjf: the file ends where a route (#...) was expected"},
         {{"two words.gjf"},
-         "'two words' can not be the name of a set: give the input a name of "
+         "'two words' cannot be the name of a set: give the input a name of "
          "letters, digits, '_', '.', '+' and '-'"},
         {{"h2o.gjf", "--atoms=4"}, "--atoms: there is no atom 4, the input has 3"},
         {{"h2o.gjf", "--atoms=0"}, "--atoms: expected numbers like 1-3,7, not '0'"},
@@ -162,7 +162,7 @@ TEST_F(SgnDisplace, SaysWhatIsWrong) {
         {{"h2o.gjf", "--step=0.00009"},
          "--step takes a length in Angstrom, 0.0001 to 1, not '0.00009'"},
         {{"h2o.gjf", "--directory=h2o.gjf"}, "h2o.gjf: is not a directory"},
-        {{"h2o.gjf", "--directory=a/b"}, "a/b: can not be made: No such file or directory"},
+        {{"h2o.gjf", "--directory=a/b"}, "a/b: cannot be made: No such file or directory"},
     };
     const words before = scratch_.names();
     for (const auto& [arguments, error] : cases) {

@@ -30,7 +30,7 @@ void judge_element(std::string_view item) {
         std::ranges::find_if_not(label, flib::is_ascii_letter) - label.begin());
     const std::string symbol = flib::strlowcase(label.substr(0, letters));
     const std::string type = flib::strlowcase(item.substr(label.size()));
-    if (symbol == "tv") fail("a translation vector: periodic systems can not be treated");
+    if (symbol == "tv") fail("a translation vector: periodic systems cannot be treated");
     if (symbol == "bq" || type.starts_with("-bq")) fail(shown + " is a ghost atom: leave it out");
     if (symbol == "x" || symbol == "xx") fail(shown + " is a dummy atom: leave it out");
     if (flib::element_number(symbol.substr(0, 2)) == 0 &&
@@ -47,7 +47,7 @@ coordinate parse_coordinate(std::string_view item, std::string_view line) {
     }
     if (error != decimal_error::none) {
         fail("expected a coordinate, not '" + flib::printable(item) +
-             "'; variables and Z-matrices can not be treated, give Cartesian coordinates");
+             "'; variables and Z-matrices cannot be treated, give Cartesian coordinates");
     }
     return result;
 }
@@ -86,13 +86,13 @@ atom parse_atom(std::string_view line, bool oniom) {
         if (flib::parse_integer(items[1], code) != flib::number_error::none || code > 0) {
             fail(
                 "four numbers, of which the first is no code for frozen atoms (0 or -1); "
-                "Z-matrices can not be treated, give Cartesian coordinates");
+                "Z-matrices cannot be treated, give Cartesian coordinates");
         }
         first = 2;
     }
     if (items.size() < first + 3) {
         fail(
-            "expected three coordinates; Z-matrices can not be treated, give Cartesian "
+            "expected three coordinates; Z-matrices cannot be treated, give Cartesian "
             "coordinates");
     }
     atom result;

@@ -22,7 +22,7 @@ std::string name_of_set(const std::string& file) {
     });
     if (name.empty() || !fit || name.starts_with('-') || name.starts_with('.')) {
         throw flib::run_error("'" + flib::printable(name) +
-                              "' can not be the name of a set: give the input a name of letters, "
+                              "' cannot be the name of a set: give the input a name of letters, "
                               "digits, '_', '.', '+' and '-'");
     }
     return name;

@@ -21,7 +21,7 @@ namespace {
 }
 
 [[noreturn]] void fail_to_write(const std::string& file, int error) {
-    fail(file, "can not be written: " + flib::errno_text(error));
+    fail(file, "cannot be written: " + flib::errno_text(error));
 }
 
 bool is_regular(const std::string& path) {
@@ -53,7 +53,7 @@ class output_directory {
         made_ = mkdir(path.c_str(), 0777) == 0;
         if (made_) return;
         struct stat there {};
-        if (errno != EEXIST) fail(path, "can not be made: " + flib::errno_text(errno));
+        if (errno != EEXIST) fail(path, "cannot be made: " + flib::errno_text(errno));
         if (stat(path.c_str(), &there) != 0 || !S_ISDIR(there.st_mode)) {
             fail(path, "is not a directory");
         }
@@ -121,7 +121,7 @@ class waiting_room {
             rename_new(name, target);
         } else if (renameat2(AT_FDCWD, new_file(name).c_str(), AT_FDCWD, target.c_str(),
                              RENAME_NOREPLACE) != 0) {
-            // Some file systems can not do it; it has been looked at before.
+            // Some file systems cannot do it; it has been looked at before.
             if (errno != EINVAL && errno != ENOSYS) fail_to_write(target, errno);
             rename_new(name, target);
         }

@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <optional>
 
+#include "flib/io/detail/text_file.h"
 #include "flib/io/number.h"
 #include "flib/io/stop_run.h"
-#include "flib/io/detail/text_file.h"
 #include "flib/text/string.h"
 #include "sgn_displace/atom_line.h"
 

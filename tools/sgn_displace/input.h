@@ -49,7 +49,7 @@ struct job_template {
 /// atoms, periodic systems, several jobs, open shells, and what judge_route() refuses.
 job_template parse_input(std::string_view file, std::string_view text);
 
-/// Reads `file` whole and takes it apart. Throws flib::run_error if it can not be read.
+/// Reads `file` whole and takes it apart. Throws flib::run_error if it cannot be read.
 job_template read_input(const std::string& file);
 
 }  // namespace sgn_displace

@@ -39,7 +39,7 @@ struct job_kind {
     friend bool operator==(const job_kind&, const job_kind&) = default;
 };
 
-/// Throws flib::run_error, with the reason, if a set of displaced jobs can not be made of such a
+/// Throws flib::run_error, with the reason, if a set of displaced jobs cannot be made of such a
 /// job: if it is none of an excited state whose amplitudes can be used (cis, td, tda; singlets of a
 /// closed shell), does more than one geometry, or takes its geometry from elsewhere.
 job_kind judge_route(const std::vector<keyword>& route);
