@@ -1,23 +1,44 @@
 #!/usr/bin/env bash
-# report.sh REFERENCE
+# report.sh REFERENCE [JOB...]
 # Tells how the set in the working directory stands: how many jobs have a result, which do not and
-# why, and whether sgn_check finds the results trustworthy (its table is in sgn_check.txt).
-# Status 0: all jobs are finished and fine. The tool is $SGN_CHECK, else sgn_check; it may have
-# options: SGN_CHECK="sgn_check --no-pairs".
+# why; whether sgn_check finds the signs trustworthy (its table is in sgn_check.txt); and, when all
+# jobs are finished, makes the derivatives (derivatives.txt, .json, .html). Which jobs: see jobs.sh.
+#
+# Status 0: all jobs are finished, the signs were checked and fine, the derivatives too.
+# The tools are $SGN_CHECK and $SGN_DERIVE, else sgn_check and sgn_derive. They may have options:
+# SGN_CHECK="sgn_check --no-pairs". An empty SGN_DERIVE leaves the derivatives out.
 set -o pipefail
 # shellcheck source=/dev/null
 . "$(dirname "$0")/common.sh"
-reference=${1:?"usage: report.sh REFERENCE"}
-read -ra check <<<"${SGN_CHECK:-sgn_check}"
+reference=$(job_name "${1:?"usage: report.sh REFERENCE [JOB...]"}") || exit 1
+shift
+jobs=() passed_over=()
+select_jobs "$reference" "$@"
+require_one_set "$reference" "${jobs[@]}"
+status=0
+
+not_checked() {
+    echo "signs NOT checked: $1"
+    status=1
+}
+not_made() {
+    echo "derivatives NOT made: $1"
+    status=1
+}
+
+# What a tool said of its failure: its first complaint, else its first line.
+complaint() {
+    grep -m 1 -E '^[A-Za-z_]+: ' "$1" || head -n 1 "$1"
+}
 
 if ! is_finished "$reference"; then
     echo "The reference $reference has no result: $(reason "$reference")"
+    not_checked "there is no result of the reference"
     exit 1
 fi
-mapfile -t names < <(job_names "$reference")
 results=()
 missing=()
-for name in "${names[@]}"; do
+for name in "${jobs[@]}"; do
     if is_finished "$name" "$reference"; then
         results+=("$name.sgn")
     else
@@ -25,19 +46,75 @@ for name in "${names[@]}"; do
     fi
 done
 
-echo "${#names[@]} jobs: ${#results[@]} finished, ${#missing[@]} not"
+echo "${#jobs[@]} jobs: ${#results[@]} finished, ${#missing[@]} not"
 for name in "${missing[@]}"; do
     echo "  $name: $(reason "$name")"
+    status=1
 done
-status=0
-if [ "${#missing[@]}" -gt 0 ]; then status=1; fi
+if [ "${#passed_over[@]}" -gt 0 ]; then
+    echo "passed over, not named like jobs of this set: ${passed_over[*]}"
+fi
 
-if [ "${#results[@]}" -gt 0 ] && command -v "${check[0]}" >/dev/null; then
-    if "${check[@]}" "$reference.sgn" "${results[@]}" >sgn_check.txt 2>&1; then
+# check_signs: fine or in doubt is only what sgn_check has said of every file.
+check_signs() {
+    local said=0 left
+    rm -f sgn_check.txt
+    local command=()
+    split_command "${SGN_CHECK:-sgn_check}"
+    if [ "${#results[@]}" -eq 0 ]; then
+        not_checked "there is no result"
+        return
+    fi
+    if ! command -v -- "${command[0]}" >/dev/null; then
+        not_checked "${command[0]} is not installed here"
+        return
+    fi
+    "${command[@]}" "$reference.sgn" "${results[@]}" >sgn_check.txt 2>&1 || said=$?
+    if [ "$said" -gt 1 ]; then
+        not_checked "$(complaint sgn_check.txt) (status $said)"
+        return
+    fi
+    left=$(printf '%s\n' "$reference.sgn" "${results[@]}" | LC_ALL=C sort |
+        LC_ALL=C comm -23 - <(printf '%s\n' "$reference.sgn" "${results[@]}" |
+            grep -oFf - sgn_check.txt | LC_ALL=C sort -u))
+    if [ -n "$left" ]; then
+        not_checked "'${command[*]}' says nothing of ${left%%$'\n'*} (see sgn_check.txt)"
+    elif [ "$said" -eq 0 ]; then
         echo "sgn_check: all fine"
     else
         echo "sgn_check: there is doubt, see sgn_check.txt"
         status=1
     fi
-fi
+}
+
+make_derivatives() {
+    local said=0
+    rm -f derivatives.txt derivatives.json derivatives.html
+    if [ -n "${SGN_DERIVE+set}" ] && [ -z "$SGN_DERIVE" ]; then return; fi
+    local command=()
+    split_command "${SGN_DERIVE:-sgn_derive --json=derivatives.json --html=derivatives.html}"
+    if [ "${#missing[@]}" -gt 0 ]; then
+        not_made "jobs are missing"
+    elif ! command -v -- "${command[0]}" >/dev/null; then
+        if [ -n "${SGN_DERIVE-}" ]; then
+            not_made "${command[0]} is not installed here"
+        else
+            echo "derivatives: left out, as sgn_derive is not installed here"
+        fi
+    else
+        "${command[@]}" "$reference.sgn" "${results[@]}" >derivatives.txt 2>&1 || said=$?
+        if [ "$said" -gt 1 ]; then
+            not_made "$(complaint derivatives.txt) (status $said)"
+            rm -f derivatives.txt
+        elif [ "$said" -eq 1 ]; then
+            echo "derivatives: in derivatives.txt, but there is doubt"
+            status=1
+        else
+            echo "derivatives: in derivatives.txt"
+        fi
+    fi
+}
+
+check_signs
+make_derivatives
 exit "$status"

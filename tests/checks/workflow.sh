@@ -3,42 +3,16 @@
 set -euo pipefail
 source=$1
 build=$2
-
-work=$(mktemp -d)
+work=$(mktemp -d "${TMPDIR:-/tmp}/the workflow XXXXXX")
 trap 'rm -rf "$work"' EXIT
-export STIGRUZ=$build/tools/stigruz SGN_CHECK=$build/tools/sgn_check
 workflow=$source/examples/workflow
-
-fail() {
-    echo "$*" >&2
-    exit 1
-}
-
-# new_set NAME: goes to a directory with the jobs of the bundled set.
-new_set() {
-    mkdir "$work/$1"
-    cd "$work/$1"
-    cp -p "$source"/examples/water/h2o_* .
-}
-
-# expect STATUS DONE UP-TO-DATE FAILED COMMAND...: how the command ends, and how many jobs it says
-# that it treated, left alone, or could not treat. What it says stays in $said.
-expect() {
-    local status=0 counts
-    local expected="status $1, $2 done, $3 up to date, $4 failed"
-    shift 4
-    said=$("$@" 2>&1) || status=$?
-    counts="status $status, $(grep -c ': done$' <<<"$said" || true) done,"
-    counts+=" $(grep -c ': up to date$' <<<"$said" || true) up to date,"
-    counts+=" $(grep -c '^[^ ].*: FAILED: ' <<<"$said" || true) failed"
-    [ "$counts" = "$expected" ] || fail "$*: $counts instead of $expected:" "$said"
-}
-
-expect_text() { grep -qF "$1" <<<"$said" || fail "no '$1' in: $said"; }
+# shellcheck source=/dev/null
+. "$(dirname "$0")/workflow_support.sh"
 
 # From nothing; then one job is broken and another one has been made anew; then all is well again.
 new_set loop
 expect 0 19 0 0 "$workflow/loop.sh" h2o_ref
+expect_text "[18/18] h2o_03zp: done"
 expect_text "18 jobs: 18 finished, 0 not"
 expect_text "sgn_check: all fine"
 expect 0 0 19 0 "$workflow/loop.sh" h2o_ref
@@ -47,30 +21,42 @@ cp -p h2o_02xm.cis whole
 head -c 3000 whole >h2o_02xm.cis
 touch h2o_03zp.log
 expect 1 1 17 1 "$workflow/parallel.sh" h2o_ref 3
+expect_text "[18/18] h2o_"
 expect_text "18 jobs: 17 finished, 1 not"
 expect_text "  h2o_02xm: status 2: stigruz: h2o_02xm.cis: line"
 [ ! -e h2o_02xm.sgn ] || fail "a result that is out of date was kept"
 if command -v make >/dev/null; then
-    expect 2 0 0 1 make -f "$workflow/Makefile" REFERENCE=h2o_ref
+    expect 2 0 18 1 make -f "$workflow/Makefile" REFERENCE=h2o_ref
     expect_text "  h2o_02xm: status 2: stigruz: h2o_02xm.cis: line"
     mv whole h2o_02xm.cis
-    expect 0 1 0 0 make -f "$workflow/Makefile" -j 3 REFERENCE=h2o_ref
+    ln -s "$workflow" "../the scripts"
+    expect 0 1 18 0 make -f "../the scripts/Makefile" -j 3 REFERENCE=h2o_ref
     expect_text "18 jobs: 18 finished, 0 not"
     [ ! -e h2o_02xm.err ] || fail "the old message was kept"
-    expect 0 0 0 0 make -f "$workflow/Makefile" REFERENCE=h2o_ref
+    expect 0 0 9 0 make -f "$workflow/Makefile" REFERENCE=h2o_ref JOBS='h2o_01* h2o_02x?'
+    expect_text "8 jobs: 8 finished, 0 not"
+    rm h2o_02xm.sgn h2o_ref.log h2o_ref.sgn
+    expect 2 0 0 1 make -f "$workflow/Makefile" REFERENCE=h2o_ref
+    cp -p "$source/examples/water/h2o_ref.log" .
+else
+    mv whole h2o_02xm.cis
 fi
 
-# A new reference makes all other results out of date.
-sleep 0.02
+# A new reference makes all other results out of date; one that says the same does not.
 touch h2o_ref.cis
-expect 0 19 0 0 "$workflow/parallel.sh" h2o_ref
+expect 0 2 17 0 "$workflow/parallel.sh" h2o_ref
+sed -i 's/-0.5354/-0.5355/g' h2o_ref.log
+expect 0 1 0 0 "$workflow/one.sh" h2o_ref
+expect 0 18 1 0 "$workflow/loop.sh" h2o_ref.log
 
-# The job array, one task after the other; every job is taken by one of them.
+# The job array, one task after the other, whose numbers begin at 1 or leave some out; every job is
+# taken by one of them.
 new_set array
-export WORKFLOW=$workflow SLURM_SUBMIT_DIR=$PWD SLURM_ARRAY_TASK_MIN=1 SLURM_ARRAY_TASK_COUNT=4
+export WORKFLOW=$workflow SLURM_SUBMIT_DIR=$PWD SLURM_ARRAY_TASK_MIN=1 SLURM_ARRAY_TASK_COUNT=4 \
+    SLURM_ARRAY_TASK_MAX=4 SLURM_ARRAY_TASK_STEP=1
 expect 1 0 0 5 env SLURM_ARRAY_TASK_ID=1 "$workflow/array.slurm" h2o_ref
-expect_text "the reference has no result"
-"$workflow/one.sh" h2o_ref >said
+expect_text "the reference has no result: not run"
+expect 0 1 0 0 "$workflow/one.sh" h2o_ref
 for share in "1 5" "2 5" "3 4" "4 4"; do
     read -r task jobs <<<"$share"
     expect 0 "$jobs" 0 0 env SLURM_ARRAY_TASK_ID="$task" "$workflow/array.slurm" h2o_ref
@@ -79,28 +65,61 @@ rm h2o_01xp.sgn
 expect 0 1 4 0 env SLURM_ARRAY_TASK_ID=2 "$workflow/array.slurm" h2o_ref
 expect 0 0 0 0 "$workflow/report.sh" h2o_ref
 expect_text "18 jobs: 18 finished, 0 not"
-for result in *.sgn; do
-    cmp "$result" "../loop/$result"
+for result in h2o_0*.sgn; do
+    sed 's/5355/5354/' "../loop/$result" | cmp - "$result" || fail "another result"
 done
+rm h2o_0*.sgn
+export SLURM_ARRAY_TASK_MIN=0 SLURM_ARRAY_TASK_MAX=6 SLURM_ARRAY_TASK_STEP=2
+for share in "0 5" "2 5" "4 4" "6 4"; do
+    read -r task jobs <<<"$share"
+    expect 0 "$jobs" 0 0 env SLURM_ARRAY_TASK_ID="$task" "$workflow/array.slurm" h2o_ref
+done
+expect 1 0 0 0 env SLURM_ARRAY_TASK_ID=6 SLURM_ARRAY_TASK_MAX=9 "$workflow/array.slurm" h2o_ref
+expect_text "not at regular distances"
+
+# From the first command to the last: the inputs are of the geometries of the bundled jobs.
+if [ -x "$build/tools/sgn_displace" ]; then
+    new_set displaced none
+    cp "$source/examples/water/h2o.gjf" .
+    PATH=$build/tools:$PATH expect 0 0 0 0 sgn_displace h2o.gjf
+    expect_text "loop.sh h2o_ref"
+    for input in h2o_*.gjf; do
+        name=${input%.gjf}
+        grep -qxF "%rwf=$name.rwf" "$input"
+        [ "$(sed -n '/^0 1$/,/^$/p' "$input" | grep -E '^[OH] ' | xargs)" = \
+            "$(sed -n '/Multiplicity = 1/,/^ $/p' "$source/examples/water/$name.log" | grep -E '^ [OH] ' | xargs)" ] ||
+            fail "$input: another geometry than that of $name.log"
+    done
+    expect 1 0 0 1 "$workflow/loop.sh" h2o_ref
+    expect_text "h2o_ref: FAILED: there is no h2o_ref.log"
+    cp -p "$source"/examples/water/h2o_* .
+    rm h2o_02zm.log
+    expect 1 18 0 1 "$workflow/loop.sh" h2o_ref
+    expect_text "  h2o_02zm: there is no h2o_02zm.log"
+fi
 
 # What can be wrong with a job, one by one; reports name every reason.
-new_set broken
+new_set broken 01xm 01xp 02yp 02ym
 rm h2o_01xm.fchk
 sed -i '$d' h2o_01xp.log
-expect 1 17 0 2 "$workflow/loop.sh" h2o_ref
-expect_text "  h2o_01xm: status 2: stigruz: h2o_01xm.fchk: "
+mv h2o_02yp.log h2o_02yp.out
+expect 1 2 0 3 "$workflow/loop.sh" h2o_ref
+expect_text "  h2o_01xm: there is no h2o_01xm.fchk"
 expect_text "  h2o_01xp: h2o_01xp.log does not end with 'Normal termination'"
+expect_text "  h2o_02yp: there is no h2o_02yp.log, but h2o_02yp.out (ln -s -- 'h2o_02yp.out' 'h2o_02yp.log')"
 rm h2o_02ym.sgn
 expect 1 0 0 0 "$workflow/report.sh" h2o_ref
 expect_text "  h2o_02ym: not run"
-expect 1 0 0 1 env STIGRUZ=/none/stigruz "$workflow/loop.sh" h2o_01xm
+expect 1 0 0 1 env STIGRUZ=/none/stigruz "$workflow/one.sh" h2o_02ym h2o_ref
+expect_text "/none/stigruz is not installed here"
 
 # A run that ends with status 0 but without a result has failed.
-new_set no_result
+new_set no_result 01xm
 sed -i '/^Number of atoms/d' h2o_ref.fchk
 expect 1 0 0 1 "$workflow/loop.sh" h2o_ref
 expect_text "status 0:   Error!"
 expect 1 0 0 0 "$workflow/report.sh" h2o_ref
+expect_files h2o_ref.err
 
 # The text files of jobs, by stand-ins of the programs that make them.
 mkdir "$work/dump" "$work/bin"
@@ -114,7 +133,22 @@ cat >"$work/bin/rwfdump" <<'END'
 [ "$3" = 635R ] && cp "$1" "$2"
 END
 chmod +x "$work"/bin/*
-echo a | tee a.chk a.rwf b.chk >said
-PATH=$work/bin:$PATH expect 1 0 0 1 "$workflow/dump.sh" a b
-expect_text "b.cis: FAILED: rwfdump b.rwf"
-[ "$(echo ./*.fchk ./*.cis)" = "./a.fchk ./b.fchk ./a.cis" ] || fail "other files: $(ls)"
+for name in a.chk a.rwf b.chk "c d.chk" "c d.rwf"; do echo "$name" >"$name"; done
+export PATH=$work/bin:$PATH
+expect 1 5 0 1 "$workflow/dump.sh" a b.rwf ./*.chk
+expect_text "b.cis: FAILED: there is no b.rwf"
+expect_text "3 jobs: 5 files made, 0 up to date, 1 failed"
+[ "$(cat ./*.fchk ./*.cis | xargs)" = "a.chk b.chk c d.chk a.rwf c d.rwf" ] || fail "other files: $(ls)"
+# A newer file with an older date; one that can no longer be had.
+sleep 0.02
+touch -d yesterday a.rwf
+rm "c d.chk"
+expect 0 1 0 0 "$workflow/dump.sh" a "c d"
+expect_text "2 jobs: 1 files made, 3 up to date, 0 failed"
+printf '#!/bin/sh\necho nothing\n' >"$work/bin/formchk"
+rm a.fchk
+expect 1 0 0 1 "$workflow/dump.sh" a
+expect_text "a.fchk: FAILED: formchk a.chk (see a.fchk.err)"
+[ ! -e a.fchk ] || fail "a file was made of nothing"
+expect 1 0 0 0 "$workflow/dump.sh"
+expect_text "usage: dump.sh NAME..."
