@@ -103,10 +103,12 @@ TEST(Density, HasTheBitsOfTheTripleLoops) {
 TEST(Density, StatesWhichPreconditionFails) {
     const matrix<double> moc = random_matrix(5, 5);
     matrix<double> den(5, 5, "the density");
-    const auto of = [&](std::int32_t nbsuse, orbitals n, std::size_t amplitudes) {
+    const auto of = [&](std::int32_t nbsuse, orbitals n, std::size_t amplitudes,
+                        std::int32_t coefficients = 5, std::int32_t results = 5) {
         return support::answer_of("", [&] {
-            flib::get_ci_density_nbasis_nbsuse(5, nbsuse, n.mi, n.ma, n.nfc, n.nfv, moc.view(),
-                                               moc.view().all().first(amplitudes), den.view());
+            flib::get_ci_density_nbasis_nbsuse(
+                5, nbsuse, n.mi, n.ma, n.nfc, n.nfv, {moc.view().data(), 5, coefficients},
+                moc.view().all().first(amplitudes), {den.view().data(), results, 5});
             return "built";
         });
     };
@@ -117,6 +119,8 @@ TEST(Density, StatesWhichPreconditionFails) {
     EXPECT_THAT(of(5, {1, 1, 4, 0}, 4), HasSubstr("mi + nfc + ma + nfv = 6 differs from nbasis"));
     EXPECT_THAT(of(5, {INT32_MAX, INT32_MAX, 4, 5}, 4), HasSubstr("differs from nbasis"));
     EXPECT_THAT(of(5, {1, 1, 3, 0}, 2), HasSubstr("there are 2 amplitudes of 3"));
+    EXPECT_THAT(of(5, {1, 1, 3, 0}, 3, 4), HasSubstr("there are 20 MO coefficients of 25"));
+    EXPECT_THAT(of(5, {1, 1, 3, 0}, 3, 5, 4), HasSubstr("20 elements for the result of 25"));
     EXPECT_TRUE(identical(den, matrix<double>(5, 5, "zeros")));
 }
 

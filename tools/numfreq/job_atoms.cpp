@@ -40,7 +40,7 @@ void read_high_layer(std::string_view flog, job_atoms& atoms) {
     }
     for (std::int32_t i = 1; i <= natom; ++i) {
         const auto to = static_cast<std::size_t>(i) - 1;
-        flib::fail_unless_in_system(flog, idx.all()[to], nqmmm);
+        flib::require_in_system(flog, idx.all()[to], nqmmm);
         const auto from = static_cast<std::size_t>(idx.all()[to]) - 1;
         for (std::int32_t k = 1; k <= 3; ++k) atoms.x(k, i) = whole.x(k, idx.all()[to]);
         atoms.nat.all()[to] = whole.nat.all()[from];

@@ -29,6 +29,12 @@ void check_counts(std::int32_t nbasis, std::int32_t nbsuse, std::int32_t mi, std
                     ", nfv = " + number(nfv) + ")");
 }
 
+void require_elements(const char* of_what, std::size_t needed, std::size_t given) {
+    if (needed <= given) return;
+    throw run_error("the transition density cannot be built: there are " + std::to_string(given) +
+                    " " + of_what + " of " + std::to_string(needed));
+}
+
 }  // namespace
 
 void get_ci_density_nbasis_nbsuse(std::int32_t nbasis, std::int32_t nbsuse, std::int32_t mi,
@@ -37,11 +43,10 @@ void get_ci_density_nbasis_nbsuse(std::int32_t nbasis, std::int32_t nbsuse, std:
                                   matrix_view<double> den) {
     check_counts(nbasis, nbsuse, mi, ma, nfc, nfv);
     const matrix_view<const double> amplitudes(xpy.data(), ma, mi);
-    if (xpy.size() < amplitudes.all().size()) {
-        throw run_error("the transition density cannot be built: there are " +
-                        std::to_string(xpy.size()) + " amplitudes of " +
-                        std::to_string(amplitudes.all().size()));
-    }
+    const matrix_view<double> wanted(den.data(), nbasis, nbasis);
+    require_elements("amplitudes", amplitudes.all().size(), xpy.size());
+    require_elements("MO coefficients", wanted.all().size(), moc.all().size());
+    require_elements("elements for the result", wanted.all().size(), den.all().size());
     const std::int32_t ni = mi + nfc;
     const std::int32_t na = ma + nfv;
     // Both are whole columns of the coefficients, so neither needs a copy.
@@ -61,7 +66,7 @@ void get_ci_density_nbasis_nbsuse(std::int32_t nbasis, std::int32_t nbsuse, std:
 
     matrix<double> cmz(nbsuse, ni, "the half-transformed amplitudes");
     multiply(cm, z.view(), cmz.view());
-    multiply(cmz.view(), cnt.view(), den);
+    multiply(cmz.view(), cnt.view(), wanted);
 }
 
 }  // namespace flib

@@ -22,7 +22,8 @@ namespace flib {
 /// summed over, so that the bits are the same on every machine.
 ///
 /// Throws run_error, with `den` unchanged, if a count is negative, if `nbasis` is not `mi` + `nfc`
-/// + `ma` + `nfv`, if `nbsuse` is not `nbasis`, or without enough memory.
+/// + `ma` + `nfv`, if `nbsuse` is not `nbasis`, if an array is too short, or
+/// without enough memory.
 void get_ci_density_nbasis_nbsuse(std::int32_t nbasis, std::int32_t nbsuse, std::int32_t mi,
                                   std::int32_t ma, std::int32_t nfc, std::int32_t nfv,
                                   matrix_view<const double> moc, std::span<const double> xpy,

@@ -9,7 +9,6 @@
 #include "flib/io/unit.h"
 #include "flib/qm_file/detail/keyword.h"
 #include "flib/qm_file/detail/reader_steps.h"
-#include "flib/qm_file/qm_file_type.h"
 #include "flib/qm_file/type_tag.h"
 #include "flib/search/search_word.h"
 
@@ -30,22 +29,16 @@ void clear(std::span<double> values) {
 void qm_file_mo_coeff_nbasis_nbsuse(std::string_view fname, std::int32_t nbasis,
                                     std::int32_t nbsuse, matrix_view<double> mo,
                                     std::int32_t& info) {
-    fail_unless_positive("nbasis", nbasis);
-    const line_buffer file_type = type_tag_of(fname);
+    require_positive("nbasis", nbasis);
     info = -1;
     clear(mo.all());
-    const input_unit fid(fname);
-    if (!(file_type == tag::gaussian_fchk)) stop_not_implemented();
-    line_buffer line;
-    go_to(fid, keyword::fchk_mo_coefficients, line);
     const std::size_t count = element_count({nbsuse, nbasis}, "the MO coefficients");
-    if (count > mo.all().size()) {
-        throw io_error(trim_right(fname), 0,
-                       "nbsuse x nbasis = " + std::to_string(count) +
-                           " MO coefficients were asked for, but there is room for " +
-                           std::to_string(mo.all().size()));
-    }
-    read_items(fid, mo.all().first(count));
+    require_room(fname, count, "MO coefficients", mo.all().size());
+    const recognised_file file(fname);
+    file.require(tag::gaussian_fchk);
+    line_buffer line;
+    go_to(file.fid, keyword::fchk_mo_coefficients, line);
+    read_items(file.fid, mo.all().first(count));
     info = 0;
 }
 

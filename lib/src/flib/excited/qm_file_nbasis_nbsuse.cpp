@@ -5,7 +5,6 @@
 #include "flib/io/unit.h"
 #include "flib/qm_file/detail/keyword.h"
 #include "flib/qm_file/detail/reader_steps.h"
-#include "flib/qm_file/qm_file_type.h"
 #include "flib/qm_file/type_tag.h"
 #include "flib/search/search_word.h"
 
@@ -18,8 +17,6 @@ struct basis_counts {
     std::int32_t nbasis = 0;
     std::int32_t nbsuse = 0;
 };
-
-using basis_steps = void (*)(std::string_view fname, basis_counts& counts);
 
 // Number of independent functions            I               22
 // Alpha MO coefficients                      R   N=         484
@@ -34,8 +31,7 @@ bool take_sixth_item(std::int32_t fid, std::string_view word, std::int32_t& coun
 // Number of beta electrons                   I                5
 // Number of basis functions                  I               22
 // Number of independent functions            I               22
-void gaussian_fchk_basis(std::string_view fname, basis_counts& counts) {
-    const input_unit fid(fname);
+void gaussian_fchk_basis(std::int32_t fid, basis_counts& counts) {
     // In the order of the file: nothing is rewound, so a missing line hides those that follow.
     take_sixth_item(fid, "Number of alpha electrons", counts.na);
     take_sixth_item(fid, "Number of beta electrons", counts.nb);
@@ -54,10 +50,10 @@ void gaussian_fchk_basis(std::string_view fname, basis_counts& counts) {
 
 //  NBasis=    22 RedAO= T EigKep=  2.41D-02  NBF=    22
 //  NBasis=    22 NAE=     5 NBE=     5 NFC=     1 NFV=     0
-void gaussian_log_basis(std::string_view fname, basis_counts& counts) {
+void gaussian_log_basis(std::int32_t fid, basis_counts& counts) {
     constexpr std::string_view reduced_basis = "RedAO=";
-    const input_unit fid(fname, open_at::end);
     line_buffer line;
+    go_to_end(fid);
     if (!search_word_back(fid, 16, 21, reduced_basis, line)) miss_keyword(reduced_basis);
     read_items(held_record{fid, line.padded()}, discard{1}, counts.nbasis);
     // Not from the log: the caller supplies it.
@@ -69,7 +65,7 @@ void gaussian_log_basis(std::string_view fname, basis_counts& counts) {
                discard{1}, counts.nb);
 }
 
-constexpr reader_row<basis_steps> basis_table[] = {
+constexpr reader_row<basis_counts&> basis_table[] = {
     {tag::gaussian_fchk, gaussian_fchk_basis},
     {tag::gaussian_log, gaussian_log_basis},
 };
@@ -79,14 +75,9 @@ constexpr reader_row<basis_steps> basis_table[] = {
 void qm_file_nbasis_nbsuse(std::string_view fname, std::int32_t& na, std::int32_t& nb,
                            std::int32_t& nbasis, std::int32_t& nbsuse, std::int32_t& info) {
     basis_counts counts;
-    const line_buffer file_type = type_tag_of(fname);
     info = -1;
-    const auto steps = steps_for<basis_steps>(basis_table, file_type.padded());
-    if (steps != nullptr) {
-        steps(fname, counts);
-    } else {
-        const input_unit must_open(fname);
-    }
+    const recognised_file file(fname);
+    read_by_row(file, basis_table, counts, info);
     na = counts.na;
     nb = counts.nb;
     nbasis = counts.nbasis;

@@ -4,7 +4,7 @@
 #include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
 #include "flib/qm_file/detail/keyword.h"
-#include "flib/qm_file/qm_file_type.h"
+#include "flib/qm_file/detail/reader_steps.h"
 #include "flib/qm_file/type_tag.h"
 #include "flib/search/search_word.h"
 
@@ -16,12 +16,13 @@ namespace flib {
 void qm_file_nci(std::string_view fname, std::int32_t& ni, std::int32_t& na, std::int32_t& nci,
                  std::int32_t& nae, std::int32_t& nfc, std::int32_t& nfv, std::int32_t& info) {
     constexpr std::string_view roots = "roots to seek";
-    line_buffer file_type;
-    line_buffer version;
+    info = -1;
+    const recognised_file file(fname);
+    info = file.class_code;
+    file.require(tag::gaussian_log);
+    const std::int32_t fid = file.fid;
+    go_to_end(fid);
     line_buffer line;
-    qm_file_type(fname, file_type, version, info);
-    const input_unit fid(fname, open_at::end);
-    if (!(file_type == tag::gaussian_log)) stop_not_implemented();
     if (!search_word_back(fid, 16, 19, keyword::gaussian_electrons, line)) {
         miss_keyword(keyword::gaussian_electrons);
     }

@@ -108,6 +108,10 @@ void rewind_unit(std::int32_t fid) {
     input_of(fid).rewind();
 }
 
+void go_to_end(std::int32_t fid) {
+    input_of(fid).go_to_end();
+}
+
 bool is_past_end(std::int32_t fid) {
     return input_of(fid).past_end();
 }

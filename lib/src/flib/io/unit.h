@@ -64,6 +64,9 @@ void step_back(std::int32_t fid);
 /// Goes back to the first record.
 void rewind_unit(std::int32_t fid);
 
+/// Goes to the end of the file, from where searches backwards begin.
+void go_to_end(std::int32_t fid);
+
 /// Whether an input unit has been read past its last record.
 bool is_past_end(std::int32_t fid);
 

@@ -4,9 +4,8 @@
 #include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
 #include "flib/qm_file/detail/keyword.h"
+#include "flib/qm_file/detail/oniom_steps.h"
 #include "flib/qm_file/detail/reader_steps.h"
-#include "flib/qm_file/qm_file_oniom.h"
-#include "flib/qm_file/qm_file_type.h"
 #include "flib/qm_file/type_tag.h"
 #include "flib/text/string.h"
 #include "flib/util/units.h"
@@ -14,8 +13,7 @@
 namespace flib {
 namespace {
 
-/// Opens `fname` and reads its table; true when it was read.
-using coord_steps = bool (*)(std::string_view fname, matrix_view<double> x);
+using vectors = matrix_view<double>;
 
 /// Reads a table in atomic units, or one that is stored as it stands.
 bool read_as_printed(std::int32_t fid, std::int32_t thrown_away, matrix_view<double> x) {
@@ -41,11 +39,9 @@ bool read_angstrom(std::int32_t fid, std::int32_t thrown_away, matrix_view<doubl
 //  Number     Number       Type             X           Y           Z
 //  ---------------------------------------------------------------------
 //       1          8           0        0.000000    0.000000    0.118000
-bool gaussian_log_coord(std::string_view fname, matrix_view<double> x) {
-    bool ifoniom = false;
-    std::int32_t info = 0;
-    qm_file_ifoniom(fname, ifoniom, info);
-    const input_unit fid(fname, ifoniom ? open_at::end : open_at::start);
+bool gaussian_log_coord(std::int32_t fid, vectors x) {
+    const bool ifoniom = names_oniom(fid);
+    go_to_end(fid);
     line_buffer line;
     const bool found = ifoniom
                            ? search_word_back_del_space(fid, keyword::gaussian_orientation, line)
@@ -58,8 +54,7 @@ bool gaussian_log_coord(std::string_view fname, matrix_view<double> x) {
 //                                *******************************
 //                                  atom  charge
 //    1    O       8.00       0.00000000       0.00000000       0.22298768
-bool chemshell_coord(std::string_view fname, matrix_view<double> x) {
-    const input_unit fid(fname);
+bool chemshell_coord(std::int32_t fid, vectors x) {
     line_buffer line;
     if (!search_word(fid, 32, 48, keyword::chemshell_input_coordinates, line)) {
         stop_without_coordinates("ChemShell");
@@ -73,8 +68,7 @@ bool chemshell_coord(std::string_view fname, matrix_view<double> x) {
 //  3
 //  RHF/USER  ENERGY=-76.01604102
 //  O          0.0000000000        0.0000000000        0.1180000000
-bool molpro_coord(std::string_view fname, matrix_view<double> x) {
-    const input_unit fid(fname);
+bool molpro_coord(std::int32_t fid, vectors x) {
     line_buffer line;
     if (!search_word(fid, 2, 40, "Dump information in style XYZ to output", line)) {
         stop_without_coordinates("Molpro");
@@ -85,8 +79,7 @@ bool molpro_coord(std::string_view fname, matrix_view<double> x) {
 
 //                 atomic coordinates            atom    charge  isotop
 //           0.00000000    0.00000000    0.22298768    o      8.000     0
-bool turbomole_coord(std::string_view fname, matrix_view<double> x) {
-    const input_unit fid(fname);
+bool turbomole_coord(std::int32_t fid, vectors x) {
     line_buffer line;
     if (!search_word_free(fid, "atomic coordinates", line)) stop_without_coordinates("TURBOMOLE");
     return read_as_printed(fid, 0, x);
@@ -97,11 +90,10 @@ bool turbomole_coord(std::string_view fname, matrix_view<double> x) {
 //   No.       Tag          Charge          X              Y              Z
 //  ---- ---------------- ---------- -------------- -------------- --------------
 //     1 O                    8.0000     0.00000000     0.00000000     0.11800000
-bool nwchem_coord(std::string_view fname, matrix_view<double> x) {
-    const input_unit fid(fname);
+bool nwchem_coord(std::int32_t fid, vectors x) {
     line_buffer line;
-    fail_unless_found(search_word_free_last(fid, keyword::nwchem_coordinates, line), fid,
-                      keyword::nwchem_coordinates);
+    require_found(search_word_free_last(fid, keyword::nwchem_coordinates, line), fid,
+                  keyword::nwchem_coordinates);
     go_to(fid, keyword::nwchem_column_titles, line);
     skip_records(fid, 1);
     return read_angstrom(fid, 3, x);
@@ -110,8 +102,7 @@ bool nwchem_coord(std::string_view fname, matrix_view<double> x) {
 //  Coordinate
 //  ------------------------------------------------------------
 //     1    8   15.99491464    0.00000000    0.00000000    0.11800000
-bool evc_coord(std::string_view fname, matrix_view<double> x) {
-    const input_unit fid(fname);
+bool evc_coord(std::int32_t fid, vectors x) {
     line_buffer line;
     if (!search_word_free(fid, keyword::coordinate, line)) return false;
     skip_records(fid, 1);
@@ -121,8 +112,7 @@ bool evc_coord(std::string_view fname, matrix_view<double> x) {
 //  Coordinate  Bohr
 //  ------------------------------------------------------------
 //     1    8   15.99491464    0.00000000    0.00000000    0.22298768
-bool numforce_coord(std::string_view fname, matrix_view<double> x) {
-    const input_unit fid(fname);
+bool numforce_coord(std::int32_t fid, vectors x) {
     line_buffer line;
     if (!search_word_free(fid, keyword::coordinate, line)) return false;
     bool isbohr = false;
@@ -138,8 +128,7 @@ bool numforce_coord(std::string_view fname, matrix_view<double> x) {
 // ----------------------------
 //   NO LB      ZA    FRAG     MASS         X           Y           Z
 //    0 O     8.0000    0    15.999    0.000000    0.000000    0.222988
-bool orca_coord(std::string_view fname, matrix_view<double> x) {
-    const input_unit fid(fname);
+bool orca_coord(std::int32_t fid, vectors x) {
     line_buffer line;
     if (!search_word_free(fid, "CARTESIAN COORDINATES (A.U.)", line)) return false;
     skip_records(fid, 2);
@@ -149,8 +138,7 @@ bool orca_coord(std::string_view fname, matrix_view<double> x) {
 // $atoms
 // 3
 //  O     15.99900     0.000000000000     0.000000000000     0.222987680000
-bool orca_hessian_coord(std::string_view fname, matrix_view<double> x) {
-    const input_unit fid(fname);
+bool orca_hessian_coord(std::int32_t fid, vectors x) {
     line_buffer line;
     if (!search_word_free(fid, keyword::orca_hessian_atoms, line)) return false;
     skip_records(fid, 1);
@@ -161,8 +149,7 @@ bool orca_hessian_coord(std::string_view fname, matrix_view<double> x) {
 //     I     Atom           X                Y                Z
 //  ----------------------------------------------------------------
 //     1      O       0.0000000000     0.0000000000     0.1180000000
-bool qchem_coord(std::string_view fname, matrix_view<double> x) {
-    const input_unit fid(fname);
+bool qchem_coord(std::int32_t fid, vectors x) {
     line_buffer line;
     if (!search_word_free_last(fid, keyword::qchem_orientation, line)) return false;
     skip_records(fid, 2);
@@ -172,8 +159,7 @@ bool qchem_coord(std::string_view fname, matrix_view<double> x) {
 //  POSITION                                       TOTAL-FORCE (eV/Angst)
 //  -----------------------------------------------------------------------------------
 //       0.00000      0.00000      0.11800         0.000000      0.000000     -0.012345
-bool vasp_coord(std::string_view fname, matrix_view<double> x) {
-    const input_unit fid(fname);
+bool vasp_coord(std::int32_t fid, vectors x) {
     line_buffer line;
     if (!search_word_free_last(fid, "POSITION", line)) return false;
     skip_records(fid, 1);
@@ -190,8 +176,7 @@ bool vasp_coord(std::string_view fname, matrix_view<double> x) {
 //  ATOM      ATOMIC                      COORDINATES (BOHR)
 //            CHARGE         X                   Y                   Z
 //  O           8.0     0.0000000000        0.0000000000        0.2229876800
-bool gamess_coord(std::string_view fname, matrix_view<double> x) {
-    const input_unit fid(fname);
+bool gamess_coord(std::int32_t fid, vectors x) {
     line_buffer line;
     if (search_word_last_del_space(fid, "COORDINATES OF ALL ATOMS ARE (ANGS)", line) &&
         go_before_first_number(fid)) {
@@ -204,15 +189,14 @@ bool gamess_coord(std::string_view fname, matrix_view<double> x) {
 
 // ****** Molecular Geometry (bohr) ******
 // O      0.000000    0.000000    0.222988
-bool terachem_coord(std::string_view fname, matrix_view<double> x) {
-    const input_unit fid(fname);
+bool terachem_coord(std::int32_t fid, vectors x) {
     line_buffer line;
     if (!search_word_free_last(fid, keyword::terachem_geometry, line)) return false;
     return read_as_printed(fid, 1, x);
 }
 
-// A formatted checkpoint has no row: its coordinates are not read.
-constexpr reader_row<coord_steps> coord_table[] = {
+// True where the table was read. A formatted checkpoint has no row: its coordinates are not read.
+constexpr reader_row<vectors> coord_table[] = {
     {tag::gaussian_log, gaussian_log_coord},
     {tag::chemshell, chemshell_coord},
     {tag::molpro, molpro_coord},
@@ -232,15 +216,12 @@ constexpr reader_row<coord_steps> coord_table[] = {
 
 void qm_file_coord(std::string_view fname, std::int32_t natom, matrix_view<double> x,
                    std::int32_t& info) {
-    fail_unless_positive("natom", natom);
-    const line_buffer file_type = type_tag_of(fname);
+    require_positive("natom", natom);
     info = -1;
-    const coord_steps steps = steps_for<coord_steps>(coord_table, file_type.padded());
-    if (steps == nullptr) {
-        const input_unit must_open(fname);
-        return;
-    }
-    if (steps(fname, {x.data(), 3, natom})) info = 0;
+    const vectors wanted(x.data(), 3, natom);
+    require_room(fname, wanted.all().size(), "coordinates", x.all().size());
+    const recognised_file file(fname);
+    read_by_row(file, coord_table, wanted, info);
 }
 
 }  // namespace flib

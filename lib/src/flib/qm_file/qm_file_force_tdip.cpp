@@ -4,10 +4,11 @@
 #include <span>
 #include <vector>
 
+#include "flib/io/detail/record_file.h"
 #include "flib/io/free_format.h"
 #include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
-#include "flib/qm_file/detail/keyword.h"
+#include "flib/qm_file/detail/oniom_steps.h"
 #include "flib/qm_file/detail/reader_steps.h"
 #include "flib/qm_file/qm_file_oniom.h"
 #include "flib/qm_file/qm_file_type.h"
@@ -16,8 +17,11 @@
 namespace flib {
 namespace {
 
-using force_tdip_steps = void (*)(std::string_view fname, std::int32_t natom,
-                                  matrix_view<double> force, matrix_view<double> tdip);
+/// Where the results go; `force` has a column per atom asked for, `tdip` one per state.
+struct gradient {
+    matrix_view<double> force;
+    matrix_view<double> tdip;
+};
 
 /// A header that fills the columns from 2 on exactly.
 void go_up_to(std::int32_t fid, std::string_view header) {
@@ -34,15 +38,17 @@ void read_forces(std::int32_t fid, std::string_view header, matrix_view<double> 
 }
 
 /// The positions of an ONIOM job's `natom` high-layer atoms among all `nqmmm`.
-std::vector<std::int32_t> high_layer_index(std::string_view fname, std::int32_t natom,
+std::vector<std::int32_t> high_layer_index(std::int32_t fid, std::int32_t natom,
                                            std::int32_t& nqmmm) {
-    std::int32_t nqm = 0;
-    std::int32_t info = 0;
-    qm_file_natom_oniom_qm(fname, nqm, nqmmm, info);
-    std::vector<std::int32_t> idx(static_cast<std::size_t>(nqm));
-    qm_file_oniom_index(fname, nqm, nqmmm, idx, info);
-    if (natom != nqm) throw stop_run{exit_status::stopped, {" natom != nqm, stop!"}};
-    for (const std::int32_t atom : idx) fail_unless_in_system(fname, atom, nqmmm);
+    layer_counts counts;
+    rewind_unit(fid);
+    count_layers(fid, counts);
+    nqmmm = counts.nqmmm;
+    std::vector<std::int32_t> idx(static_cast<std::size_t>(counts.nqm));
+    rewind_unit(fid);
+    read_layer_index(fid, nqmmm, idx);
+    if (natom != counts.nqm) throw stop_run{exit_status::stopped, {" natom != nqm, stop!"}};
+    for (const std::int32_t atom : idx) require_in_system(input_of(fid).path(), atom, nqmmm);
     return idx;
 }
 
@@ -66,27 +72,24 @@ void read_oniom_forces(std::int32_t fid, std::int32_t nqmmm, std::span<const std
 //  Number     Number              X              Y              Z
 //  -------------------------------------------------------------------
 //       1        8           0.000000000    0.000000000   -0.012345678
-void gaussian_log_force_tdip(std::string_view fname, std::int32_t natom, matrix_view<double> force,
-                             matrix_view<double> tdip) {
-    bool ifoniom = false;
-    std::int32_t info = 0;
-    qm_file_ifoniom(fname, ifoniom, info);
+void gaussian_log_force_tdip(std::int32_t fid, gradient out) {
+    const bool ifoniom = names_oniom(fid);
     std::vector<std::int32_t> idx;
     std::int32_t nqmmm = 0;
-    if (ifoniom) idx = high_layer_index(fname, natom, nqmmm);
-    const input_unit fid(fname, open_at::end);
+    if (ifoniom) idx = high_layer_index(fid, out.force.columns(), nqmmm);
+    go_to_end(fid);
     if (ifoniom) {
-        read_oniom_forces(fid, nqmmm, idx, force);
+        read_oniom_forces(fid, nqmmm, idx, out.force);
     } else {
-        read_forces(fid, "Center     Atomic                   Forces (Hartrees/Bohr)", force);
+        read_forces(fid, "Center     Atomic                   Forces (Hartrees/Bohr)", out.force);
     }
     go_up_to(fid, "Ground to excited state transition electric dipole moments (Au):");
     skip_records(fid, 1);
-    read_vector_rows(fid, 1, tdip);
+    read_vector_rows(fid, 1, out.tdip);
 }
 
 // Other programs' gradients are not read.
-constexpr reader_row<force_tdip_steps> force_tdip_table[] = {
+constexpr reader_row<gradient> force_tdip_table[] = {
     {tag::gaussian_log, gaussian_log_force_tdip},
 };
 
@@ -95,10 +98,14 @@ constexpr reader_row<force_tdip_steps> force_tdip_table[] = {
 void qm_file_force_tdip(std::string_view fname, std::int32_t natom, std::int32_t ns,
                         matrix_view<double> force, matrix_view<double> tdip, std::int32_t& info) {
     std::ranges::fill(force.all(), 0.0);
-    const line_buffer file_type = type_tag_of(fname);
     info = -1;
-    const auto steps = steps_for<force_tdip_steps>(force_tdip_table, file_type.padded());
-    if (steps != nullptr) steps(fname, natom, force, {tdip.data(), 3, ns});
+    const gradient wanted{{force.data(), 3, natom}, {tdip.data(), 3, ns}};
+    require_room(fname, wanted.force.all().size(), "forces", force.all().size());
+    require_room(fname, wanted.tdip.all().size(), "transition dipoles", tdip.all().size());
+    // A file that cannot be opened is taken for one of another kind.
+    if (type_tag_of(fname).trimmed().empty()) return;
+    const recognised_file file(fname);
+    read_by_row(file, force_tdip_table, wanted, info);
 }
 
 }  // namespace flib

@@ -6,15 +6,13 @@
 #include "flib/io/unit.h"
 #include "flib/qm_file/detail/keyword.h"
 #include "flib/qm_file/detail/reader_steps.h"
-#include "flib/qm_file/qm_file_type.h"
 #include "flib/qm_file/type_tag.h"
 #include "flib/util/elements.h"
 
 namespace flib {
 namespace {
 
-/// Reads what there is; true after a complete table of the kind that reports it.
-using mass_steps = bool (*)(std::int32_t fid, std::span<double> mass);
+using masses = std::span<double>;
 
 /// Reads symbols after `thrown_away` tokens and takes their elements' masses.
 void symbols_then_table(std::int32_t fid, std::int32_t thrown_away, std::span<double> mass,
@@ -27,13 +25,13 @@ void symbols_then_table(std::int32_t fid, std::int32_t thrown_away, std::span<do
 }
 
 //  AtmWgt=  15.9949146   1.0078250   1.0078250
-void printed_weights(std::int32_t fid, std::span<double> mass) {
+void printed_weights(std::int32_t fid, masses mass) {
     constexpr std::size_t block = 10;
     line_buffer line;
     for (std::size_t ib = 0; ib < mass.size(); ib += block) {
         go_to(fid, "AtmWgt", line);
-        const std::span<double> masses = mass.subspan(ib, std::min(block, mass.size() - ib));
-        read_items(held_record{fid, line.padded()}, discard{1}, masses);
+        const masses of_line = mass.subspan(ib, std::min(block, mass.size() - ib));
+        read_items(held_record{fid, line.padded()}, discard{1}, of_line);
     }
 }
 
@@ -43,7 +41,7 @@ void printed_weights(std::int32_t fid, std::span<double> mass) {
 //  Atom     1 has atomic number  8 and mass  15.99491
 //
 // or, without that section, the elements of the first orientation table.
-void gaussian_log_mass(std::int32_t fid, std::span<double> mass) {
+void gaussian_log_mass(std::int32_t fid, masses mass) {
     line_buffer line;
     if (search_word_free(fid, "AtmWgt", line)) {
         step_back(fid);
@@ -71,23 +69,23 @@ void gaussian_log_mass(std::int32_t fid, std::span<double> mass) {
 //               +--------------------------------------------------+
 //                 atomic coordinates            atom    charge  isotop
 //           0.00000000    0.00000000    0.22298768    o      8.000     0
-void turbomole_symbols(std::int32_t fid, std::span<double> mass) {
+void turbomole_symbols(std::int32_t fid, masses mass) {
     line_buffer line;
     rewind_unit(fid);
     if (!search_word(fid, 17, 64, keyword::turbomole_coordinates, line)) return;
     skip_records(fid, 1);
-    fail_unless_found(search_word_first_letter(fid, line), fid, "column titles");
+    require_found(search_word_first_letter(fid, line), fid, "column titles");
     symbols_then_table(fid, 3, mass);
 }
 
 /// Rows of number, symbol and mass below a header that has been found.
-void weights_after_titles(std::int32_t fid, std::span<double> mass) {
+void weights_after_titles(std::int32_t fid, masses mass) {
     if (go_before_first_number(fid)) read_real_rows(fid, 2, mass);
 }
 
 //           atomic weights
 //    1   O     15.99491464
-void chemshell_mass(std::int32_t fid, std::span<double> mass) {
+void chemshell_mass(std::int32_t fid, masses mass) {
     line_buffer line;
     if (search_word(fid, 11, 24, "atomic weights", line)) {
         weights_after_titles(fid, mass);
@@ -98,7 +96,7 @@ void chemshell_mass(std::int32_t fid, std::span<double> mass) {
 
 //               ATOMIC WEIGHTS
 //    1   o     15.99491
-void turbomole_mass(std::int32_t fid, std::span<double> mass) {
+void turbomole_mass(std::int32_t fid, masses mass) {
     line_buffer line;
     if (search_word_free(fid, keyword::atomic_weights, line)) {
         weights_after_titles(fid, mass);
@@ -111,7 +109,7 @@ void turbomole_mass(std::int32_t fid, std::span<double> mass) {
 //   1-  3   15.994914    1.007825    1.007825
 //
 // or, without it, the elements of ATOMIC COORDINATES.
-void molpro_mass(std::int32_t fid, std::span<double> mass) {
+void molpro_mass(std::int32_t fid, masses mass) {
     line_buffer line;
     if (search_word(fid, 2, 14, "Atomic Masses", line)) {
         // All of them stand on one line; the read does not go on to the next.
@@ -128,7 +126,7 @@ void molpro_mass(std::int32_t fid, std::span<double> mass) {
 //  Coordinate
 //  ------------------------------------------------------------
 //     1    8   15.99491464    0.00000000    0.00000000    0.11800000
-void workflow_mass(std::int32_t fid, std::span<double> mass) {
+void workflow_mass(std::int32_t fid, masses mass) {
     line_buffer line;
     if (!search_word_free(fid, keyword::coordinate, line)) return;
     skip_records(fid, 1);
@@ -137,7 +135,7 @@ void workflow_mass(std::int32_t fid, std::span<double> mass) {
 
 //  Atom    1 Element O  Has Mass   15.99491
 //  Atom    2 Element H  Has Mass    1.00783
-void qchem_mass(std::int32_t fid, std::span<double> mass) {
+void qchem_mass(std::int32_t fid, masses mass) {
     line_buffer line;
     if (!search_word_del_space(fid, "Atom    1 Element", line)) return;
     read_items(held_record{fid, line.padded()}, discard{6}, mass.front());
@@ -149,7 +147,7 @@ void qchem_mass(std::int32_t fid, std::span<double> mass) {
 
 // Real atomic weights                        R   N=           3
 //   1.59949146E+01  1.00782504E+00  1.00782504E+00
-void gaussian_fchk_mass(std::int32_t fid, std::span<double> mass) {
+void gaussian_fchk_mass(std::int32_t fid, masses mass) {
     line_buffer line;
     if (search_word_free(fid, "Real atomic weights", line)) read_items(fid, mass);
 }
@@ -159,7 +157,7 @@ void gaussian_fchk_mass(std::int32_t fid, std::span<double> mass) {
 //   No.       Tag          Charge          X              Y              Z
 //  ---- ---------------- ---------- -------------- -------------- --------------
 //     1 O                    8.0000     0.00000000     0.00000000     0.11800000
-bool nwchem_mass(std::int32_t fid, std::span<double> mass) {
+bool nwchem_mass(std::int32_t fid, masses mass) {
     line_buffer line;
     if (!search_word_free(fid, keyword::nwchem_coordinates, line)) return false;
     if (!search_word_free(fid, keyword::nwchem_column_titles, line)) return false;
@@ -171,7 +169,7 @@ bool nwchem_mass(std::int32_t fid, std::span<double> mass) {
 // $atoms
 // 3
 //  O     15.99900     0.000000000000     0.000000000000     0.222987680000
-void orca_hessian_mass(std::int32_t fid, std::span<double> mass) {
+void orca_hessian_mass(std::int32_t fid, masses mass) {
     line_buffer line;
     if (!search_word_free(fid, keyword::orca_hessian_atoms, line)) return;
     skip_records(fid, 1);
@@ -181,7 +179,7 @@ void orca_hessian_mass(std::int32_t fid, std::span<double> mass) {
 //               ATOMIC WEIGHTS (AMU)
 //
 //     1     O                15.99491
-void gamess_mass(std::int32_t fid, std::span<double> mass) {
+void gamess_mass(std::int32_t fid, masses mass) {
     line_buffer line;
     if (!search_word_free(fid, keyword::atomic_weights, line)) return;
     skip_records(fid, 1);
@@ -190,45 +188,37 @@ void gamess_mass(std::int32_t fid, std::span<double> mass) {
 
 // ****** Molecular Geometry (bohr) ******
 // O      0.000000    0.000000    0.222988
-void terachem_mass(std::int32_t fid, std::span<double> mass) {
+void terachem_mass(std::int32_t fid, masses mass) {
     line_buffer line;
     if (!search_word_free(fid, keyword::terachem_geometry, line)) return;
     symbols_then_table(fid, 0, mass, 3);
 }
 
-/// The steps of a kind that reports nothing.
-template <void (*steps)(std::int32_t fid, std::span<double> mass)>
-bool quietly(std::int32_t fid, std::span<double> mass) {
-    steps(fid, mass);
-    return false;
-}
-
-constexpr reader_row<mass_steps> mass_table[] = {
-    {tag::gaussian_log, quietly<gaussian_log_mass>},
-    {tag::chemshell, quietly<chemshell_mass>},
-    {tag::turbomole, quietly<turbomole_mass>},
-    {tag::gaussian_fchk, quietly<gaussian_fchk_mass>},
-    {tag::molpro, quietly<molpro_mass>},
+constexpr reader_row<masses> mass_table[] = {
+    {tag::gaussian_log, gaussian_log_mass},
+    {tag::chemshell, chemshell_mass},
+    {tag::turbomole, turbomole_mass},
+    {tag::gaussian_fchk, gaussian_fchk_mass},
+    {tag::molpro, molpro_mass},
     {tag::nwchem, nwchem_mass},
-    {tag::evc, quietly<workflow_mass>},
-    {tag::numforce, quietly<workflow_mass>},
-    {tag::orca_hessian, quietly<orca_hessian_mass>},
-    {tag::qchem, quietly<qchem_mass>},
-    {tag::gamess_us, quietly<gamess_mass>},
-    {tag::terachem, quietly<terachem_mass>},
+    {tag::evc, workflow_mass},
+    {tag::numforce, workflow_mass},
+    {tag::orca_hessian, orca_hessian_mass},
+    {tag::qchem, qchem_mass},
+    {tag::gamess_us, gamess_mass},
+    {tag::terachem, terachem_mass},
 };
 
 }  // namespace
 
 void qm_file_mass(std::string_view fname, std::int32_t natom, std::span<double> mass,
                   std::int32_t& info) {
-    fail_unless_positive("natom", natom);
-    const line_buffer file_type = type_tag_of(fname);
+    require_positive("natom", natom);
     info = -1;
-    const input_unit fid(fname);
-    const mass_steps steps = steps_for<mass_steps>(mass_table, file_type.padded());
-    if (steps == nullptr) return;
-    if (steps(fid, mass.first(static_cast<std::size_t>(natom)))) info = 0;
+    const auto count = static_cast<std::size_t>(natom);
+    require_room(fname, count, "masses", mass.size());
+    const recognised_file file(fname);
+    read_by_row(file, mass_table, mass.first(count), info);
 }
 
 }  // namespace flib

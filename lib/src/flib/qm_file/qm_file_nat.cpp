@@ -4,14 +4,13 @@
 #include "flib/io/unit.h"
 #include "flib/qm_file/detail/keyword.h"
 #include "flib/qm_file/detail/reader_steps.h"
-#include "flib/qm_file/qm_file_type.h"
 #include "flib/qm_file/type_tag.h"
 #include "flib/util/elements.h"
 
 namespace flib {
 namespace {
 
-using nat_steps = void (*)(std::int32_t fid, std::span<std::int32_t> nat);
+using numbers = std::span<std::int32_t>;
 
 /// Reads symbols after `thrown_away` tokens and looks their numbers up.
 void read_symbols(std::int32_t fid, std::int32_t thrown_away, std::span<std::int32_t> nat,
@@ -32,7 +31,7 @@ void read_symbols_below(std::int32_t fid, std::string_view header, std::int32_t 
 /// Ends the run at the first atomic number that no element has.
 void check_range(std::span<const std::int32_t> nat) {
     std::int32_t i = 0;
-    for (const std::int32_t number : nat) fail_unless_element(++i, number);
+    for (const std::int32_t number : nat) require_element(++i, number);
 }
 
 //                          Input orientation:
@@ -47,7 +46,7 @@ void check_range(std::span<const std::int32_t> nat) {
 //  Mulliken charges:
 //                1
 //      1  O   -0.873000
-void gaussian_log_nat(std::int32_t fid, std::span<std::int32_t> nat) {
+void gaussian_log_nat(std::int32_t fid, numbers nat) {
     line_buffer line;
     if (search_word_del_space(fid, "Center Atomic Atomic Coordinates", line)) {
         go_before_first_number(fid);
@@ -62,7 +61,7 @@ void gaussian_log_nat(std::int32_t fid, std::span<std::int32_t> nat) {
 
 //                     *      Input Coordinates      *
 //   1    O       0.00000000       0.00000000       0.22298768
-void chemshell_nat(std::int32_t fid, std::span<std::int32_t> nat) {
+void chemshell_nat(std::int32_t fid, numbers nat) {
     line_buffer line;
     if (search_word_free(fid, keyword::chemshell_input_coordinates, line) &&
         go_before_first_number(fid)) {
@@ -75,7 +74,7 @@ void chemshell_nat(std::int32_t fid, std::span<std::int32_t> nat) {
 //  ------------------------------------------------------------
 //     1    8   15.99491464    0.00000000    0.00000000    0.11800000
 template <std::int32_t i, std::int32_t j>
-void workflow_nat(std::int32_t fid, std::span<std::int32_t> nat) {
+void workflow_nat(std::int32_t fid, numbers nat) {
     line_buffer line;
     go_to_columns(fid, i, j, keyword::coordinate, line);
     skip_records(fid, 1);
@@ -83,13 +82,13 @@ void workflow_nat(std::int32_t fid, std::span<std::int32_t> nat) {
     check_range(nat);
 }
 
-constexpr reader_row<nat_steps> nat_table[] = {
+constexpr reader_row<numbers> nat_table[] = {
     {tag::gaussian_log, gaussian_log_nat},
     {tag::chemshell, chemshell_nat},
     // Atomic numbers                             I   N=           3
     //            8           1           1
     {tag::gaussian_fchk,
-     [](std::int32_t fid, std::span<std::int32_t> nat) {
+     [](std::int32_t fid, numbers nat) {
          line_buffer line;
          if (search_word_del_space(fid, "Atomic numbers", line)) read_items(fid, nat);
      }},
@@ -99,7 +98,7 @@ constexpr reader_row<nat_steps> nat_table[] = {
     //
     //   1  O       8.00    0.000000000    0.000000000    0.222987680
     {tag::molpro,
-     [](std::int32_t fid, std::span<std::int32_t> nat) {
+     [](std::int32_t fid, numbers nat) {
          line_buffer line;
          go_to_columns(fid, 2, 19, keyword::atomic_coordinates, line);
          skip_records(fid, 3);
@@ -110,12 +109,12 @@ constexpr reader_row<nat_steps> nat_table[] = {
     //                 atomic coordinates            atom    charge  isotop
     //           0.00000000    0.00000000    0.22298768    o      8.000     0
     {tag::turbomole,
-     [](std::int32_t fid, std::span<std::int32_t> nat) {
+     [](std::int32_t fid, numbers nat) {
          line_buffer line;
          go_to_columns(fid, 17, 64, keyword::turbomole_coordinates, line);
          skip_records(fid, 1);
          // The column titles.
-         fail_unless_found(search_word_first_letter(fid, line), fid, "column titles");
+         require_found(search_word_first_letter(fid, line), fid, "column titles");
          read_symbols(fid, 3, nat);
      }},
     //  Output coordinates in angstroms (scale by  1.889725989 to convert to a.u.)
@@ -124,27 +123,26 @@ constexpr reader_row<nat_steps> nat_table[] = {
     //  ---- ---------------- ---------- -------------- -------------- --------------
     //     1 O                    8.0000     0.00000000     0.00000000     0.11800000
     {tag::nwchem,
-     [](std::int32_t fid, std::span<std::int32_t> nat) {
+     [](std::int32_t fid, numbers nat) {
          line_buffer line;
          go_to(fid, keyword::nwchem_coordinates, line);
          go_to(fid, keyword::nwchem_column_titles, line);
          skip_records(fid, 1);
          read_symbols(fid, 1, nat);
+         return true;
      }},
     {tag::evc, workflow_nat<4, 13>},
     {tag::numforce, workflow_nat<2, 11>},
     // CARTESIAN COORDINATES (ANGSTROEM)
     // ---------------------------------
     //   O      0.000000    0.000000    0.118000
-    {tag::orca,
-     [](std::int32_t fid, std::span<std::int32_t> nat) {
-         read_symbols_below(fid, keyword::orca_angstrom, 1, 0, nat);
-     }},
+    {tag::orca, [](std::int32_t fid,
+                   numbers nat) { read_symbols_below(fid, keyword::orca_angstrom, 1, 0, nat); }},
     // $atoms
     // 3
     //  O     15.99900     0.000000000000     0.000000000000     0.222987680000
     {tag::orca_hessian,
-     [](std::int32_t fid, std::span<std::int32_t> nat) {
+     [](std::int32_t fid, numbers nat) {
          read_symbols_below(fid, keyword::orca_hessian_atoms, 1, 0, nat);
      }},
     //              Standard Nuclear Orientation (Angstroms)
@@ -152,20 +150,20 @@ constexpr reader_row<nat_steps> nat_table[] = {
     //  ----------------------------------------------------------------
     //     1      O       0.0000000000     0.0000000000     0.1180000000
     {tag::qchem,
-     [](std::int32_t fid, std::span<std::int32_t> nat) {
+     [](std::int32_t fid, numbers nat) {
          read_symbols_below(fid, keyword::qchem_orientation, 2, 1, nat);
      }},
     //               ATOMIC WEIGHTS (AMU)
     //
     //     1     O                15.99491
     {tag::gamess_us,
-     [](std::int32_t fid, std::span<std::int32_t> nat) {
+     [](std::int32_t fid, numbers nat) {
          read_symbols_below(fid, keyword::atomic_weights, 1, 1, nat);
      }},
     // ****** Molecular Geometry (bohr) ******
     // O      0.000000    0.000000    0.222988
     {tag::terachem,
-     [](std::int32_t fid, std::span<std::int32_t> nat) {
+     [](std::int32_t fid, numbers nat) {
          line_buffer line;
          go_to(fid, keyword::terachem_geometry, line);
          read_symbols(fid, 0, nat, 3);
@@ -176,14 +174,12 @@ constexpr reader_row<nat_steps> nat_table[] = {
 
 void qm_file_nat(std::string_view fname, std::int32_t natom, std::span<std::int32_t> nat,
                  std::int32_t& info) {
-    fail_unless_positive("natom", natom);
-    const line_buffer file_type = type_tag_of(fname);
+    require_positive("natom", natom);
     info = -1;
-    const input_unit fid(fname);
-    const nat_steps steps = steps_for<nat_steps>(nat_table, file_type.padded());
-    if (steps == nullptr) return;
-    steps(fid, nat.first(static_cast<std::size_t>(natom)));
-    if (file_type == tag::nwchem) info = 0;
+    const auto count = static_cast<std::size_t>(natom);
+    require_room(fname, count, "atomic numbers", nat.size());
+    const recognised_file file(fname);
+    read_by_row(file, nat_table, nat.first(count), info);
 }
 
 }  // namespace flib

@@ -3,16 +3,12 @@
 #include "flib/io/unit.h"
 #include "flib/qm_file/detail/keyword.h"
 #include "flib/qm_file/detail/reader_steps.h"
-#include "flib/qm_file/qm_file_type.h"
 #include "flib/qm_file/type_tag.h"
 #include "flib/text/padded_view.h"
 #include "flib/text/string.h"
 
 namespace flib {
 namespace {
-
-/// Finds the count; false if the file does not hold it.
-using natom_steps = bool (*)(std::int32_t fid, std::int32_t& natom, line_buffer& line);
 
 /// The item after `before` others of `text`, which is (part of) the line read last.
 bool take_count(std::int32_t fid, std::string_view text, std::int32_t before, std::int32_t& natom) {
@@ -23,7 +19,8 @@ bool take_count(std::int32_t fid, std::string_view text, std::int32_t before, st
 /// Counts the lines from the next one on for which `belongs` holds; the end of the file ends them
 /// too.
 template <class Belongs>
-bool count_lines(std::int32_t fid, std::int32_t& natom, line_buffer& line, Belongs belongs) {
+bool count_lines(std::int32_t fid, std::int32_t& natom, Belongs belongs) {
+    line_buffer line;
     natom = 0;
     while (read_record(fid, line) && belongs(line)) ++natom;
     return true;
@@ -31,7 +28,8 @@ bool count_lines(std::int32_t fid, std::int32_t& natom, line_buffer& line, Belon
 
 /// The same, but the block must be closed before the file ends.
 template <class Belongs>
-bool count_closed_block(std::int32_t fid, std::int32_t& natom, line_buffer& line, Belongs belongs) {
+bool count_closed_block(std::int32_t fid, std::int32_t& natom, Belongs belongs) {
+    line_buffer line;
     natom = 0;
     for (require_record(fid, line); belongs(line); require_record(fid, line)) ++natom;
     return true;
@@ -53,39 +51,44 @@ bool begins_with_number(const line_buffer& line) {
 // O1 0.0000 0.0000 0.1180 1.0
 // H1 0.0000 0.7600 -0.4720 1.0
 // loop_
-bool cif_natom(std::int32_t fid, std::int32_t& natom, line_buffer& line) {
+bool cif_natom(std::int32_t fid, std::int32_t& natom) {
+    line_buffer line;
     // Without the keyword the search has come to the end, and there is nothing to count.
     static_cast<void>(search_word_free(fid, "_atom_site_occupancy", line));
-    return count_lines(fid, natom, line,
-                       [](const line_buffer& text) { return !(text == "loop_"); });
+    return count_lines(fid, natom, [](const line_buffer& text) { return !(text == "loop_"); });
 }
 
 //                     *******************************
 //                     *      Input Coordinates      *
 //                     *******************************
 //   1    O       0.00000000       0.00000000       0.22298768
-bool chemshell_natom(std::int32_t fid, std::int32_t& natom, line_buffer& line) {
+bool chemshell_natom(std::int32_t fid, std::int32_t& natom) {
+    line_buffer line;
     if (!search_word_free(fid, keyword::chemshell_input_coordinates, line)) return false;
     if (!go_before_first_number(fid)) return false;
-    return count_closed_block(fid, natom, line, begins_with_number);
+    return count_closed_block(fid, natom, begins_with_number);
 }
 
 // One count of a line: "NAtoms 3"
-bool natoms_line(std::int32_t fid, std::int32_t& natom, line_buffer& line) {
+bool natoms_line(std::int32_t fid, std::int32_t& natom) {
+    line_buffer line;
     go_to_del_space(fid, "NAtoms", line);
     return take_count(fid, line.padded(), 1, natom);
 }
 
-constexpr reader_row<natom_steps> natom_table[] = {
+// True where the count was found.
+constexpr reader_row<std::int32_t&> natom_table[] = {
     //  NAtoms=      3 NQM=        3 NQMF=       0 NMMI=      0 NMMIF=      0
     {tag::gaussian_log,
-     [](std::int32_t fid, std::int32_t& natom, line_buffer& line) {
+     [](std::int32_t fid, std::int32_t& natom) {
+         line_buffer line;
          return search_word(fid, 2, 8, keyword::gaussian_atom_count, line) &&
                 take_count(fid, line.padded(), 1, natom);
      }},
     // Number of atoms                            I                3
     {tag::gaussian_fchk,
-     [](std::int32_t fid, std::int32_t& natom, line_buffer& line) {
+     [](std::int32_t fid, std::int32_t& natom) {
+         line_buffer line;
          return search_word(fid, 1, 15, "Number of atoms", line) &&
                 take_count(fid, line.padded(), 4, natom);
      }},
@@ -95,7 +98,8 @@ constexpr reader_row<natom_steps> natom_table[] = {
     {tag::numforce, natoms_line},
     //  TOTAL NUMBER OF ATOMS                        =    3
     {tag::gamess_us,
-     [](std::int32_t fid, std::int32_t& natom, line_buffer& line) {
+     [](std::int32_t fid, std::int32_t& natom) {
+         line_buffer line;
          go_to(fid, "TOTAL NUMBER OF ATOMS", line);
          return take_count(fid, after_first('=', line.padded()), 0, natom);
      }},
@@ -106,10 +110,11 @@ constexpr reader_row<natom_steps> natom_table[] = {
     //   1  O       8.00    0.000000000    0.000000000    0.222987680
     //
     {tag::molpro,
-     [](std::int32_t fid, std::int32_t& natom, line_buffer& line) {
+     [](std::int32_t fid, std::int32_t& natom) {
+         line_buffer line;
          go_to(fid, keyword::atomic_coordinates, line);
-         fail_unless_found(go_before_first_number(fid), fid, "an atom number");
-         return count_lines(fid, natom, line, not_blank);
+         require_found(go_before_first_number(fid), fid, "an atom number");
+         return count_lines(fid, natom, not_blank);
      }},
     //                              Geometry "geometry" -> ""
     //   No.       Tag          Charge          X              Y              Z
@@ -117,33 +122,37 @@ constexpr reader_row<natom_steps> natom_table[] = {
     //     1 O                    8.0000     0.00000000     0.00000000     0.11800000
     //
     {tag::nwchem,
-     [](std::int32_t fid, std::int32_t& natom, line_buffer& line) {
+     [](std::int32_t fid, std::int32_t& natom) {
+         line_buffer line;
          go_to(fid, "Geometry", line);
          go_to(fid, keyword::nwchem_column_titles, line);
          skip_records(fid, 1);
-         return count_closed_block(fid, natom, line, not_blank);
+         return count_closed_block(fid, natom, not_blank);
      }},
     // CARTESIAN COORDINATES (ANGSTROEM)
     // ---------------------------------
     //   O      0.000000    0.000000    0.118000
     //
     {tag::orca,
-     [](std::int32_t fid, std::int32_t& natom, line_buffer& line) {
+     [](std::int32_t fid, std::int32_t& natom) {
+         line_buffer line;
          go_to(fid, keyword::orca_angstrom, line);
          skip_records(fid, 1);
-         return count_closed_block(fid, natom, line, not_blank);
+         return count_closed_block(fid, natom, not_blank);
      }},
     // $atoms
     // 3
     {tag::orca_hessian,
-     [](std::int32_t fid, std::int32_t& natom, line_buffer& line) {
+     [](std::int32_t fid, std::int32_t& natom) {
+         line_buffer line;
          go_to(fid, keyword::orca_hessian_atoms, line);
          read_items(fid, natom);
          return true;
      }},
     //      number of atoms/cell      =            3
     {tag::pwout,
-     [](std::int32_t fid, std::int32_t& natom, line_buffer& line) {
+     [](std::int32_t fid, std::int32_t& natom) {
+         line_buffer line;
          go_to(fid, "number of atoms", line);
          return take_count(fid, line.padded().substr(34 - 1), 0, natom);
      }},
@@ -154,34 +163,39 @@ constexpr reader_row<natom_steps> natom_table[] = {
     //     1      O       0.0000000000     0.0000000000     0.1180000000
     //  ----------------------------------------------------------------
     {tag::qchem,
-     [](std::int32_t fid, std::int32_t& natom, line_buffer& line) {
+     [](std::int32_t fid, std::int32_t& natom) {
+         line_buffer line;
          go_to(fid, keyword::qchem_orientation, line);
          skip_records(fid, 2);
-         return count_closed_block(fid, natom, line, [](const line_buffer& text) {
+         return count_closed_block(fid, natom, [](const line_buffer& text) {
              return !trim_left(text.padded()).starts_with("--");
          });
      }},
     // Total atoms:            3
     {tag::terachem,
-     [](std::int32_t fid, std::int32_t& natom, line_buffer& line) {
+     [](std::int32_t fid, std::int32_t& natom) {
+         line_buffer line;
          go_to(fid, "Total atoms:", line);
          return take_count(fid, after_first(':', line.padded()), 0, natom);
      }},
     //               total:     3
     {tag::turbomole,
-     [](std::int32_t fid, std::int32_t& natom, line_buffer& line) {
+     [](std::int32_t fid, std::int32_t& natom) {
+         line_buffer line;
          go_to_del_space(fid, "total:", line);
          return take_count(fid, line.padded(), 1, natom);
      }},
     //    natoms=           3
     {tag::turbomole_ctrl,
-     [](std::int32_t fid, std::int32_t& natom, line_buffer& line) {
+     [](std::int32_t fid, std::int32_t& natom) {
+         line_buffer line;
          go_to_del_space(fid, "natoms=", line);
          return take_count(fid, line.padded().substr(11 - 1), 0, natom);
      }},
     //    number of dos      NEDOS =    301   number of ions     NIONS =      3
     {tag::vasp,
-     [](std::int32_t fid, std::int32_t& natom, line_buffer& line) {
+     [](std::int32_t fid, std::int32_t& natom) {
+         line_buffer line;
          go_to(fid, "number of ions", line);
          return take_count(fid, line.padded().substr(67 - 1), 0, natom);
      }},
@@ -191,12 +205,9 @@ constexpr reader_row<natom_steps> natom_table[] = {
 
 void qm_file_natom(std::string_view fname, std::int32_t& natom, std::int32_t& info) {
     natom = 0;
-    const line_buffer file_type = type_tag_of(fname);
     info = -1;
-    const input_unit fid(fname);
-    const natom_steps steps = steps_for<natom_steps>(natom_table, file_type.padded());
-    line_buffer line;
-    if (steps != nullptr && steps(fid, natom, line)) info = 0;
+    const recognised_file file(fname);
+    read_by_row(file, natom_table, natom, info);
 }
 
 }  // namespace flib

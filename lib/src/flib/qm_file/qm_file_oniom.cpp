@@ -4,11 +4,13 @@
 #include <string>
 #include <vector>
 
+#include "flib/io/detail/record_file.h"
 #include "flib/io/free_format.h"
 #include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
 #include "flib/qm_file/detail/keyword.h"
-#include "flib/qm_file/qm_file_type.h"
+#include "flib/qm_file/detail/oniom_steps.h"
+#include "flib/qm_file/detail/reader_steps.h"
 #include "flib/qm_file/type_tag.h"
 #include "flib/search/search_word.h"
 #include "flib/text/line_test.h"
@@ -125,48 +127,27 @@ void index_of_input_file(std::string_view fname, std::int32_t& nqmmm, index_writ
 
 }  // namespace
 
-void qm_file_ifoniom(std::string_view fname, bool& ifoniom, std::int32_t& info) {
+bool names_oniom(std::int32_t fid) {
     constexpr std::int32_t lines_searched = 100;
-    line_buffer file_type;
-    line_buffer version;
-    ifoniom = false;
-    qm_file_type(fname, file_type, version, info);
-    const input_unit fid(fname);
     line_buffer line;
-    ifoniom = search_word_free_ignorecase_tline(fid, "oniom", line, lines_searched);
+    return search_word_free_ignorecase_tline(fid, "oniom", line, lines_searched);
 }
 
-void qm_file_natom_oniom_qm(std::string_view fname, std::int32_t& nqm, std::int32_t& nqmmm,
-                            std::int32_t& info) {
-    nqm = 0;
-    const line_buffer file_type = type_tag_of(fname);
-    info = -1;
-    const input_unit fid(fname);
-    if (!(file_type == tag::gaussian_log)) return;
+void count_layers(std::int32_t fid, layer_counts& counts) {
     line_buffer line;
     if (search_word(fid, 2, 8, keyword::gaussian_atom_count, line)) {
-        read_items(held_record{fid, line.padded()}, discard{1}, nqmmm);
+        read_items(held_record{fid, line.padded()}, discard{1}, counts.nqmmm);
     }
     rewind_unit(fid);
     const atom_list atoms = go_to_atoms(fid);
     if (!atoms.found) return;
-    for (std::int32_t i = 1; i <= nqmmm; ++i) {
-        if (read_is_high(fid, atoms.shape, layer_check::none)) ++nqm;
+    for (std::int32_t i = 1; i <= counts.nqmmm; ++i) {
+        if (read_is_high(fid, atoms.shape, layer_check::none)) ++counts.nqm;
     }
 }
 
-void qm_file_oniom_index(std::string_view fname, std::int32_t nqm, std::int32_t& nqmmm,
-                         std::span<std::int32_t> idx, std::int32_t& info) {
-    const line_buffer file_type = type_tag_of(fname);
-    info = -1;
-    const input_unit fid(fname);
-    index_writer index(fname, idx.first(static_cast<std::size_t>(std::max(nqm, 0))));
-    if (!(file_type == tag::gaussian_log)) {
-        bool ifoniom = false;
-        qm_file_ifoniom(fname, ifoniom, info);
-        if (ifoniom) index_of_input_file(fname, nqmmm, index);
-        return;
-    }
+void read_layer_index(std::int32_t fid, std::int32_t nqmmm, std::span<std::int32_t> idx) {
+    index_writer index(input_of(fid).path(), idx);
     const atom_list atoms = go_to_atoms(fid);
     if (!atoms.found) return;
     for (std::int32_t i = 1; i <= nqmmm; ++i) {
@@ -174,7 +155,43 @@ void qm_file_oniom_index(std::string_view fname, std::int32_t nqm, std::int32_t&
     }
 }
 
-void fail_unless_in_system(std::string_view fname, std::int32_t atom, std::int32_t nqmmm) {
+void qm_file_ifoniom(std::string_view fname, bool& ifoniom, std::int32_t& info) {
+    ifoniom = false;
+    info = -1;
+    const recognised_file file(fname);
+    info = file.class_code;
+    ifoniom = names_oniom(file.fid);
+}
+
+void qm_file_natom_oniom_qm(std::string_view fname, std::int32_t& nqm, std::int32_t& nqmmm,
+                            std::int32_t& info) {
+    nqm = 0;
+    info = -1;
+    const recognised_file file(fname);
+    if (!file.is(tag::gaussian_log)) return;
+    layer_counts counts{0, nqmmm};
+    count_layers(file.fid, counts);
+    nqm = counts.nqm;
+    nqmmm = counts.nqmmm;
+}
+
+void qm_file_oniom_index(std::string_view fname, std::int32_t nqm, std::int32_t& nqmmm,
+                         std::span<std::int32_t> idx, std::int32_t& info) {
+    info = -1;
+    const auto count = static_cast<std::size_t>(std::max(nqm, 0));
+    require_room(fname, count, "positions of high-layer atoms", idx.size());
+    const recognised_file file(fname);
+    if (file.is(tag::gaussian_log)) {
+        read_layer_index(file.fid, nqmmm, idx.first(count));
+        return;
+    }
+    info = file.class_code;
+    if (!names_oniom(file.fid)) return;
+    index_writer index(fname, idx.first(count));
+    index_of_input_file(fname, nqmmm, index);
+}
+
+void require_in_system(std::string_view fname, std::int32_t atom, std::int32_t nqmmm) {
     if (atom >= 1 && atom <= nqmmm) return;
     throw io_error(trim_right(fname), 0,
                    "the index of the high layer names atom " + std::to_string(atom) + " of " +

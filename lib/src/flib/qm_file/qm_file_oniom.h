@@ -27,13 +27,13 @@ void qm_file_natom_oniom_qm(std::string_view fname, std::int32_t& nqm, std::int3
 ///
 /// `info` is -1 for a log, else that of qm_file_ifoniom(). Without ONIOM or without an atom list
 /// `idx` keeps its values. Throws stop_run (status 1) for a layer that is not made of letters;
-/// run_error if there are more than `nqm` high-layer atoms; io_error if the file cannot be opened
-/// or its atom list is too short.
+/// io_error if `idx` is too short, if there are more than `nqm` high-layer atoms, if the file
+/// cannot be opened or if its atom list is too short.
 void qm_file_oniom_index(std::string_view fname, std::int32_t nqm, std::int32_t& nqmmm,
                          std::span<std::int32_t> idx, std::int32_t& info);
 
 /// Throws io_error unless `atom`, an entry of the index of the file `fname`, is one of the `nqmmm`
 /// atoms. A file that changes between two reads of it can leave entries at 0.
-void fail_unless_in_system(std::string_view fname, std::int32_t atom, std::int32_t nqmmm);
+void require_in_system(std::string_view fname, std::int32_t atom, std::int32_t nqmmm);
 
 }  // namespace flib

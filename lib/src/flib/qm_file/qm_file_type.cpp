@@ -8,6 +8,7 @@
 #include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
 #include "flib/qm_file/detail/keyword.h"
+#include "flib/qm_file/detail/recognise.h"
 #include "flib/qm_file/type_tag.h"
 #include "flib/search/search_word.h"
 #include "flib/text/string.h"
@@ -167,6 +168,22 @@ bool find_banner(const detection& test, std::int32_t fid, text_span line) {
 
 }  // namespace
 
+void recognise(std::int32_t fid, text_span file_type, text_span version, std::int32_t& info) {
+    info = unrecognised;
+    line_buffer line;
+    require_record(fid, line);
+    for (const detection& test : detections) {
+        rewind_unit(fid);
+        if (!find_banner(test, fid, line)) continue;
+        const verdict worth = test.rule(fid, line.padded(), version);
+        if (worth != verdict::not_recognised) assign_text(file_type, test.tag);
+        if (worth == verdict::recognised) {
+            info = test.info;
+            return;
+        }
+    }
+}
+
 void qm_file_type(std::string_view fname, text_span file_type, text_span version,
                   std::int32_t& info) {
     info = unrecognised;
@@ -176,18 +193,7 @@ void qm_file_type(std::string_view fname, text_span file_type, text_span version
     } catch (const io_error&) {
         return;
     }
-    line_buffer line;
-    require_record(*fid, line);
-    for (const detection& test : detections) {
-        rewind_unit(*fid);
-        if (!find_banner(test, *fid, line)) continue;
-        const verdict worth = test.rule(*fid, line.padded(), version);
-        if (worth != verdict::not_recognised) assign_text(file_type, test.tag);
-        if (worth == verdict::recognised) {
-            info = test.info;
-            return;
-        }
-    }
+    recognise(*fid, file_type, version, info);
 }
 
 line_buffer type_tag_of(std::string_view fname) {

@@ -156,7 +156,7 @@ std::string_view element_symbol(std::int32_t nat) {
     return nat == 0 ? dummy_symbol : element_of(nat).symbol;
 }
 
-void fail_unless_element(std::int32_t i, std::int32_t nat) {
+void require_element(std::int32_t i, std::int32_t nat) {
     if (nat >= 0 && nat <= na) return;
     throw stop_run{exit_status::complete,
                    {"Error!", "nat(" + std::to_string(i) + ") = " + std::to_string(nat) +

@@ -19,15 +19,15 @@ std::int32_t element_number(std::string_view symbol);
 
 /// Throws stop_run (status 0, "Error!" and "nat(I) = NAT is out of [1,118]") unless atomic number
 /// `nat` of atom `i`, 1-based, lies in 0 to 118.
-void fail_unless_element(std::int32_t i, std::int32_t nat);
+void require_element(std::int32_t i, std::int32_t nat);
 
-/// Symbols of `n` atoms, cut or padded to the fields' width. Ends as fail_unless_element() at the
+/// Symbols of `n` atoms, cut or padded to the fields' width. Ends as require_element() at the
 /// first atomic number out of range; the symbols before it are written by then.
 template <class Symbols>
 void nat_to_symbol(std::int32_t n, std::span<const std::int32_t> nat, Symbols&& symbol) {
     for (std::int32_t i = 1; i <= n; ++i) {
         const auto at = static_cast<std::size_t>(i) - 1;
-        fail_unless_element(i, nat[at]);
+        require_element(i, nat[at]);
         symbol[at] = element_symbol(nat[at]);
     }
 }

@@ -3,32 +3,51 @@
 #include "flib/io/detail/record_file.h"
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
+#include "flib/qm_file/detail/recognise.h"
 
 namespace flib {
 
-void fail_unless_positive(std::string_view name, std::int32_t value) {
+recognised_file::recognised_file(std::string_view fname) : fid(fname) {
+    line_buffer version;
+    recognise(fid, tag, version, class_code);
+    rewind_unit(fid);
+}
+
+void recognised_file::require(std::string_view its_tag) const {
+    if (!is(its_tag)) stop_not_implemented();
+}
+
+void require_positive(std::string_view name, std::int32_t value) {
     if (value >= 1) return;
     throw stop_run{
         exit_status::complete,
         {"  Error!", "  " + std::string(name) + " =" + integer_field(value, 20), "  Stop!"}};
 }
 
-void fail_unless_found(bool found, std::int32_t fid, std::string_view word) {
+void require_room(std::string_view fname, std::size_t count, std::string_view what,
+                  std::size_t room) {
+    if (count <= room) return;
+    throw io_error(trim_right(fname), 0,
+                   std::to_string(count) + " " + std::string(what) +
+                       " were asked for, but there is room for " + std::to_string(room));
+}
+
+void require_found(bool found, std::int32_t fid, std::string_view word) {
     if (found) return;
     throw input_of(fid).error_here("the file ends without a line with '" + std::string(word) + "'");
 }
 
 void go_to(std::int32_t fid, std::string_view word, text_span line) {
-    fail_unless_found(search_word_free(fid, word, line), fid, word);
+    require_found(search_word_free(fid, word, line), fid, word);
 }
 
 void go_to_del_space(std::int32_t fid, std::string_view word, text_span line) {
-    fail_unless_found(search_word_del_space(fid, word, line), fid, word);
+    require_found(search_word_del_space(fid, word, line), fid, word);
 }
 
 void go_to_columns(std::int32_t fid, std::int32_t i, std::int32_t j, std::string_view word,
                    text_span line) {
-    fail_unless_found(search_word(fid, i, j, word, line), fid, word);
+    require_found(search_word(fid, i, j, word, line), fid, word);
 }
 
 bool go_before_first_number(std::int32_t fid) {

@@ -1,9 +1,11 @@
 // The steps that readers of quantum-chemistry output have in common.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 #include "flib/io/free_format.h"
@@ -14,28 +16,68 @@
 
 namespace flib {
 
-/// One row of a reader's table: what to do with the files of one program.
-template <class Steps>
-struct reader_row {
-    std::string_view tag;
-    Steps steps;
+/// A file that was opened and whose program was recognised; the unit stands at its start. Throws
+/// io_error if it cannot be opened or is empty.
+struct recognised_file {
+    explicit recognised_file(std::string_view fname);
+
+    bool is(std::string_view its_tag) const { return tag == its_tag; }
+    /// Ends the run as stop_not_implemented() does if the file is of another kind.
+    void require(std::string_view its_tag) const;
+
+    input_unit fid;
+    line_buffer tag;
+    std::int32_t class_code = -1;  ///< as qm_file_type() gives it
 };
 
-/// The steps for files of kind `tag`, trailing blanks not counting; null if the reader has none.
-template <class Steps>
-Steps steps_for(std::span<const reader_row<Steps>> table, std::string_view tag) {
-    for (const reader_row<Steps>& row : table) {
-        if (equal_padded(row.tag, tag)) return row.steps;
+/// One row of a reader's table: how it reads the files of one program. The unit stands at the start
+/// of the file, and what is read goes to `out`. Steps that return true have the reader report the
+/// table as read (`info` 0); those that return nothing report nothing.
+template <class Output>
+struct reader_row {
+    using reporting_steps = bool (*)(std::int32_t fid, Output out);
+    using quiet_steps = void (*)(std::int32_t fid, Output out);
+
+    constexpr reader_row(std::string_view its_tag, reporting_steps steps)
+        : tag(its_tag), reporting(steps) {}
+    constexpr reader_row(std::string_view its_tag, quiet_steps steps)
+        : tag(its_tag), quiet(steps) {}
+
+    bool read(std::int32_t fid, Output out) const {
+        if (reporting != nullptr) return reporting(fid, out);
+        quiet(fid, out);
+        return false;
     }
-    return nullptr;
+
+    std::string_view tag;
+    reporting_steps reporting = nullptr;
+    quiet_steps quiet = nullptr;
+};
+
+/// Follows the row for the program of `file`, if there is one. `info` becomes 0 if it reports its
+/// table as read, else -1.
+template <class Output, std::size_t rows>
+void read_by_row(const recognised_file& file, const reader_row<Output> (&table)[rows],
+                 std::type_identity_t<Output> out, std::int32_t& info) {
+    info = -1;
+    for (const reader_row<Output>& row : table) {
+        if (!file.is(row.tag)) continue;
+        if (row.read(file.fid, out)) info = 0;
+        return;
+    }
 }
 
 /// Ends the run when a count that must be positive is not (status 0): "Error!", "NAME =" and the
 /// value in 20 columns, "Stop!".
-void fail_unless_positive(std::string_view name, std::int32_t value);
+void require_positive(std::string_view name, std::int32_t value);
+
+/// The io_error of an array handed in that has room for `room` values where `count` are to be read
+/// from `fname`; nothing happens if they fit.
+void require_room(std::string_view fname, std::size_t count, std::string_view what,
+                  std::size_t room);
 
 /// Throws the io_error of a file that ends without a line that holds `word`, if not `found`.
-void fail_unless_found(bool found, std::int32_t fid, std::string_view word);
+void require_found(bool found, std::int32_t fid, std::string_view word);
 
 /// Goes on to the first line with `word`, which `line` then holds; io_error if there is none.
 void go_to(std::int32_t fid, std::string_view word, text_span line);
