@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cctype>
 
 #include "hostile/place.h"
@@ -57,19 +58,38 @@ TEST(Hostile, Names) {
     }
 }
 
+/// Between the least memory that lets the tool start and the least that is enough for it.
 TEST(Hostile, LittleMemory) {
     if (sanitized) GTEST_SKIP() << "the sanitizer needs the memory itself";
     const place here({"a.fchk"}, ":", 150);
-    bool loaded = false;
-    std::string ended;
-    for (int kilobytes = 2400; kilobytes < 12000; kilobytes += 60) {
+    const auto under = [&](int kilobytes) {
         here.restore();
-        ended = here.run("ulimit -v " + std::to_string(kilobytes) + R"(; exec "$0" "$@")");
-        loaded = loaded || ended.starts_with("diagnostic");
-        EXPECT_TRUE(!loaded || ended == "complete" || ended.starts_with("diagnostic")) << ended;
+        return here.run("ulimit -v " + std::to_string(kilobytes) + R"(; exec "$0" "$@")");
+    };
+    const auto least = [&](const std::vector<std::string>& endings) {
+        int low = 0;
+        int high = 1 << 20;
+        while (high - low > 4) {
+            const int middle = (low + high) / 2;
+            const std::string ended = under(middle);
+            const bool reached = std::ranges::any_of(
+                endings, [&](const std::string& ending) { return ended.starts_with(ending); });
+            (reached ? high : low) = middle;
+        }
+        return high;
+    };
+    const int starts = least({"complete", "diagnostic"}) + 16;
+    const int enough = least({"complete"});
+    constexpr int limits = 60;
+    int told = 0;
+    for (int i = 0; i < limits; ++i) {
+        const std::string ended = under(starts + (enough - starts) * i / limits);
+        EXPECT_TRUE(ended == "complete" || ended.starts_with("diagnostic: not enough memory"))
+            << ended;
+        if (ended != "complete") ++told;
     }
-    EXPECT_TRUE(loaded);
-    EXPECT_EQ(ended, "complete");
+    EXPECT_GT(told, limits * 3 / 4);
+    EXPECT_EQ(under(enough + 64), "complete");
 }
 
 TEST(Hostile, AbsurdCounts) {
