@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cstdio>
 
 #include "flib/io/atomic_file.h"
 #include "flib/io/stop_run.h"
@@ -113,11 +114,72 @@ TEST(Output, AppearsWholeOnCommit) {
     EXPECT_TRUE(fs::is_symlink(scratch.path() / "link"));
 }
 
+TEST(Output, FindsANameForTheFileBesideIt) {
+    const scratch_directory scratch;
+    const text dir = scratch.path().string() + "/";
+    // Names that runs which were killed have left; one process at a time has this number.
+    const text stem = dir + ".f." + std::to_string(getpid()) + "-";
+    for (const int taken : {0, 1}) support::write_file(stem + std::to_string(taken), "left");
+    replace_file(dir + "f", "new");
+    EXPECT_EQ(support::contents_of(dir + "f"), "new");
+    EXPECT_EQ(support::contents_of(stem + "1"), "left");
+    EXPECT_EQ(scratch.names().size(), 3U);
+    for (int taken = 2; taken <= 1000; ++taken) {
+        support::write_file(stem + std::to_string(taken), "left");
+    }
+    EXPECT_EQ(ending_of([&] { replace_file(dir + "f", "newer"); })->text,
+              dir + "f: can not be written: File exists");
+    EXPECT_EQ(support::contents_of(dir + "f") + support::contents_of(stem + "1000"), "newleft");
+    // The longest name there is leaves no room for a longer one.
+    replace_file(dir + text(255, 'n'), "new");
+    EXPECT_EQ(support::contents_of(dir + text(255, 'n')), "new");
+}
+
+TEST(Output, FollowsLinks) {
+    const scratch_directory scratch;
+    const fs::path& dir = scratch.path();
+    fs::create_directory(dir / "d");
+    // Relative ones from where they stand, absolute ones, chains of forty.
+    fs::create_symlink("d/b", dir / "a");
+    fs::create_symlink("../c", dir / "d/b");
+    fs::create_symlink((dir / "l39").string(), dir / "c");
+    for (int i = 39; i > 3; --i) {
+        fs::create_symlink("l" + std::to_string(i - 1), dir / ("l" + std::to_string(i)));
+    }
+    replace_file((dir / "a").string(), "new");
+    EXPECT_EQ(support::contents_of(dir / "l3"), "new");
+    EXPECT_TRUE(fs::is_symlink(dir / "l4") && fs::is_regular_file(fs::symlink_status(dir / "l3")));
+    fs::create_symlink("a", dir / "longer");
+    EXPECT_THAT(ending_of([&] { replace_file((dir / "longer").string(), "x"); })->text,
+                testing::EndsWith("can not be written: Too many levels of symbolic links"));
+}
+
+TEST(StopRun, ShowsWhatCanBeShown) {
+    // Well-formed UTF-8 stays, but for control characters; beyond its limits every byte is shown.
+    for (const text shown : {" ~", "\xc2\xa0\xc3\xa9\xdf\xbf", "\xe0\xa0\x80\xed\x9f\xbf",
+                             "\xee\x80\x80", "\xf0\x90\x80\x80\xf4\x8f\xbf\xbf"}) {
+        EXPECT_EQ(printable(shown), shown);
+    }
+    for (const text bytes :
+         {"\r\x1b\x1f\x7f", "\x80\xbf", "\xc2\x80\xc2\x9f", "\xc0\x80\xc1\xbf", "\xc3(",
+          "\xe0\x9f\xbf", "\xed\xa0\x80", "\xe2\x82", "\xe2\x82(", "\xf0\x8f\xbf\xbf",
+          "\xf4\x90\x80\x80", "\xf5\x80\x80\x80", "\xf0\x9f\x98(", "\xff"}) {
+        text escaped;
+        for (const char c : bytes) {
+            char escape[5];
+            std::snprintf(escape, sizeof escape, "\\x%02X", static_cast<unsigned char>(c));
+            escaped += c == '(' ? "(" : escape;
+        }
+        EXPECT_EQ(printable(bytes), escaped);
+    }
+    EXPECT_EQ(printable("a\n\tb"), "a\\n\\tb");
+}
+
 TEST(StopRun, Messages) {
     const auto end = ending_of([] { miss_keyword("natom  "); });
     EXPECT_EQ(end, (support::ending{1, "Can not find keyword natom stop!", true}));
-    EXPECT_EQ(printable("a\n\t\r\x1b\x7f\xff\xc3\xa9\xc2\x85\xe2\x82"),
-              "a\\n\\t\\x0D\\x1B\\x7F\\xFF\xc3\xa9\\xC2\\x85\\xE2\\x82");
+    EXPECT_EQ(ending_of(stop_not_implemented),
+              (support::ending{1, "  The method has not been implemented, stop!", true}));
     EXPECT_STREQ(io_error("x\ny", 3, "m").what(), "x\\ny: line 3: m");
     EXPECT_STREQ(io_error("", 0, "m").what(), "'': m");
 }

@@ -38,6 +38,9 @@ verdict judge(const char* call) {
     return verdict::failure;
 }
 
+constexpr int most_files = 64;
+bool written[most_files];  // the descriptors that something was written to
+
 /// The system call, unless it is to fail.
 template <class... Arguments>
 long attempt(const char* call, long number, Arguments... arguments) {
@@ -72,15 +75,19 @@ ssize_t pread(int fd, void* to, std::size_t size, off_t at) {
     return transfer("pread", SYS_pread64, fd, to, size, at);
 }
 ssize_t write(int fd, const void* from, std::size_t size) {
+    if (fd >= 0 && fd < most_files) written[fd] = true;
     return transfer("write", SYS_write, fd, from, size, 0);
 }
 int fsync(int fd) {
     return static_cast<int>(attempt("fsync", SYS_fsync, fd));
 }
 int close(int fd) {
-    // A close that fails has closed the file all the same.
+    // A close that fails has closed the file all the same. It matters where something was written.
     const long closed = syscall(SYS_close, fd);
-    return judge("close") == verdict::failure ? -1 : static_cast<int>(closed);
+    const bool output = fd >= 0 && fd < most_files && written[fd];
+    if (output) written[fd] = false;
+    return judge(output ? "close_output" : "close") == verdict::failure ? -1
+                                                                        : static_cast<int>(closed);
 }
 int fstat(int fd, struct stat* status) {
     return static_cast<int>(attempt("fstat", SYS_fstat, fd, status));
