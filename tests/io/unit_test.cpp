@@ -128,7 +128,7 @@ TEST(Output, FindsANameForTheFileBesideIt) {
         support::write_file(stem + std::to_string(taken), "left");
     }
     EXPECT_EQ(ending_of([&] { replace_file(dir + "f", "newer"); })->text,
-              dir + "f: can not be written: File exists");
+              dir + "f: cannot be written: File exists");
     EXPECT_EQ(support::contents_of(dir + "f") + support::contents_of(stem + "1000"), "newleft");
     // The longest name there is leaves no room for a longer one.
     replace_file(dir + text(255, 'n'), "new");
@@ -151,7 +151,7 @@ TEST(Output, FollowsLinks) {
     EXPECT_TRUE(fs::is_symlink(dir / "l4") && fs::is_regular_file(fs::symlink_status(dir / "l3")));
     fs::create_symlink("a", dir / "longer");
     EXPECT_THAT(ending_of([&] { replace_file((dir / "longer").string(), "x"); })->text,
-                testing::EndsWith("can not be written: Too many levels of symbolic links"));
+                testing::EndsWith("cannot be written: Too many levels of symbolic links"));
 }
 
 TEST(StopRun, ShowsWhatCanBeShown) {

@@ -47,8 +47,8 @@ long attempt(const char* call, long number, Arguments... arguments) {
     return judge(call) == verdict::failure ? -1 : syscall(number, arguments...);
 }
 
-long transfer(const char* call, long number, int fd, const void* bytes, std::size_t size,
-              off_t at) {
+template <class Bytes>
+long transfer(const char* call, long number, int fd, Bytes* bytes, std::size_t size, off_t at) {
     const verdict what = judge(call);
     if (what == verdict::failure) return -1;
     return syscall(number, fd, bytes, what == verdict::half && size > 1 ? size / 2 : size, at);
