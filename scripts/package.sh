@@ -57,8 +57,8 @@ cp "$documents"/examples/water/h2o_* "$work"
     "$documents/examples/workflow/loop.sh" h2o_ref >"$work/said") || fail "$(cat "$work/said")"
 
 if [ "$(id -u)" -eq 0 ] && command -v apt-get >/dev/null; then scripts/setup.sh package; fi
-if ! command -v dpkg-shlibdeps >/dev/null; then
-    echo "No Debian packages are made: there is no dpkg-shlibdeps (package dpkg-dev)."
+if ! command -v dpkg-shlibdeps >/dev/null || ! command -v file >/dev/null; then
+    echo "No Debian packages are made: dpkg-shlibdeps (package dpkg-dev) or file is missing."
 else
     scripts/build.sh build-package/debian all -DCMAKE_BUILD_TYPE=Release -DSTIGRUZ_TESTS=OFF \
         -DCMAKE_INSTALL_PREFIX=/usr -DSTIGRUZ_STATIC_TOOLS=OFF

@@ -50,6 +50,7 @@ case "${1:-build}" in
     package)
         need_tools
         need dpkg-dev dpkg-shlibdeps
+        need file file
         ;;
     *)
         echo "usage: setup.sh build|tools|test|lint|fuzz|docs|package" >&2
