@@ -1,5 +1,6 @@
-// number_check [MILLIONS]: compares the reading of reals with std::from_chars, bit by bit, over
-// random and hard cases; the exit status is 1 if any differs.
+// number_check [MILLIONS]: compares the reading of reals, alone and in blocks of fixed columns,
+// with std::from_chars, bit by bit, over random and hard cases; the exit status is 1 if any
+// differs.
 
 #include <algorithm>
 #include <bit>
@@ -12,6 +13,7 @@
 #include <string>
 #include <string_view>
 
+#include "block_check.h"
 #include "flib/io/number.h"
 
 namespace {
@@ -109,5 +111,6 @@ int main(int argc, char** argv) {
                     100.0 * static_cast<double>(fast) / static_cast<double>(cases));
         all_agree = all_agree && different == 0;
     }
+    all_agree = check_blocks(cases) && all_agree;
     return all_agree ? 0 : 1;
 }

@@ -3,11 +3,13 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
 
+#include "flib/io/detail/columns.h"
 #include "flib/io/detail/record_file.h"
 #include "flib/io/number.h"
 
@@ -239,33 +241,69 @@ void item_reader::take(double& value) {
     take_number(value, parse_real, a_real);
 }
 
-template <class Value>
-void item_reader::take_array(std::span<Value> values, const char* expected) {
-    wanted_ = values.size();
+/// Sets how many values are to come, and makes sure that a file has room for them before a caller's
+/// memory of an absurd size is touched.
+void item_reader::begin_array(std::size_t count, const char* expected) {
+    wanted_ = count;
     done_ = 0;
-    if (source_ == source::file) {
-        // Before a caller's memory of an absurd size is touched.
-        synchronise();
-        const auto most = static_cast<std::size_t>(file_->bytes_left() + 1) / 2;
-        if (wanted_ > most) {
-            file_->mark_end();
-            fail("the file is too short to hold " + std::to_string(wanted_) + " values, each " +
-                 expected);
-        }
+    if (source_ != source::file) return;
+    synchronise();
+    const auto most = static_cast<std::size_t>(file_->bytes_left() + 1) / 2;
+    if (wanted_ > most) {
+        file_->mark_end();
+        fail("the file is too short to hold " + std::to_string(wanted_) + " values, each " +
+             expected);
     }
-    for (Value& value : values) {
+}
+
+void item_reader::take(std::span<std::int32_t> values) {
+    begin_array(values.size(), an_integer);
+    for (std::int32_t& value : values) {
         take(value);
         ++done_;
     }
     wanted_ = 0;
 }
 
-void item_reader::take(std::span<std::int32_t> values) {
-    take_array(values, an_integer);
+void item_reader::take(std::span<double> values) {
+    begin_reals(values.size());
+    take_part(values);
 }
 
-void item_reader::take(std::span<double> values) {
-    take_array(values, a_real);
+void item_reader::begin_reals(std::size_t count) {
+    begin_array(count, a_real);
+}
+
+/// Takes whole lines of numbers in fixed columns, if such are next; returns how many numbers.
+std::size_t item_reader::take_lines(std::span<double> values) {
+    if (first_ || at_ == end_ || *at_ != '\n') return 0;
+    const char* line = at_ + 1;
+    const std::size_t taken = scan_columns(line, end_, values.data(), values.size());
+    // Behind the last item, as ever: its newline is still to come.
+    if (taken > 0) at_ = line - 1;
+    return taken;
+}
+
+void item_reader::take_part(std::span<double> values) {
+    while (!values.empty()) {
+        std::size_t taken = take_lines(values);
+        if (taken == 0) {
+            take(values.front());
+            taken = 1;
+        }
+        done_ += taken;
+        values = values.subspan(taken);
+    }
+    if (done_ == wanted_) wanted_ = 0;
+}
+
+void item_reader::check_part(std::size_t count) {
+    std::array<double, 2000> unused;
+    while (count > 0) {
+        const std::size_t part = std::min(count, unused.size());
+        take_part(std::span(unused).first(part));
+        count -= part;
+    }
 }
 
 /// Where in an array an item stands, for a diagnostic.

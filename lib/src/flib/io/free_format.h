@@ -59,6 +59,12 @@ class item_reader {
     void take(std::span<std::int32_t> values);
     void take(std::span<double> values);
 
+    /// Begins an array of `count` reals that is taken in parts: each by take_part(), into memory,
+    /// or by check_part(), which only makes sure that they are numbers.
+    void begin_reals(std::size_t count);
+    void take_part(std::span<double> values);
+    void check_part(std::size_t count);
+
     /// Drops the rest of the record in which the last item stands.
     void finish();
 
@@ -73,8 +79,8 @@ class item_reader {
     void synchronise();
     template <class Value, class Parse>
     void take_number(Value& value, Parse parse, const char* expected);
-    template <class Value>
-    void take_array(std::span<Value> values, const char* expected);
+    void begin_array(std::size_t count, const char* expected);
+    std::size_t take_lines(std::span<double> values);
     std::string count_of_array() const;
     [[noreturn]] void fail(const std::string& message);
 

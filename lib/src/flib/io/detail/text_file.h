@@ -46,7 +46,8 @@ class text_file {
     int descriptor_;
     std::int64_t size_ = 0;
     std::size_t capacity_ = 0;
-    std::unique_ptr<char[]> window_;
+    std::unique_ptr<char[]> memory_;
+    char* window_ = nullptr;  // in memory_, at the start of a cache line
     std::int64_t window_begin_ = 0;
     std::size_t window_length_ = 0;
 };
