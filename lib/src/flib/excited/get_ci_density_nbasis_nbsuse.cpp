@@ -3,31 +3,12 @@
 #include <algorithm>
 #include <string>
 
+#include "flib/excited/detail/density_parts.h"
 #include "flib/excited/detail/matrix_product.h"
 #include "flib/io/stop_run.h"
 
 namespace flib {
 namespace {
-
-void check_counts(std::int32_t nbasis, std::int32_t nbsuse, std::int32_t mi, std::int32_t ma,
-                  std::int32_t nfc, std::int32_t nfv) {
-    const auto number = [](std::int64_t n) { return std::to_string(n); };
-    const std::int64_t orbitals = std::int64_t{mi} + nfc + ma + nfv;
-    std::string reason;
-    if (std::min({nbasis, nbsuse, mi, ma, nfc, nfv}) < 0) {
-        reason = "a count is negative";
-    } else if (nbsuse != nbasis) {
-        reason = "the number of independent functions differs from that of basis functions";
-    } else if (orbitals != nbasis) {
-        reason = "mi + nfc + ma + nfv = " + number(orbitals) + " differs from nbasis";
-    } else {
-        return;
-    }
-    throw run_error("the transition density cannot be built: " + reason +
-                    " (nbasis = " + number(nbasis) + ", nbsuse = " + number(nbsuse) +
-                    ", mi = " + number(mi) + ", nfc = " + number(nfc) + ", ma = " + number(ma) +
-                    ", nfv = " + number(nfv) + ")");
-}
 
 void require_elements(const char* of_what, std::size_t needed, std::size_t given) {
     if (needed <= given) return;
@@ -41,10 +22,9 @@ void get_ci_density_nbasis_nbsuse(std::int32_t nbasis, std::int32_t nbsuse, std:
                                   std::int32_t ma, std::int32_t nfc, std::int32_t nfv,
                                   matrix_view<const double> moc, std::span<const double> xpy,
                                   matrix_view<double> den) {
-    check_counts(nbasis, nbsuse, mi, ma, nfc, nfv);
+    require_density({nbasis, nbsuse, mi, ma, nfc, nfv}, xpy.size());
     const matrix_view<const double> amplitudes(xpy.data(), ma, mi);
     const matrix_view<double> wanted(den.data(), nbasis, nbasis);
-    require_elements("amplitudes", amplitudes.all().size(), xpy.size());
     require_elements("MO coefficients", wanted.all().size(), moc.all().size());
     require_elements("elements for the result", wanted.all().size(), den.all().size());
     const std::int32_t ni = mi + nfc;

@@ -1,7 +1,8 @@
 #include "flib/excited/qm_file_ci_xpy.h"
 
-#include <string>
+#include <algorithm>
 
+#include "flib/excited/detail/first_amplitudes.h"
 #include "flib/io/free_format.h"
 #include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
@@ -27,6 +28,15 @@ void go_to_values(const recognised_file& file) {
     require_found(search_word(file.fid, 2, 13, header, line), file.fid, header);
 }
 
+/// Behind the excitation energies of the roots, which come first.
+item_reader amplitudes_of(const recognised_file& file, std::int32_t nci) {
+    go_to_values(file);
+    item_reader values(file.fid);
+    double energy = 0;
+    for (std::int32_t root = 1; root <= nci; ++root) values.take(energy);
+    return values;
+}
+
 }  // namespace
 
 void qm_file_ci_xpy(std::string_view fname, std::int32_t ni, std::int32_t na, std::int32_t nci,
@@ -36,13 +46,22 @@ void qm_file_ci_xpy(std::string_view fname, std::int32_t ni, std::int32_t na, st
     require_room(fname, count, "amplitudes", xpy.size());
     const recognised_file file(fname);
     info = file.class_code;
-    go_to_values(file);
-    item_reader values(file.fid);
-    // The roots' excitation energies come first.
-    double energy = 0;
-    for (std::int32_t root = 1; root <= nci; ++root) values.take(energy);
+    item_reader values = amplitudes_of(file, nci);
     values.take(xpy.first(count));
     values.finish();
+}
+
+zeroed_array<double> first_amplitudes(std::string_view fname, std::int32_t ni, std::int32_t na,
+                                      std::int32_t nci) {
+    const std::size_t count = xpy_count(ni, na, nci);
+    const recognised_file file(fname);
+    item_reader values = amplitudes_of(file, nci);
+    values.begin_reals(count);
+    zeroed_array<double> first({na, ni, std::min(nci, 1)}, "the excitation amplitudes");
+    values.take_part(first.all());
+    values.check_part(count - first.size());
+    values.finish();
+    return first;
 }
 
 void qm_file_ci_energy(std::string_view fname, std::int32_t nci, std::span<double> energy,

@@ -2,15 +2,10 @@
 
 #include <bit>
 #include <span>
-#include <string>
 
+#include "flib/excited/detail/mo_columns.h"
 #include "flib/io/free_format.h"
-#include "flib/io/stop_run.h"
-#include "flib/io/unit.h"
-#include "flib/qm_file/detail/keyword.h"
 #include "flib/qm_file/detail/reader_steps.h"
-#include "flib/qm_file/type_tag.h"
-#include "flib/search/search_word.h"
 
 namespace flib {
 namespace {
@@ -24,8 +19,6 @@ void clear(std::span<double> values) {
 
 }  // namespace
 
-// Alpha MO coefficients                      R   N=         484
-//   9.95564210E-01  2.07893465E-02 -1.11022302E-16  1.23456789E-02  0.00000000E+00
 void qm_file_mo_coeff_nbasis_nbsuse(std::string_view fname, std::int32_t nbasis,
                                     std::int32_t nbsuse, matrix_view<double> mo,
                                     std::int32_t& info) {
@@ -35,9 +28,7 @@ void qm_file_mo_coeff_nbasis_nbsuse(std::string_view fname, std::int32_t nbasis,
     const std::size_t count = element_count({nbsuse, nbasis}, "the MO coefficients");
     require_room(fname, count, "MO coefficients", mo.all().size());
     const recognised_file file(fname);
-    file.require(tag::gaussian_fchk);
-    line_buffer line;
-    go_to(file.fid, keyword::fchk_mo_coefficients, line);
+    go_to_mo_coefficients(file);
     read_items(file.fid, mo.all().first(count));
     info = 0;
 }

@@ -145,9 +145,8 @@ struct tiling {
     void (*add_panels)(panels all, block<double> c);
 };
 
-void multiply_by_tiles(const tiling& tiles, matrix_view<const double> a_view,
-                       matrix_view<const double> b_view, matrix_view<double> c_view) {
-    std::ranges::fill(c_view.all(), 0.0);
+void add_by_tiles(const tiling& tiles, matrix_view<const double> a_view,
+                  matrix_view<const double> b_view, matrix_view<double> c_view) {
     const block<const double> a = whole(a_view);
     const block<const double> b = whole(b_view);
     const block<double> c = whole(c_view);
@@ -178,9 +177,9 @@ using plain_kernel = kernel<16, 2, 4>;
 void add_panels_plain(panels all, block<double> c) {
     plain_kernel::add_panels(all, c);
 }
-void multiply_plain(matrix_view<const double> a, matrix_view<const double> b,
-                    matrix_view<double> c) {
-    multiply_by_tiles({plain_kernel::height, plain_kernel::width, add_panels_plain}, a, b, c);
+void multiply_add_plain(matrix_view<const double> a, matrix_view<const double> b,
+                        matrix_view<double> c) {
+    add_by_tiles({plain_kernel::height, plain_kernel::width, add_panels_plain}, a, b, c);
 }
 
 #ifdef __x86_64__
@@ -188,25 +187,26 @@ using avx_kernel = kernel<32, 2, 6>;
 [[gnu::target("avx")]] void add_panels_avx(panels all, block<double> c) {
     avx_kernel::add_panels(all, c);
 }
-void multiply_avx(matrix_view<const double> a, matrix_view<const double> b, matrix_view<double> c) {
-    multiply_by_tiles({avx_kernel::height, avx_kernel::width, add_panels_avx}, a, b, c);
+void multiply_add_avx(matrix_view<const double> a, matrix_view<const double> b,
+                      matrix_view<double> c) {
+    add_by_tiles({avx_kernel::height, avx_kernel::width, add_panels_avx}, a, b, c);
 }
 
 using avx512_kernel = kernel<64, 3, 8>;
 [[gnu::target("avx512f")]] void add_panels_avx512(panels all, block<double> c) {
     avx512_kernel::add_panels(all, c);
 }
-void multiply_avx512(matrix_view<const double> a, matrix_view<const double> b,
-                     matrix_view<double> c) {
-    multiply_by_tiles({avx512_kernel::height, avx512_kernel::width, add_panels_avx512}, a, b, c);
+void multiply_add_avx512(matrix_view<const double> a, matrix_view<const double> b,
+                         matrix_view<double> c) {
+    add_by_tiles({avx512_kernel::height, avx512_kernel::width, add_panels_avx512}, a, b, c);
 }
 #endif
 
 constexpr product_variant variants[] = {
-    {"plain", multiply_plain},
+    {"plain", multiply_add_plain},
 #ifdef __x86_64__
-    {"avx", multiply_avx},
-    {"avx512", multiply_avx512},
+    {"avx", multiply_add_avx},
+    {"avx512", multiply_add_avx512},
 #endif
 };
 
@@ -226,7 +226,12 @@ std::span<const product_variant> product_variants() {
 }
 
 void multiply(matrix_view<const double> a, matrix_view<const double> b, matrix_view<double> c) {
-    product_variants().back().multiply(a, b, c);
+    std::ranges::fill(c.all(), 0.0);
+    multiply_add(a, b, c);
+}
+
+void multiply_add(matrix_view<const double> a, matrix_view<const double> b, matrix_view<double> c) {
+    product_variants().back().multiply_add(a, b, c);
 }
 
 }  // namespace flib

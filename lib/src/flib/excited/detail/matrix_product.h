@@ -13,14 +13,17 @@ namespace flib {
 /// be had.
 void multiply(matrix_view<const double> a, matrix_view<const double> b, matrix_view<double> c);
 
-/// One way to compute the product. All give the same bits.
+/// c += a b: the running sums of `c` go on with the terms of `a` and `b`.
+void multiply_add(matrix_view<const double> a, matrix_view<const double> b, matrix_view<double> c);
+
+/// One way to go on with the sums. All give the same bits.
 struct product_variant {
     const char* name;
-    void (*multiply)(matrix_view<const double> a, matrix_view<const double> b,
-                     matrix_view<double> c);
+    void (*multiply_add)(matrix_view<const double> a, matrix_view<const double> b,
+                         matrix_view<double> c);
 };
 
-/// Those that this processor can run; multiply() takes the last, the fastest.
+/// Those that this processor can run; multiply_add() takes the last, the fastest.
 std::span<const product_variant> product_variants();
 
 }  // namespace flib
