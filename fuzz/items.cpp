@@ -9,6 +9,8 @@
 #include <optional>
 #include <vector>
 
+#include "flib/io/detail/columns.h"
+#include "flib/io/detail/text_file.h"
 #include "flib/io/free_format.h"
 #include "flib/io/number.h"
 #include "flib/io/unit.h"
@@ -153,6 +155,46 @@ void check_sequence(std::string_view text, std::uint32_t kinds, int most) {
     compare(take(flib::standard_input{}, kinds, most), expected);
 }
 
+/// The reals of a text as one array: their bytes, and the message if there is one.
+template <class Source>
+std::string take_array(const Source& source, std::size_t count, bool with_vectors) {
+    flib::allow_scan_columns(with_vectors);
+    std::vector<double> values(count);
+    std::string message;
+    fuzz::ending_of([&] {
+        try {
+            flib::item_reader reader(source);
+            reader.take(std::span(values));
+        } catch (const flib::io_error& error) {
+            message = error.what();
+            throw;
+        }
+    });
+    flib::allow_scan_columns(true);
+    return message.append(reinterpret_cast<const char*>(values.data()), count * sizeof(double));
+}
+
+/// Numbers in columns, many at a time, against the same one by one.
+void check_array(std::string_view text, std::size_t more, bool in_file) {
+    const auto ends = [](char c) { return c == ' ' || c == '\n' || c == ','; };
+    std::size_t count = more;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        count += !ends(text[i]) && (i + 1 == text.size() || ends(text[i + 1])) ? 1 : 0;
+    }
+    const flib::held_text held{"text", 1, text};
+    fuzz::require(take_array(held, count, true) == take_array(held, count, false),
+                  "numbers in columns differ from single ones");
+    if (!in_file) return;
+    // The window's end falls among the numbers.
+    static fuzz::memory_file file(std::string(flib::text_file::window_size - 300, ' ') + "\n");
+    file.fill(text);
+    const auto taken = [&](bool with_vectors) {
+        const flib::input_unit fid(file.path());
+        return take_array(static_cast<std::int32_t>(fid), count, with_vectors);
+    };
+    fuzz::require(taken(true) == taken(false), "numbers in a file's columns differ");
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -163,6 +205,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string_view text(reinterpret_cast<const char*>(data) + 5, size - 5);
     check_numbers(text);
     check_numbers(text.substr(0, text.find_first_of(" ,\n")));
+    check_array(text, data[0] % 2, data[4] < 16 && text.size() > 400);
     // Files are slow, so most inputs are numbers only.
     if (data[4] < 64) check_sequence(text, kinds, most);
     return 0;

@@ -7,8 +7,10 @@
 #include <vector>
 
 #include "flib/io/unit.h"
+#include "numfreq/get_sgn_param.h"
 #include "numfreq/run_driver.h"
 #include "support.h"
+#include "support/whole_density.h"
 
 namespace {
 
@@ -67,6 +69,30 @@ void enter_scratch_directory() {
     });
 }
 
+/// The chosen element must be the one that the public routines give, or both must end alike.
+void check_density(bool mapped) {
+    std::int32_t natom = 0;
+    std::int32_t mci = 0;
+    double value = 0;
+    flib::orbital_counts counts{};
+    flib::element_location at{};
+    const fuzz::ending end = fuzz::ending_of([&] {
+        numfreq::get_sgn_param(mapped, mapped ? "ref.sgn" : "a.fchk", natom, counts.nbasis,
+                               counts.nbsuse, counts.mi, counts.ma, mci, counts.nfc, counts.nfv, at,
+                               value);
+    });
+    // What does not fit into memory as a whole has no answer to compare with.
+    constexpr std::int32_t most = 200;
+    const auto& [nbasis, nbsuse, mi, ma, nfc, nfv] = counts;
+    if (end != fuzz::ending::returned || std::max({nbasis, mi, ma, mci}) > most) return;
+    const numfreq::density_source source{"a.fchk", "a.cis", counts, mci};
+    const flib::element_location* const chosen = mapped ? &at : nullptr;
+    const std::string told =
+        support::told_by([&] { return support::whole_density(source, chosen); });
+    fuzz::require(support::told_by_tool(source, chosen) == told,
+                  "the element differs from that of the whole density");
+}
+
 }  // namespace
 
 extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size,
@@ -103,6 +129,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     } else {
         fuzz::require(result == (replaces ? earlier : ""), "the earlier result was touched");
     }
+    if (size % 3 == 0) check_density(mapped);
     constexpr int inputs_and_dots = 4 + 2;
     fuzz::require(count_files() == inputs_and_dots + (result.empty() ? 0 : 1), "a stray file");
     fuzz::require(!flib::unit_is_open(100) && !flib::unit_is_open(1), "a unit was left open");

@@ -1,6 +1,10 @@
-// Writes made-up jobs as inputs of fuzz_job: fuzz_seeds DIRECTORY, run in an empty directory.
+// Writes made-up jobs as inputs of fuzz_job, and blocks of numbers in columns as inputs of
+// fuzz_items: fuzz_seeds JOB-DIRECTORY ITEMS-DIRECTORY, run in an empty directory.
+#include <cmath>
+#include <cstdio>
 #include <filesystem>
 #include <random>
+#include <vector>
 
 #include "numfreq/run_driver.h"
 #include "support/job.h"
@@ -24,18 +28,45 @@ std::string layered(std::string log) {
     return log;
 }
 
+/// A job whose coefficients and amplitudes fill four lines each behind the first.
+support::job job_with_blocks(std::mt19937_64& random) {
+    return support::random_job(random, 1, 0, 2, 3, 0, 2);
+}
+
+void write_blocks(const std::filesystem::path& target) {
+    std::mt19937_64 random(8);
+    std::uniform_real_distribution<double> exponent(-17, 3);
+    int number = 0;
+    for (const char* const format : {"%16.8E", "%20.12E", "%22.12E"}) {
+        for (const int lines : {5, 6, 9, 13}) {
+            // The first five bytes say what is taken, and whether from a file.
+            std::string text = number % 2 == 0 ? std::string(5, '\0') : std::string(5, '\xaa');
+            for (int i = 0; i < 5 * lines; ++i) {
+                char field[40];
+                const double sign = random() % 2 == 0 ? 1 : -1;
+                std::snprintf(field, sizeof field, format, sign * std::pow(10, exponent(random)));
+                text += field;
+                if (i % 5 == 4) text += '\n';
+            }
+            support::write_file(target / ("block" + std::to_string(number++)), text);
+        }
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) return 2;
+    if (argc != 3) return 2;
     const std::filesystem::path target = argv[1];
+    write_blocks(argv[2]);
     std::mt19937_64 random(7);
     int number = 0;
     for (const bool oniom : {false, true}) {
         for (const char* const kind : {"reference", "mapped"}) {
-            for (const int size : {1, 2}) {
-                support::job job =
-                    support::random_job(random, 3, size - 1, size, size + 1, size - 1, size);
+            for (const int size : oniom ? std::vector{1, 2} : std::vector{1, 2, 3}) {
+                support::job job = size == 3 ? job_with_blocks(random)
+                                             : support::random_job(random, 3, size - 1, size,
+                                                                   size + 1, size - 1, size);
                 support::write_job(".", "a", job);
                 if (oniom) {
                     support::write_file("a.log", layered(support::contents_of("a.log")));

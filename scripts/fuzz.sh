@@ -23,7 +23,7 @@ find tests/data -type f | while read -r file; do
 done
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
-(cd "$scratch" && "$root/build-fuzz/fuzz/fuzz_seeds" "$work/job")
+(cd "$scratch" && "$root/build-fuzz/fuzz/fuzz_seeds" "$work/job" "$work/items")
 cp "$scratch"/a.{log,fchk,cis} "$work/readers"
 cp "$scratch"/a.sgn "$work/result"
 

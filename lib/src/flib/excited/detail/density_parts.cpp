@@ -110,7 +110,7 @@ void density_extremum::take(matrix_view<const double> columns) {
 }
 
 extremum density_extremum::find() const {
-    constexpr std::int32_t elements_at_once = 1 << 21;  // 16 MiB
+    constexpr std::int32_t elements_at_once = 1 << 19;  // 4 MiB
     const std::int32_t n = counts_.nbasis;
     const std::int32_t ni = cnt_.view().rows();
     const std::int32_t at_once = std::clamp(elements_at_once / n, 1, n);
