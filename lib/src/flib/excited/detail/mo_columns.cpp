@@ -44,23 +44,21 @@ mo_columns::mo_columns(std::string_view fname, std::int32_t nbasis, std::int32_t
       columns_(nbsuse, std::min(at_once, nbasis), "the MO coefficients") {}
 
 matrix_view<const double> mo_columns::next() {
+    const std::int32_t rows = columns_.view().rows();
+    if (left_ == 0) return {nullptr, rows, 0};
     const std::span<double> room = columns_.view().all();
     const std::span<double> values = room.first(std::min(room.size(), left_));
     values_.take_part(values);
-    count_off(values.size());
-    const std::int32_t rows = columns_.view().rows();
-    const auto columns = values.empty() ? 0 : values.size() / static_cast<std::size_t>(rows);
+    left_ -= values.size();
+    if (left_ == 0) values_.finish();
+    const auto columns = values.size() / static_cast<std::size_t>(rows);
     return {values.data(), rows, static_cast<std::int32_t>(columns)};
 }
 
 void mo_columns::check_rest() {
     values_.check_part(left_);
-    count_off(left_);
-}
-
-void mo_columns::count_off(std::size_t taken) {
-    left_ -= taken;
-    if (left_ == 0) values_.finish();
+    left_ = 0;
+    values_.finish();
 }
 
 }  // namespace flib

@@ -30,8 +30,6 @@ class mo_columns {
     void check_rest();
 
   private:
-    void count_off(std::size_t taken);
-
     std::size_t left_;  // coefficients
     recognised_file file_;
     item_reader values_;
