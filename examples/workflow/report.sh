@@ -88,11 +88,10 @@ check_signs() {
 }
 
 make_derivatives() {
-    local said=0
+    local said=0 form command=()
     rm -f derivatives.txt derivatives.json derivatives.html
     if [ -n "${SGN_DERIVE+set}" ] && [ -z "$SGN_DERIVE" ]; then return; fi
-    local command=()
-    split_command "${SGN_DERIVE:-sgn_derive --json=derivatives.json --html=derivatives.html}"
+    split_command "${SGN_DERIVE:-sgn_derive}"
     if [ "${#missing[@]}" -gt 0 ]; then
         not_made "jobs are missing"
     elif ! command -v -- "${command[0]}" >/dev/null; then
@@ -102,10 +101,18 @@ make_derivatives() {
             echo "derivatives: left out, as sgn_derive is not installed here"
         fi
     else
+        # Without options of the user's own, all forms that the tool has.
+        if [ "${#command[@]}" -eq 1 ]; then
+            for form in json html; do
+                if [[ $("${command[0]}" --help 2>/dev/null) == *" --$form="* ]]; then
+                    command+=("--$form=derivatives.$form")
+                fi
+            done
+        fi
         "${command[@]}" "$reference.sgn" "${results[@]}" >derivatives.txt 2>&1 || said=$?
         if [ "$said" -gt 1 ]; then
             not_made "$(complaint derivatives.txt) (status $said)"
-            rm -f derivatives.txt
+            rm -f derivatives.txt derivatives.json derivatives.html
         elif [ "$said" -eq 1 ]; then
             echo "derivatives: in derivatives.txt, but there is doubt"
             status=1

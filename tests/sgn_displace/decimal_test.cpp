@@ -42,6 +42,8 @@ TEST(Decimal, KeepsWhatIsPrinted) {
         {"125E+3", "125000"},
         {"1-2", "0.01"},
         {"1e18", "too long"},
+        {"0e18", "0"},
+        {"0e19", "too long"},
         {"1e-18", "0.000000000000000001"},
         {"1e-19", "too long"},
         {"1.5e-18", "too long"},

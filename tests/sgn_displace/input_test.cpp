@@ -145,6 +145,34 @@ TEST(Input, LevelOfOutput) {
     }
 }
 
+TEST(Input, RouteLinesStayShort) {
+    const std::string rest = "\n\nt\n\n0 1\nH 0 0 0\n";
+    const std::string fits = "#p td" + std::string(61, 'x');
+    const job_template job = parse_input("x", fits.substr(0, 5) + " " + fits.substr(6) + rest);
+    EXPECT_EQ(job.body, fits.substr(0, 5) + " " + fits.substr(6) + " nosymm force" + rest + "\n");
+    EXPECT_EQ(told(job),
+              "added to the route: nosymm force\n"
+              "a blank line added after the last atom\n");
+    const std::string long_one = fits.substr(0, 5) + " x" + fits.substr(6);
+    EXPECT_EQ(parse_input("x", long_one + rest).body, long_one + "\nnosymm force" + rest + "\n");
+}
+
+TEST(Input, IsNoLargerThanInputsAre) {
+    const support::scratch_directory scratch;
+    const std::string file = scratch.file("w.gjf", water);
+    const auto refusal = [&](std::uintmax_t size) {
+        std::filesystem::resize_file(file, size);
+        try {
+            (void)read_input(file);
+            return std::string();
+        } catch (const flib::run_error& error) {
+            return std::string(error.what()).substr(file.size());
+        }
+    };
+    EXPECT_EQ(refusal(16 << 20), ": line 22: holds a byte 0, so it is no text");
+    EXPECT_EQ(refusal((16 << 20) + 1), ": is too large for an input file (more than 16 MiB)");
+}
+
 TEST(Input, FilesThatJobsWouldShare) {
     const std::string rest = "#p td=read nosymm force\n\nt\n\n0 1\nH 0 0 0\n\n";
     const job_template job =
@@ -196,6 +224,7 @@ TEST(Input, IsRefusedWithLineAndReason) {
         {"0 1>0 x", "6: expected charge and multiplicity, not '0 x'"},
         {"0 1>0 1 0", "6: charges and multiplicities must come in pairs"},
         {"0 1>1 2", "6: multiplicity 2: only amplitudes of closed shells can be used"},
+        {"0 1>0 3 1 2", "6: multiplicity 3: only amplitudes of closed shells can be used"},
         {"0 1\n", "6: the file ends where an atom was expected"},
         {"O 0 0.0>\nO 0 0.0", "7: expected an atom, not a blank line"},
         {"O 0 0.0 0.0 0.1>O",

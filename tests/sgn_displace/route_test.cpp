@@ -93,6 +93,7 @@ TEST(Route, IsOfAnExcitedState) {
         {"td=restart", "'restart' in the route goes on"},
         {"td(root=0)", "'root' in the route needs a number, 1 or above"},
         {"td(root)", "'root' in the route needs a number, 1 or above"},
+        {"td(root=(1,2))", "'root' in the route needs a number, 1 or above"},
         {"td(root=one)", "'root' in the route needs a number, 1 or above"},
         {"td opt", "'opt' in the route moves the geometry"},
         {"td Opt=(ts,calcfc)", "'opt' in the route moves the geometry"},

@@ -61,7 +61,6 @@ class route_parser {
         result.name = flib::strlowcase(rest_.substr(0, length));
         rest_.remove_prefix(length);
         for (;;) {
-            const std::string_view before = rest_;
             skip(blanks);
             const bool equals = take('=');
             if (equals) skip(blanks);
@@ -73,7 +72,6 @@ class route_parser {
                 result.options.push_back(next(depth + 1));
                 return result;
             } else {
-                if (!equals) rest_ = before;
                 return result;
             }
         }
