@@ -3,6 +3,7 @@
 #include "flib/io/free_format.h"
 #include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
+#include "flib/qm_file/detail/facts_steps.h"
 #include "flib/qm_file/detail/keyword.h"
 #include "flib/qm_file/detail/oniom_steps.h"
 #include "flib/qm_file/detail/reader_steps.h"
@@ -70,7 +71,7 @@ bool chemshell_coord(std::int32_t fid, vectors x) {
 //  O          0.0000000000        0.0000000000        0.1180000000
 bool molpro_coord(std::int32_t fid, vectors x) {
     line_buffer line;
-    if (!search_word(fid, 2, 40, "Dump information in style XYZ to output", line)) {
+    if (!search_word(fid, 2, 40, keyword::molpro_xyz, line)) {
         stop_without_coordinates("Molpro");
     }
     skip_records(fid, 3);
@@ -81,7 +82,8 @@ bool molpro_coord(std::int32_t fid, vectors x) {
 //           0.00000000    0.00000000    0.22298768    o      8.000     0
 bool turbomole_coord(std::int32_t fid, vectors x) {
     line_buffer line;
-    if (!search_word_free(fid, "atomic coordinates", line)) stop_without_coordinates("TURBOMOLE");
+    if (!search_word_free(fid, keyword::turbomole_geometry, line))
+        stop_without_coordinates("TURBOMOLE");
     return read_as_printed(fid, 0, x);
 }
 
@@ -130,7 +132,7 @@ bool numforce_coord(std::int32_t fid, vectors x) {
 //    0 O     8.0000    0    15.999    0.000000    0.000000    0.222988
 bool orca_coord(std::int32_t fid, vectors x) {
     line_buffer line;
-    if (!search_word_free(fid, "CARTESIAN COORDINATES (A.U.)", line)) return false;
+    if (!search_word_free(fid, keyword::orca_bohr, line)) return false;
     skip_records(fid, 2);
     return read_as_printed(fid, 5, x);
 }
@@ -161,7 +163,7 @@ bool qchem_coord(std::int32_t fid, vectors x) {
 //       0.00000      0.00000      0.11800         0.000000      0.000000     -0.012345
 bool vasp_coord(std::int32_t fid, vectors x) {
     line_buffer line;
-    if (!search_word_free_last(fid, "POSITION", line)) return false;
+    if (!search_word_free_last(fid, keyword::vasp_positions, line)) return false;
     skip_records(fid, 1);
     return read_angstrom(fid, 0, x);
 }
@@ -178,11 +180,11 @@ bool vasp_coord(std::int32_t fid, vectors x) {
 //  O           8.0     0.0000000000        0.0000000000        0.2229876800
 bool gamess_coord(std::int32_t fid, vectors x) {
     line_buffer line;
-    if (search_word_last_del_space(fid, "COORDINATES OF ALL ATOMS ARE (ANGS)", line) &&
+    if (search_word_last_del_space(fid, keyword::gamess_angstrom, line) &&
         go_before_first_number(fid)) {
         return read_angstrom(fid, 2, x);
     }
-    if (!search_word_last_del_space(fid, "ATOM ATOMIC COORDINATES (BOHR)", line)) return false;
+    if (!search_word_last_del_space(fid, keyword::gamess_bohr, line)) return false;
     skip_records(fid, 1);
     return read_as_printed(fid, 2, x);
 }
@@ -212,7 +214,87 @@ constexpr reader_row<vectors> coord_table[] = {
     {tag::terachem, terachem_coord},
 };
 
+// Which of several tables the steps above take, and the searches by which they find it.
+
+constexpr bool the_first = false;
+constexpr bool the_last = true;
+
+bool anywhere(std::int32_t fid, std::string_view word, text_span line) {
+    return search_word_free(fid, word, line);
+}
+
+template <std::int32_t i, std::int32_t j>
+bool in_columns(std::int32_t fid, std::string_view word, text_span line) {
+    return search_word(fid, i, j, word, line);
+}
+
+struct heading {
+    std::string_view tag;
+    bool last;
+    std::string_view word;
+    bool (*find_next)(std::int32_t fid, std::string_view word, text_span line);
+};
+
+constexpr heading headings[] = {
+    {tag::gaussian_log, the_last, keyword::gaussian_orientation, search_word_del_space},
+    {tag::chemshell, the_first, keyword::chemshell_input_coordinates, in_columns<32, 48>},
+    {tag::molpro, the_first, keyword::molpro_xyz, in_columns<2, 40>},
+    {tag::turbomole, the_first, keyword::turbomole_geometry, anywhere},
+    {tag::nwchem, the_last, keyword::nwchem_coordinates, anywhere},
+    {tag::evc, the_first, keyword::coordinate, anywhere},
+    {tag::numforce, the_first, keyword::coordinate, anywhere},
+    {tag::orca, the_first, keyword::orca_bohr, anywhere},
+    {tag::orca_hessian, the_first, keyword::orca_hessian_atoms, anywhere},
+    {tag::qchem, the_last, keyword::qchem_orientation, anywhere},
+    {tag::vasp, the_last, keyword::vasp_positions, anywhere},
+    // Only without the first of these the second counts.
+    {tag::gamess_us, the_last, keyword::gamess_angstrom, search_word_del_space},
+    {tag::gamess_us, the_last, keyword::gamess_bohr, search_word_del_space},
+    {tag::terachem, the_last, keyword::terachem_geometry, anywhere},
+};
+
+/// What stands two lines above the last orientation table, without the colon at its end.
+std::string last_title(std::int32_t fid) {
+    line_buffer line;
+    if (!search_word_last_del_space(fid, keyword::gaussian_orientation, line)) return {};
+    for (int i = 0; i < 3; ++i) step_back(fid);
+    require_record(fid, line);
+    std::string title(trim(line.padded()));
+    if (title.ends_with(':')) title.pop_back();
+    return title;
+}
+
 }  // namespace
+
+bool reads_coord(std::string_view tag) {
+    return has_row(coord_table, tag);
+}
+
+geometry_place place_of_geometry(std::int32_t fid, std::string_view tag) {
+    geometry_place place;
+    line_buffer line;
+    for (const heading& known : headings) {
+        if (known.tag != tag || place.tables > 0) continue;
+        heading wanted = known;
+        if (tag == tag::gaussian_log) {
+            // A step has up to two tables, in different frames: those of one frame are counted.
+            place.title = last_title(fid);
+            if (!place.title.empty()) wanted.word = place.title;
+        }
+        place.last = wanted.last;
+        rewind_unit(fid);
+        while (wanted.find_next(fid, wanted.word, line)) ++place.tables;
+    }
+    return place;
+}
+
+bool read_last_orientation(std::int32_t fid, std::string_view title, matrix_view<double> x) {
+    line_buffer line;
+    if (!search_word_free_last(fid, title, line)) return false;
+    if (!go_before_first_number(fid)) return false;
+    read_vector_rows(fid, 3, x);
+    return true;
+}
 
 void qm_file_coord(std::string_view fname, std::int32_t natom, matrix_view<double> x,
                    std::int32_t& info) {

@@ -1,6 +1,7 @@
 #include "flib/qm_file/qm_file_force_tdip.h"
 
 #include <algorithm>
+#include <array>
 #include <span>
 #include <vector>
 
@@ -8,11 +9,13 @@
 #include "flib/io/free_format.h"
 #include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
+#include "flib/qm_file/detail/facts_steps.h"
 #include "flib/qm_file/detail/oniom_steps.h"
 #include "flib/qm_file/detail/reader_steps.h"
 #include "flib/qm_file/qm_file_oniom.h"
 #include "flib/qm_file/qm_file_type.h"
 #include "flib/qm_file/type_tag.h"
+#include "flib/text/string.h"
 
 namespace flib {
 namespace {
@@ -23,11 +26,22 @@ struct gradient {
     matrix_view<double> tdip;
 };
 
-/// A header that fills the columns from 2 on exactly.
-void go_up_to(std::int32_t fid, std::string_view header) {
+constexpr std::string_view forces_header =
+    "Center     Atomic                   Forces (Hartrees/Bohr)";
+constexpr std::string_view oniom_forces_header =
+    "Center     Atomic             Integrated Forces (Hartrees/Bohr)";
+constexpr std::string_view dipoles_header =
+    "Ground to excited state transition electric dipole moments (Au):";
+
+/// Looks upwards for a header, which fills the columns from 2 on exactly.
+bool find_up(std::int32_t fid, std::string_view header) {
     line_buffer line;
     const auto last = static_cast<std::int32_t>(header.size()) + 1;
-    if (!search_word_back(fid, 2, last, header, line)) miss_keyword(header);
+    return search_word_back(fid, 2, last, header, line);
+}
+
+void go_up_to(std::int32_t fid, std::string_view header) {
+    if (!find_up(fid, header)) miss_keyword(header);
 }
 
 /// Reads the table below `header`, the last of the file.
@@ -56,12 +70,33 @@ std::vector<std::int32_t> high_layer_index(std::int32_t fid, std::int32_t natom,
 void read_oniom_forces(std::int32_t fid, std::int32_t nqmmm, std::span<const std::int32_t> idx,
                        matrix_view<double> force) {
     matrix<double> force_qmmm(3, nqmmm, "the forces of all layers");
-    read_forces(fid, "Center     Atomic             Integrated Forces (Hartrees/Bohr)",
-                force_qmmm.view());
+    read_forces(fid, oniom_forces_header, force_qmmm.view());
     std::int32_t k = 0;
     for (const std::int32_t atom : idx) {
         std::ranges::copy(force_qmmm.view().column(atom), force.column(++k).begin());
     }
+}
+
+/// Reads the last forces of a log, from its start.
+void read_log_forces(std::int32_t fid, matrix_view<double> force) {
+    const bool ifoniom = names_oniom(fid);
+    std::vector<std::int32_t> idx;
+    std::int32_t nqmmm = 0;
+    if (ifoniom) idx = high_layer_index(fid, force.columns(), nqmmm);
+    go_to_end(fid);
+    if (ifoniom) {
+        read_oniom_forces(fid, nqmmm, idx, force);
+    } else {
+        read_forces(fid, forces_header, force);
+    }
+}
+
+/// Goes to the end of a log and from there up to its last forces, if there are some.
+bool find_last_forces(std::int32_t fid) {
+    rewind_unit(fid);
+    const std::string_view header = names_oniom(fid) ? oniom_forces_header : forces_header;
+    go_to_end(fid);
+    return find_up(fid, header);
 }
 
 //  Ground to excited state transition electric dipole moments (Au):
@@ -73,17 +108,8 @@ void read_oniom_forces(std::int32_t fid, std::int32_t nqmmm, std::span<const std
 //  -------------------------------------------------------------------
 //       1        8           0.000000000    0.000000000   -0.012345678
 void gaussian_log_force_tdip(std::int32_t fid, gradient out) {
-    const bool ifoniom = names_oniom(fid);
-    std::vector<std::int32_t> idx;
-    std::int32_t nqmmm = 0;
-    if (ifoniom) idx = high_layer_index(fid, out.force.columns(), nqmmm);
-    go_to_end(fid);
-    if (ifoniom) {
-        read_oniom_forces(fid, nqmmm, idx, out.force);
-    } else {
-        read_forces(fid, "Center     Atomic                   Forces (Hartrees/Bohr)", out.force);
-    }
-    go_up_to(fid, "Ground to excited state transition electric dipole moments (Au):");
+    read_log_forces(fid, out.force);
+    go_up_to(fid, dipoles_header);
     skip_records(fid, 1);
     read_vector_rows(fid, 1, out.tdip);
 }
@@ -94,6 +120,29 @@ constexpr reader_row<gradient> force_tdip_table[] = {
 };
 
 }  // namespace
+
+bool read_last_forces(std::int32_t fid, matrix_view<double> force) {
+    if (!find_last_forces(fid)) return false;
+    rewind_unit(fid);
+    read_log_forces(fid, force);
+    return true;
+}
+
+std::vector<std::array<double, 3>> read_last_dipoles(std::int32_t fid) {
+    std::vector<std::array<double, 3>> dipoles;
+    if (!find_last_forces(fid)) go_to_end(fid);
+    if (!find_up(fid, dipoles_header)) return dipoles;
+    skip_records(fid, 1);
+    line_buffer line;
+    // As many rows as there are: more roots may have been sought than are printed.
+    while (read_record(fid, line)) {
+        line_buffer token{first_token(line.padded())};
+        if (!is_number(token)) break;
+        auto& [x, y, z] = dipoles.emplace_back();
+        read_items(held_record{fid, line.padded()}, discard{1}, x, y, z);
+    }
+    return dipoles;
+}
 
 void qm_file_force_tdip(std::string_view fname, std::int32_t natom, std::int32_t ns,
                         matrix_view<double> force, matrix_view<double> tdip, std::int32_t& info) {

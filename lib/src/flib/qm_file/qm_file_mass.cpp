@@ -4,6 +4,7 @@
 
 #include "flib/io/free_format.h"
 #include "flib/io/unit.h"
+#include "flib/qm_file/detail/facts_steps.h"
 #include "flib/qm_file/detail/keyword.h"
 #include "flib/qm_file/detail/reader_steps.h"
 #include "flib/qm_file/type_tag.h"
@@ -210,6 +211,10 @@ constexpr reader_row<masses> mass_table[] = {
 };
 
 }  // namespace
+
+bool reads_mass(std::string_view tag) {
+    return has_row(mass_table, tag);
+}
 
 void qm_file_mass(std::string_view fname, std::int32_t natom, std::span<double> mass,
                   std::int32_t& info) {

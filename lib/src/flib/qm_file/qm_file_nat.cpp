@@ -2,6 +2,7 @@
 
 #include "flib/io/free_format.h"
 #include "flib/io/unit.h"
+#include "flib/qm_file/detail/facts_steps.h"
 #include "flib/qm_file/detail/keyword.h"
 #include "flib/qm_file/detail/reader_steps.h"
 #include "flib/qm_file/type_tag.h"
@@ -171,6 +172,10 @@ constexpr reader_row<numbers> nat_table[] = {
 };
 
 }  // namespace
+
+bool reads_nat(std::string_view tag) {
+    return has_row(nat_table, tag);
+}
 
 void qm_file_nat(std::string_view fname, std::int32_t natom, std::span<std::int32_t> nat,
                  std::int32_t& info) {

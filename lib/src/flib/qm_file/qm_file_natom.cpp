@@ -1,6 +1,7 @@
 #include "flib/qm_file/qm_file_natom.h"
 
 #include "flib/io/unit.h"
+#include "flib/qm_file/detail/facts_steps.h"
 #include "flib/qm_file/detail/keyword.h"
 #include "flib/qm_file/detail/reader_steps.h"
 #include "flib/qm_file/type_tag.h"
@@ -202,6 +203,10 @@ constexpr reader_row<std::int32_t&> natom_table[] = {
 };
 
 }  // namespace
+
+bool reads_natom(std::string_view tag) {
+    return has_row(natom_table, tag);
+}
 
 void qm_file_natom(std::string_view fname, std::int32_t& natom, std::int32_t& info) {
     natom = 0;

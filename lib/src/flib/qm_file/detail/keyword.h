@@ -16,13 +16,20 @@ inline constexpr std::string_view atomic_coordinates = "ATOMIC COORDINATES";
 inline constexpr std::string_view atomic_weights = "ATOMIC WEIGHTS";
 inline constexpr std::string_view chemshell_input_coordinates = "Input Coordinates";
 inline constexpr std::string_view coordinate = "Coordinate";
+inline constexpr std::string_view gamess_angstrom = "COORDINATES OF ALL ATOMS ARE (ANGS)";
+inline constexpr std::string_view gamess_bohr = "ATOM ATOMIC COORDINATES (BOHR)";
+inline constexpr std::string_view molpro_xyz = "Dump information in style XYZ to output";
 inline constexpr std::string_view nwchem_coordinates = "Output coordinates in angstroms";
 inline constexpr std::string_view nwchem_column_titles = "No.";
 inline constexpr std::string_view orca_hessian_atoms = "$atoms";
 inline constexpr std::string_view orca_angstrom = "CARTESIAN COORDINATES (ANGSTROEM)";
+inline constexpr std::string_view orca_bohr = "CARTESIAN COORDINATES (A.U.)";
 inline constexpr std::string_view qchem_orientation = "Standard Nuclear Orientation (Angstroms)";
 inline constexpr std::string_view terachem_geometry = "Molecular Geometry (bohr)";
 inline constexpr std::string_view turbomole_coordinates =
     "Atomic coordinate, charge and isotop information";
+
+inline constexpr std::string_view turbomole_geometry = "atomic coordinates";
+inline constexpr std::string_view vasp_positions = "POSITION";
 
 }  // namespace flib::keyword

@@ -54,6 +54,15 @@ struct reader_row {
     quiet_steps quiet = nullptr;
 };
 
+/// Whether there is a row for files of kind `tag`.
+template <class Output, std::size_t rows>
+bool has_row(const reader_row<Output> (&table)[rows], std::string_view tag) {
+    for (const reader_row<Output>& row : table) {
+        if (equal_padded(row.tag, tag)) return true;
+    }
+    return false;
+}
+
 /// Follows the row for the program of `file`, if there is one. `info` becomes 0 if it reports its
 /// table as read, else -1.
 template <class Output, std::size_t rows>
