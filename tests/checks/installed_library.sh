@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Installs into a scratch directory, moves the tree, and builds and runs a program against it: by
-# find_package() and by pkg-config, with the static and with the shared library.
+# Installs into a scratch directory, moves the tree, and builds and runs the programs of docs/library.md
+# and docs/install.md against it: by find_package() and by pkg-config, with the static and with the
+# shared library.
 set -euo pipefail
 source=$1
 build=$2
@@ -17,26 +18,50 @@ fail() {
     exit 1
 }
 
-# runs PROGRAM: it reads, and an error thrown in the library is caught outside.
-runs() {
-    local said
-    said=$(LD_LIBRARY_PATH=$library_directory "$1" "$source/examples/water/h2o_ref.log")
-    [ "$said" = "3 atoms, the first at z = 0.2230" ] || fail "$1 says: $said"
-    said=$(LD_LIBRARY_PATH=$library_directory "$1" "$work/none.log")
-    [[ $said == caught:*none.log* ]] || fail "$1 says: $said"
+reference=$source/examples/water/h2o_ref.log
+head -n 50 "$reference" >"$work/cut.log"
+echo "no output of any program" >"$work/notes"
+
+# says PROGRAM FILE STATUS PATTERN: what the program prints, and how it ends.
+says() {
+    local said status=0
+    said=$(LD_LIBRARY_PATH=$library_directory "$1" "$2" 2>&1) || status=$?
+    # shellcheck disable=SC2053
+    [[ "$status: $said" == $3:\ $4 ]] || fail "$1 $2 says: $status: $said"
 }
+
+# runs PROGRAM: a file that is whole, cut short, unknown or missing, and a directory.
+runs() {
+    if [[ $1 == *count_atoms* ]]; then
+        says "$1" "$reference" 0 "3 atoms, the first at z = 0.2230"
+        says "$1" "$work/cut.log" 1 "no geometry: line 50: the file ends where an item was expected"
+        says "$1" "$work/notes" 1 "no geometry: the program is not recognised"
+    else
+        says "$1" "$reference" 0 "state 1: 0.2867"
+    fi
+    says "$1" "$work/none.log" 2 "$work/none.log: cannot be opened: *"
+    says "$1" "$work" 2 "$work: *"
+}
+
+for program in count_atoms dipole_strength; do
+    for page in library install; do
+        shown=$(<"$source/docs/$page.md")
+        [[ $shown == *"$(<"$source/tests/checks/consumer/$program.cpp")"* ]] ||
+            [ "$page $program" = "install dipole_strength" ] || fail "docs/$page.md shows another $program"
+    done
+done
 
 cmake -S "$source/tests/checks/consumer" -B "$work/consumer" -DCMAKE_PREFIX_PATH="$work/prefix" \
     -DCMAKE_CXX_COMPILER="$compiler" >"$work/log"
-cmake --build "$work/consumer" >>"$work/log" || fail "$(cat "$work/log")"
-programs=("$work"/consumer/with_*)
+cmake --build "$work/consumer" -j 2 >>"$work/log" || fail "$(cat "$work/log")"
+programs=("$work"/consumer/*_with_*)
 for program in "${programs[@]}"; do
     [[ $program == *.so* ]] || runs "$program"
 done
 
 shared=$library_directory/libflib.so
 if [ -e "$shared" ]; then
-    [ "${#programs[@]}" -eq 2 ] || fail "no program was built with the shared library"
+    [ "${#programs[@]}" -eq 4 ] || fail "no program was built with the shared library"
     # Shown are the names of the library's namespace only.
     others=$(nm -DC --defined-only --format=posix "$shared" |
         grep -Ev '^((typeinfo|typeinfo name|vtable) for )?flib::|^FLIB_1 A ' || true)
@@ -44,14 +69,16 @@ if [ -e "$shared" ]; then
     readelf -d "$shared" | grep -q 'soname: \[libflib\.so\.[0-9]*\]' || fail "no versioned soname"
 fi
 
+[ -z "$(find "$work/prefix" -name detail)" ] || fail "internal headers are installed"
+
 if command -v pkg-config >/dev/null; then
     export PKG_CONFIG_PATH=$library_directory/pkgconfig
     [ "$(pkg-config --modversion flib)" = "$(sed -n 's/^project(stigruz VERSION \([0-9.]*\).*/\1/p' \
         "$source/CMakeLists.txt")" ] || fail "pkg-config knows another version"
     read -ra flags <<<"$(pkg-config --cflags --libs flib)"
     "$compiler" -std=c++20 "$source/tests/checks/consumer/count_atoms.cpp" "${flags[@]}" \
-        -o "$work/with_pkg_config"
-    runs "$work/with_pkg_config"
+        -o "$work/count_atoms_with_pkg_config"
+    runs "$work/count_atoms_with_pkg_config"
 fi
 
 for tool in stigruz qm_file sgn_check; do

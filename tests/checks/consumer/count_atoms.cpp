@@ -1,22 +1,22 @@
-// The number of atoms in a file, or why it cannot be had.
-#include <flib/io/stop_run.h>
-#include <flib/qm_file/qm_file_coord.h>
-#include <flib/qm_file/qm_file_natom.h>
-#include <flib/util/matrix.h>
+// What is in a file: the atoms and where the first one is, or why that cannot be told.
+#include <flib/qm_file/file_facts.h>
 
-#include <cstdint>
 #include <cstdio>
+#include <exception>
 
 int main(int argc, char** argv) {
-    if (argc != 2) return 3;
+    if (argc != 2) return 2;
     try {
-        std::int32_t natom = 0;
-        std::int32_t info = 0;
-        flib::qm_file_natom(argv[1], natom, info);
-        flib::matrix<double> x(3, natom, "the coordinates");
-        flib::qm_file_coord(argv[1], natom, x.view(), info);
-        std::printf("%d atoms, the first at z = %.4f\n", natom, x(3, 1));
-    } catch (const flib::io_error& error) {
-        std::printf("caught: %s\n", error.what());
+        const flib::file_facts facts = flib::facts_of(argv[1]);
+        if (!facts.geometry) {
+            std::printf("no geometry: %s\n",
+                        facts.missing.at(flib::quantity::geometry).reason.c_str());
+            return 1;
+        }
+        const double z = facts.geometry->x.front()[2];  // Bohr
+        std::printf("%d atoms, the first at z = %.4f\n", *facts.natom, z);
+    } catch (const std::exception& error) {  // the file cannot be read at all
+        std::printf("%s\n", error.what());
+        return 2;
     }
 }
