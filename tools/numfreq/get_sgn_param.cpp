@@ -1,10 +1,7 @@
 #include "numfreq/get_sgn_param.h"
 
-#include "flib/excited/qm_file_nbasis_nbsuse.h"
-#include "flib/excited/qm_file_nci.h"
 #include "flib/io/unit.h"
-#include "flib/qm_file/qm_file_natom.h"
-#include "flib/qm_file/qm_file_oniom.h"
+#include "numfreq/job_counts.h"
 #include "numfreq/job_files.h"
 #include "numfreq/sgn_file.h"
 
@@ -30,20 +27,15 @@ void get_sgn_param(bool ref, std::string_view finp, std::int32_t& natom, std::in
     }
     const flib::line_buffer flog = job_file(finp, suffix::log);
     const flib::line_buffer ffch = job_file(finp, suffix::checkpoint);
-    bool ifoniom = false;
-    std::int32_t info = 0;
-    flib::qm_file_ifoniom(flog.padded(), ifoniom, info);
-    if (ifoniom) {
-        std::int32_t nqmmm = 0;
-        flib::qm_file_natom_oniom_qm(flog.padded(), natom, nqmmm, info);
-    } else {
-        flib::qm_file_natom(ffch.padded(), natom, info);
-    }
-    std::int32_t na = 0;
-    std::int32_t nb = 0;
-    std::int32_t nae = 0;
-    flib::qm_file_nbasis_nbsuse(ffch.padded(), na, nb, nbasis, nbsuse, info);
-    flib::qm_file_nci(flog.padded(), mi, ma, mci, nae, nfc, nfv, info);
+    const job_counts counts = count_job(flog.padded(), ffch.padded());
+    natom = counts.natom;
+    nbasis = counts.nbasis;
+    nbsuse = counts.nbsuse;
+    mi = counts.mi;
+    ma = counts.ma;
+    mci = counts.mci;
+    nfc = counts.nfc;
+    nfv = counts.nfv;
     tden_maxloc = {0, 0};
     tden_maxval = 0;
 }
