@@ -1,0 +1,117 @@
+#include "states/follow.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <utility>
+
+#include "flib/excited/get_ci_density_nbasis_nbsuse.h"
+#include "states/assignment.h"
+#include "states/density_element.h"
+
+namespace states {
+namespace {
+
+/// The element of `root`'s transition density that is largest.
+void choose_element(const job& now, std::int32_t root, reference_state& state) {
+    const numfreq::job_counts& counts = now.counts;
+    flib::matrix<double> den(counts.nbasis, counts.nbasis, "the transition density");
+    flib::get_ci_density_nbasis_nbsuse(counts.nbasis, counts.nbasis, counts.mi, counts.ma,
+                                       counts.nfc, counts.nfv, now.moc.view(), now.amplitudes(root),
+                                       den.view());
+    flib::mat_abs_maxval_d(counts.nbasis, den.view(), state.element);
+    if (state.element[0] == 0) {
+        throw flib::io_error(now.files.dump, 0,
+                             "the transition density of root " + std::to_string(root) +
+                                 " has no element above zero in magnitude");
+    }
+    state.element_value = den(state.element[0], state.element[1]);
+}
+
+verdict judge(const followed_state& of, double weight, const thresholds& limits) {
+    // What is not a number is below every threshold.
+    if (!(weight >= limits.lost_below)) return verdict::lost;
+    if (!(weight >= limits.mixed_below)) return verdict::mixed;
+    return of.root == of.state ? verdict::same : verdict::exchanged;
+}
+
+followed_state judge_state(const reference_state& state, std::optional<std::size_t> column,
+                           const std::vector<double>& overlaps, const job& now,
+                           const thresholds& limits) {
+    followed_state result{.state = state.state, .overlaps = overlaps};
+    if (!column) return result;
+    const double overlap = overlaps[*column];
+    result.root = static_cast<std::int32_t>(*column) + 1;
+    result.kind = judge(result, overlap * overlap, limits);
+    if (result.kind == verdict::lost) {
+        result.root = 0;
+        return result;
+    }
+    result.overlap = std::abs(overlap);
+    result.sign = (overlap > 0 ? 1 : 0) - (overlap < 0 ? 1 : 0);
+    result.values = values_of(now, result.root);
+    for (double& component : result.values->dipole) component *= result.sign;
+    result.element_value = density_element(now, result.root, state.element);
+    return result;
+}
+
+}  // namespace
+
+std::string_view name_of(verdict kind) {
+    switch (kind) {
+        case verdict::same:
+            return "same";
+        case verdict::exchanged:
+            return "exchanged";
+        case verdict::mixed:
+            return "mixed";
+        case verdict::lost:
+            break;
+    }
+    return "lost";
+}
+
+double root_values::oscillator_strength() const {
+    const auto [x, y, z] = dipole;
+    return 2.0 / 3.0 * energy * (x * x + y * y + z * z);
+}
+
+root_values values_of(const job& now, std::int32_t root) {
+    return {now.energy[static_cast<std::size_t>(root) - 1],
+            {now.tdip(1, root), now.tdip(2, root), now.tdip(3, root)}};
+}
+
+reference_set prepare(job&& reference, std::span<const std::int32_t> wanted) {
+    overlap_reference overlaps(reference);
+    std::vector<reference_state> states;
+    for (const std::int32_t state : wanted) {
+        states.push_back({.state = state, .values = values_of(reference, state)});
+        choose_element(reference, state, states.back());
+    }
+    reference.moc = flib::matrix<double>(0, 0, "");
+    reference.xpy = {};
+    return {std::move(reference), std::move(overlaps), std::move(states)};
+}
+
+bool followed_job::clear() const {
+    const auto is_same = [](const followed_state& of) { return of.kind == verdict::same; };
+    return std::ranges::all_of(states, is_same) && (!stigruz || stigruz->agrees);
+}
+
+followed_job follow(const reference_set& from, const job& now, const thresholds& limits) {
+    const overlap_rows rows = from.overlaps.overlaps(now);
+    const auto columns = assign(rows);
+    followed_job result;
+    for (const reference_state& state : from.states) {
+        const auto row = static_cast<std::size_t>(state.state) - 1;
+        result.states.push_back(judge_state(state, columns[row], rows[row], now, limits));
+        if (state.state != 1) continue;
+        const followed_state& first = result.states.back();
+        const std::int32_t sign =
+            flib::same_sign_d(density_element(now, 1, state.element), state.element_value);
+        result.stigruz = {sign, first.root == 1 && first.sign == sign};
+    }
+    return result;
+}
+
+}  // namespace states
