@@ -81,7 +81,7 @@ if command -v pkg-config >/dev/null; then
     runs "$work/count_atoms_with_pkg_config"
 fi
 
-for tool in stigruz qm_file sgn_check; do
+for tool in stigruz qm_file sgn_check sgn_states; do
     [ -x "$work/prefix/bin/$tool" ] || fail "$tool is not installed"
     [ -e "$work/prefix/share/man/man1/$tool.1" ] || fail "$tool has no manual page"
     [ -e "$work/prefix/share/bash-completion/completions/$tool" ] || fail "$tool is not completed"

@@ -1,0 +1,32 @@
+// The command line of sgn_states.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "common/number_ranges.h"
+#include "states/follow.h"
+
+namespace sgn_states {
+
+struct options {
+    std::optional<std::string> shown{};  ///< of --help or --version, to be shown instead of a run
+    states::thresholds limits;
+    std::vector<tools::number_range> states;  ///< of the reference; empty: all
+    std::optional<std::string> json;          ///< file for JSON, or "-"
+    bool csv = false;                         ///< CSV instead of the table
+    bool write = false;                       ///< result files of every state
+    std::int32_t workers = 1;                 ///< jobs at a time
+    std::string reference;
+    std::vector<std::string> jobs;
+};
+
+/// The options and names of a command line, without the program's name. Throws flib::run_error if
+/// it makes no sense.
+options parse_options(std::span<const std::string_view> arguments);
+
+}  // namespace sgn_states

@@ -1,0 +1,274 @@
+#include "sgn_states/report.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <string_view>
+#include <vector>
+
+#include "common/csv.h"
+#include "common/json_text.h"
+#include "common/number_text.h"
+#include "common/program.h"
+#include "common/table.h"
+#include "flib/io/stop_run.h"
+#include "flib/util/units.h"
+
+namespace sgn_states {
+namespace {
+
+using states::followed_job;
+using states::followed_state;
+using states::root_values;
+using states::verdict;
+using tools::decimal;
+
+double electronvolts(const root_values& of) {
+    return of.energy * flib::hartree_energy;
+}
+
+enum column : std::size_t { job, state, root, overlap, sign, energy, strength, dipole, words };
+
+using row = std::vector<tools::table_cell>;
+
+void show_values(row& cells, const root_values& values) {
+    cells[energy].text = decimal(electronvolts(values), 4);
+    cells[strength].text = decimal(values.oscillator_strength(), 4);
+    for (const double component : values.dipole) {
+        const std::string text = decimal(component, 4);
+        cells[dipole].text.append(text.size() < 9 ? 9 - text.size() : 1, ' ').append(text);
+    }
+}
+
+row new_row(const std::string& name, std::int32_t number) {
+    row cells(words + 1);
+    cells[job].text = flib::printable(name);
+    cells[state].text = std::to_string(number);
+    return cells;
+}
+
+/// "0.71 root 2, 0.65 root 3": the two largest overlaps of a state.
+std::string largest_two(const std::vector<double>& overlaps) {
+    std::vector<std::size_t> order(overlaps.size());
+    for (std::size_t i = 0; i < order.size(); ++i) order[i] = i;
+    std::ranges::stable_sort(order, [&](std::size_t a, std::size_t b) {
+        return std::abs(overlaps[a]) > std::abs(overlaps[b]);
+    });
+    std::string text;
+    for (std::size_t i = 0; i < std::min<std::size_t>(order.size(), 2); ++i) {
+        if (i > 0) text += ", ";
+        text += decimal(std::abs(overlaps[order[i]]), 2) + " root " + std::to_string(order[i] + 1);
+    }
+    return text;
+}
+
+std::string words_of(const followed_state& of) {
+    switch (of.kind) {
+        case verdict::mixed:
+            return "mixed: " + largest_two(of.overlaps);
+        case verdict::lost:
+            return "lost: " + largest_two(of.overlaps) + "; ask for more roots";
+        default:
+            return std::string(name_of(of.kind));
+    }
+}
+
+row row_of(const std::string& name, const followed_state& of) {
+    row cells = new_row(name, of.state);
+    cells[words] = {words_of(of),
+                    of.kind == verdict::same ? tools::paint::good : tools::paint::bad};
+    if (of.root == 0) return cells;
+    cells[root].text = std::to_string(of.root);
+    cells[overlap].text = decimal(of.overlap, 4);
+    cells[sign].text = std::to_string(of.sign);
+    show_values(cells, *of.values);
+    return cells;
+}
+
+std::string disagreement(const std::string& name, const followed_job& of) {
+    if (!of.stigruz || of.stigruz->agrees) return {};
+    const followed_state& first = of.states.front();
+    std::string text = flib::printable(name) + ": stigruz takes root 1 with the sign " +
+                       std::to_string(of.stigruz->sign) + " for state 1; ";
+    if (first.root == 0) return text + "no root continues it\n";
+    return text + "the overlap says root " + std::to_string(first.root) + " with the sign " +
+           std::to_string(first.sign) + "\n";
+}
+
+std::string summary(const set_result& result, const options& how) {
+    std::array<std::size_t, 4> count{};
+    std::size_t jobs = 0;
+    std::size_t clear = 0;
+    std::size_t written = result.reference.states.size();
+    std::string text;
+    for (const job_result& each : result.jobs) {
+        written += each.written_files;
+        if (!each.followed) continue;
+        ++jobs;
+        if (each.followed->clear()) ++clear;
+        for (const followed_state& of : each.followed->states) {
+            ++count[static_cast<std::size_t>(of.kind)];
+        }
+        text += disagreement(each.name, *each.followed);
+    }
+    const auto number = [](std::size_t n, const char* what) {
+        return std::to_string(n) + " " + what + (n == 1 ? "" : "s");
+    };
+    if (clear == jobs) {
+        text += number(jobs, "job") + ": all states the same and clear";
+    } else {
+        text +=
+            std::to_string(jobs - clear) + " of " + number(jobs, "job") + " with doubt; states:";
+        for (const verdict kind :
+             {verdict::same, verdict::exchanged, verdict::mixed, verdict::lost}) {
+            text += (kind == verdict::same ? " " : ", ") +
+                    std::to_string(count[static_cast<std::size_t>(kind)]) + " " +
+                    std::string(name_of(kind));
+        }
+    }
+    if (const std::size_t unread = result.jobs.size() - jobs; unread > 0) {
+        text += "; " + number(unread, "job") + " not read";
+    }
+    text += ".\n";
+    if (how.write) text += number(written, "result file") + " written.\n";
+    return text;
+}
+
+/// An unknown value is null.
+template <class Value>
+tools::json_value known_json(bool known, const Value& value) {
+    return known ? tools::json_value(value) : tools::json_value();
+}
+
+tools::json_value job_json(const job_result& of) {
+    tools::json_value list = tools::json_value::array();
+    for (const followed_state& each : of.followed->states) {
+        const bool known = each.values.has_value();
+        const root_values values = each.values.value_or(root_values{});
+        list.push_back({{"state", each.state},
+                        {"root", known_json(known, each.root)},
+                        {"overlap", known_json(known, each.overlap)},
+                        {"sign", each.sign},
+                        {"energy", known_json(known, electronvolts(values))},
+                        {"dipole", known_json(known, values.dipole)},
+                        {"strength", known_json(known, values.oscillator_strength())},
+                        {"verdict", name_of(each.kind)},
+                        {"overlaps", each.overlaps}});
+    }
+    tools::json_value object{{"name", of.name}, {"checkpoint", of.checkpoint}, {"states", list}};
+    if (const auto& answer = of.followed->stigruz) {
+        object["stigruz"] = {{"sign", answer->sign}, {"agrees", answer->agrees}};
+    }
+    return object;
+}
+
+std::vector<std::string> csv_fields(const std::string& name, std::int32_t number,
+                                    std::string root_number, std::string magnitude,
+                                    std::string its_sign, const std::optional<root_values>& values,
+                                    std::string_view kind) {
+    std::vector<std::string> fields{name, std::to_string(number), std::move(root_number),
+                                    std::move(magnitude), std::move(its_sign)};
+    if (values) {
+        fields.push_back(tools::csv_real(electronvolts(*values)));
+        fields.push_back(tools::csv_real(values->oscillator_strength()));
+        for (const double component : values->dipole) fields.push_back(tools::csv_real(component));
+    } else {
+        fields.resize(fields.size() + 5);
+    }
+    fields.emplace_back(kind);
+    return fields;
+}
+
+}  // namespace
+
+std::string table(const set_result& result, const options& how, const tools::terminal& on) {
+    tools::table all{{{"Job"},
+                      {"State", true},
+                      {"Root", true},
+                      {"Overlap", true},
+                      {"Sign", true},
+                      {"eV", true, 2},
+                      {"Strength", true, 3},
+                      {"Corrected dipole (au)", true, 1},
+                      {"Verdict"}},
+                     {}};
+    for (const states::reference_state& each : result.reference.states) {
+        row& cells =
+            all.rows.emplace_back(new_row(result.reference.reference.files.name, each.state));
+        show_values(cells, each.values);
+        cells[words].text = "reference";
+    }
+    for (const job_result& each : result.jobs) {
+        if (!each.followed) continue;
+        for (const followed_state& of : each.followed->states) {
+            all.rows.push_back(row_of(each.name, of));
+        }
+    }
+    return tools::table_text(all, on) + summary(result, how);
+}
+
+std::string json(const set_result& result, const options& how) {
+    tools::json_value all{
+        {"reference", result.reference.reference.files.name},
+        {"states", tools::json_value::array()},
+        {"jobs", tools::json_value::array()},
+        {"thresholds",
+         {{"mixed_below", how.limits.mixed_below}, {"lost_below", how.limits.lost_below}}},
+        {"unreadable", tools::json_value::array()}};
+    for (const states::reference_state& each : result.reference.states) {
+        all["states"].push_back({{"state", each.state},
+                                 {"energy", electronvolts(each.values)},
+                                 {"dipole", each.values.dipole},
+                                 {"strength", each.values.oscillator_strength()}});
+    }
+    for (const job_result& each : result.jobs) {
+        if (each.followed) {
+            all["jobs"].push_back(job_json(each));
+        } else {
+            all["unreadable"].push_back(
+                {{"name", each.name}, {"checkpoint", each.checkpoint}, {"reason", each.reason()}});
+        }
+    }
+    return tools::json_text(all);
+}
+
+std::string csv(const set_result& result) {
+    std::string text =
+        tools::csv_line({"job", "state", "root", "overlap", "sign", "energy", "strength",
+                         "dipole_x", "dipole_y", "dipole_z", "verdict", "overlaps"});
+    for (const states::reference_state& each : result.reference.states) {
+        std::vector<std::string> fields =
+            csv_fields(result.reference.reference.files.name, each.state, "", "", "", each.values,
+                       "reference");
+        fields.emplace_back();
+        text += tools::csv_line(fields);
+    }
+    for (const job_result& each : result.jobs) {
+        if (!each.followed) continue;
+        for (const followed_state& of : each.followed->states) {
+            const bool known = of.root != 0;
+            std::vector<std::string> fields =
+                csv_fields(each.name, of.state, known ? std::to_string(of.root) : "",
+                           known ? tools::csv_real(of.overlap) : "", std::to_string(of.sign),
+                           of.values, name_of(of.kind));
+            std::string& overlaps = fields.emplace_back();
+            for (const double value : of.overlaps) {
+                overlaps.append(overlaps.empty() ? "" : " ").append(tools::csv_real(value));
+            }
+            text += tools::csv_line(fields);
+        }
+    }
+    return text;
+}
+
+int status_of(const set_result& result) {
+    int status = tools::exit_status::fine;
+    for (const job_result& each : result.jobs) {
+        if (!each.followed) return tools::exit_status::failed;
+        if (!each.followed->clear()) status = tools::exit_status::doubtful;
+    }
+    return status;
+}
+
+}  // namespace sgn_states

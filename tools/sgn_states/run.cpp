@@ -1,0 +1,146 @@
+#include "sgn_states/run.h"
+
+#include <algorithm>
+#include <atomic>
+#include <exception>
+#include <filesystem>
+#include <map>
+#include <mutex>
+#include <new>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "flib/io/stop_run.h"
+#include "states/state_file.h"
+
+namespace sgn_states {
+namespace {
+
+using states::job_files;
+
+bool is_same_file(const std::string& a, const std::string& b) {
+    std::error_code unknown;
+    return a == b || std::filesystem::equivalent(a, b, unknown);
+}
+
+/// The jobs to be done. Jobs of one name share their log and dump, so only one of them is whole.
+std::vector<job_result> jobs_of(const options& how, const job_files& reference) {
+    std::map<std::string, std::string> checkpoints{{reference.name, reference.checkpoint}};
+    std::map<std::string, bool> is_listed;
+    std::vector<job_result> jobs;
+    for (const std::string& checkpoint : how.jobs) {
+        const std::string name = states::files_of(checkpoint).name;
+        const std::string& known = checkpoints.try_emplace(name, checkpoint).first->second;
+        if (!is_same_file(known, checkpoint)) {
+            const flib::io_error shared(
+                checkpoint, 0,
+                "has the name of " + flib::printable(known) + ", and so the same log and dump");
+            jobs.push_back({.checkpoint = checkpoint,
+                            .name = name,
+                            .failure = std::make_exception_ptr(shared)});
+        } else if (!std::exchange(is_listed[name], true)) {
+            jobs.push_back({.checkpoint = checkpoint, .name = name});
+        }
+    }
+    return jobs;
+}
+
+std::vector<std::int32_t> wanted_states(const options& how, const states::job& reference) {
+    const std::int32_t roots = reference.counts.mci;
+    if (how.states.empty()) return tools::numbers_in({{1, roots}}, roots);
+    if (const std::int32_t state = tools::largest_in(how.states); state > roots) {
+        throw flib::run_error("state " + std::to_string(state) + " was asked for, but " +
+                              flib::printable(reference.files.checkpoint) + " has " +
+                              std::to_string(roots));
+    }
+    return tools::numbers_in(how.states, roots);
+}
+
+/// The result file of a state must not be that of another job.
+void require_free_names(const states::reference_set& reference,
+                        const std::vector<job_result>& jobs) {
+    std::vector<std::string> names{reference.reference.files.name};
+    for (const job_result& each : jobs) names.push_back(each.name);
+    for (const std::string& name : names) {
+        for (const states::reference_state& state : reference.states) {
+            const std::string file = states::state_file_name(name, state.state);
+            for (const std::string& other : names) {
+                if (file != other + ".sgn") continue;
+                throw flib::run_error("--write would write " + flib::printable(file) + " for " +
+                                      flib::printable(name) + ", but that is the result of " +
+                                      flib::printable(other));
+            }
+        }
+    }
+}
+
+void follow_into(job_result& result, const states::reference_set& reference, const options& how) {
+    const states::job now = states::read_job(result.checkpoint, &reference.reference);
+    states::followed_job followed = follow(reference, now, how.limits);
+    if (how.write && result.name != reference.reference.files.name) {
+        for (const states::followed_state& state : followed.states) {
+            write_followed_state(reference, now, state);
+            ++result.written_files;
+        }
+    }
+    result.followed = std::move(followed);
+}
+
+}  // namespace
+
+std::string job_result::reason() const {
+    if (!failure) return {};
+    try {
+        std::rethrow_exception(failure);
+    } catch (const flib::io_error& error) {
+        return error.what();
+    } catch (const flib::run_error& error) {
+        return flib::printable(checkpoint) + ": " + error.what();
+    } catch (...) {
+        return flib::printable(checkpoint) + ": not enough memory";
+    }
+}
+
+set_result run(const options& how, const progress& tell) {
+    states::job reference = states::read_job(how.reference);
+    const std::vector<std::int32_t> wanted = wanted_states(how, reference);
+    set_result result{.reference = prepare(std::move(reference), wanted)};
+    result.jobs = jobs_of(how, result.reference.reference.files);
+    if (how.write) {
+        require_free_names(result.reference, result.jobs);
+        for (const states::reference_state& state : result.reference.states) {
+            write_reference_state(result.reference, state);
+        }
+    }
+
+    std::atomic<std::size_t> next = 0;
+    std::size_t done = 0;
+    std::mutex telling;
+    const auto work = [&] {
+        for (std::size_t i = next++; i < result.jobs.size(); i = next++) {
+            if (!result.jobs[i].failure) {
+                try {
+                    follow_into(result.jobs[i], result.reference, how);
+                } catch (...) {
+                    result.jobs[i].failure = std::current_exception();
+                }
+            }
+            const std::scoped_lock alone(telling);
+            tell(++done, result.jobs.size());
+        }
+    };
+    const auto workers =
+        std::min<std::size_t>(static_cast<std::size_t>(how.workers), result.jobs.size());
+    std::vector<std::jthread> threads;
+    try {
+        while (threads.size() + 1 < workers) threads.emplace_back(work);
+    } catch (const std::system_error&) {
+        // As many as there are will do.
+    }
+    work();
+    threads.clear();
+    return result;
+}
+
+}  // namespace sgn_states
