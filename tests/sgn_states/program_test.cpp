@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -209,6 +210,32 @@ TEST_F(SgnStates, WritesForTheFirstStateWhatStigruzWrites) {
     EXPECT_EQ(names_of("h2o_.*_s[2-4]\\.sgn"), words{});
 }
 
+TEST_F(SgnStates, WritesLostStatesAsWithoutASign) {
+    EXPECT_EQ(
+        run({"--write", "--states=3", "--lost-below=0.9998", "h2ox_ref.fchk", "h2ox_02yp.fchk"})
+            .status,
+        1);
+    const auto lost = numfreq::read_sgn_file(path("h2ox_02yp_s3.sgn"));
+    const auto reference = numfreq::read_sgn_file(path("h2ox_ref_s3.sgn"));
+    EXPECT_EQ(lost.parameters.sign, 0);
+    EXPECT_EQ(lost.parameters.tden_maxval, 0);
+    EXPECT_EQ(lost.corrected_tdip, (std::array<double, 3>{}));
+    EXPECT_EQ(lost.parameters.tden_maxloc, reference.parameters.tden_maxloc);
+    EXPECT_EQ(reference.corrected_tdip, (std::array{0.0, 0.0, -0.7}));
+    EXPECT_EQ(lost.frc[0][2], 0.094387256);
+}
+
+TEST_F(SgnStates, ShowsItsProgressOnATerminal) {
+    const int terminal = run({"-qec", "true", "/dev/null"}, "/usr/bin/script").status;
+    if (terminal != 0) GTEST_SKIP() << "no terminal to be had";
+    const std::string command = "TERM=xterm NO_COLOR= " TOOL_DIRECTORY
+                                "/sgn_states h2ox_ref.fchk h2ox_02yp.fchk h2ox_01zp.fchk";
+    const std::string shown = run({"-qec", command, "/dev/null"}, "/usr/bin/script").output;
+    EXPECT_THAT(shown, testing::StartsWith("\r\033[K1 of 2 jobs\r\033[KJob "));
+    EXPECT_THAT(shown, HasSubstr(" \033[32msame\033[0m\r\n"));
+    EXPECT_THAT(shown, HasSubstr(" \033[1;31mexchanged\033[0m\r\n"));
+}
+
 TEST_F(SgnStates, GivesTheSameWithSeveralThreads) {
     fs::copy(EXAMPLES "/water", scratch_.path());
     fs::remove(path("h2o_02xm.cis"));
@@ -227,16 +254,22 @@ TEST_F(SgnStates, NamesJobsItCannotReadAndGoesOn) {
     fs::create_directory(path("there"));
     fs::copy(path("h2ox_02yp.fchk"), path("there"));
     change("h2ox_01zm.log", "roots to seek:     4", "roots to seek:     5");
-    const auto told = run({"--write", "h2ox_ref.fchk", "h2ox_02yp.fchk", "./h2ox_02yp.fchk",
-                           "there/h2ox_02yp.fchk", "h2ox_01zm.fchk", "h2ox_02ym.fchk"});
+    const auto told =
+        run({"--write", "h2ox_ref.fchk", "h2ox_02yp.fchk", "./h2ox_02yp.fchk",
+             "there/h2ox_02yp.fchk", "h2ox_01zm.fchk", "", "h2ox_02ym.log", "h2ox_02ym.fchk"});
     EXPECT_EQ(told.status, 2);
-    EXPECT_EQ(told.errors,
-              "sgn_states: there/h2ox_02yp.fchk: has the name of h2ox_02yp.fchk, and so the same "
-              "log and dump\n"
-              "sgn_states: h2ox_01zm.log: line 82: 'to' stands where a real number was expected\n");
+    EXPECT_EQ(
+        told.errors,
+        "sgn_states: there/h2ox_02yp.fchk: has the name of h2ox_02yp.fchk, and so the same "
+        "log and dump\n"
+        "sgn_states: h2ox_01zm.log: line 82: 'to' stands where a real number was expected\n"
+        "sgn_states: '': cannot be a job: without directory and extension nothing is left as its "
+        "name\n"
+        "sgn_states: h2ox_02ym.log: is not a formatted checkpoint\n");
+    EXPECT_THAT(run({"h2ox_ref.fchk", "absent.fchk"}).output, HasSubstr("\nNo job was read.\n"));
     EXPECT_THAT(told.output,
                 HasSubstr("\n1 of 2 jobs with doubt; states: 6 same, 2 exchanged, 0 "
-                          "mixed, 0 lost; 2 jobs not read.\n12 result files written.\n"));
+                          "mixed, 0 lost; 4 jobs not read.\n12 result files written.\n"));
     // A directory stands where a result file is to be.
     fs::create_directory(path("h2ox_01zp_s2.sgn"));
     const auto refused = run({"--write", "h2ox_ref.fchk", "h2ox_01zp.fchk", "h2ox_02ym.fchk"});
@@ -258,7 +291,7 @@ TEST_F(SgnStates, WritesNothingOverTheResultOfAnotherJob) {
     EXPECT_EQ(
         refused.errors,
         "sgn_states: --write would write h2ox_ref_s4.sgn for h2ox_ref, but that is the result "
-        "of h2ox_ref_s4\n");
+        "of another job\n");
     EXPECT_EQ(names_of(".*\\.sgn"), words{});
     EXPECT_EQ(run({"--write", "--states=1-3", "h2ox_ref.fchk", "h2ox_ref_s4.fchk"}).errors, "");
 }

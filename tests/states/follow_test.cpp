@@ -137,6 +137,8 @@ TEST_F(Following, TellsVerdicts) {
               "2 same 2 -1 1.00 | 0.50 -21.00 -22.00 -23.00 | 3.00 | 0.00 -1.00 0.00\n"
               "3 same 3 1 1.00 | 0.75 31.00 32.00 33.00 | 4.00 | 0.00 0.00 1.00\n"
               "stigruz 1 agrees, clear");
+    EXPECT_TRUE(what_of({{1, 0, 0}, {0, 3, 0}, {0, 0, 4}}, {.mixed_below = 1, .lost_below = 1})
+                    .ends_with("clear"));
     // State 1 at root 2, which stigruz does not see; a fourth root; state 3 is nowhere.
     EXPECT_EQ(what_of({{0, -1, 0}, {-1, 0, 0}, {0, 0, 0.3}, {0.5, 0.1, 0}}),
               "1 exchanged 2 -1 1.00 | 0.50 -21.00 -22.00 -23.00 | -1.00 | 0.00 -1.00 0.00 0.98\n"
@@ -185,6 +187,16 @@ TEST_F(Following, AsksStigruzOnlyForTheFirstState) {
     ASSERT_EQ(followed.states.size(), 2U);
     EXPECT_EQ(followed.states[0].root, 2);
     EXPECT_EQ(followed.states[1].root, 3);
+}
+
+TEST_F(Following, NeedsADensityThatIsNotZero) {
+    job vanishing = made_up({.nbasis = 3, .mi = 1, .ma = 2, .mci = 1}, 1, false);
+    for (std::int32_t i = 1; i <= 3; ++i) vanishing.moc(i, i) = 0.5;
+    for (double& amplitude : amplitudes_of(vanishing, 1)) amplitude = 5e-324;
+    const auto end = support::ending_of([&] { prepared(std::move(vanishing)); });
+    ASSERT_TRUE(end);
+    EXPECT_EQ(end->text,
+              "made.cis: the transition density of root 1 has no element above zero in magnitude");
 }
 
 /// What has no meaning: phases and order of orbitals, turns among degenerate ones, phases and order

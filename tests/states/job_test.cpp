@@ -178,7 +178,7 @@ TEST_F(ReadingAJob, FindsItsFiles) {
     EXPECT_EQ(files.log, "a.b.log");
     EXPECT_EQ(files.dump, "a.b.cis");
     const auto end = support::ending_of([] { states::files_of("there/.fchk"); });
-    EXPECT_THAT(end->text, testing::StartsWith("'there/.fchk' cannot be a checkpoint: "));
+    EXPECT_THAT(end->text, testing::StartsWith("there/.fchk: cannot be a job: "));
 }
 
 }  // namespace

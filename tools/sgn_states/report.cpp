@@ -115,7 +115,9 @@ std::string summary(const set_result& result, const options& how) {
     const auto number = [](std::size_t n, const char* what) {
         return std::to_string(n) + " " + what + (n == 1 ? "" : "s");
     };
-    if (clear == jobs) {
+    if (jobs == 0) {
+        text += "No job was read";
+    } else if (clear == jobs) {
         text += number(jobs, "job") + ": all states the same and clear";
     } else {
         text +=
@@ -127,7 +129,7 @@ std::string summary(const set_result& result, const options& how) {
                     std::string(name_of(kind));
         }
     }
-    if (const std::size_t unread = result.jobs.size() - jobs; unread > 0) {
+    if (const std::size_t unread = result.jobs.size() - jobs; jobs > 0 && unread > 0) {
         text += "; " + number(unread, "job") + " not read";
     }
     text += ".\n";

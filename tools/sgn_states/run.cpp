@@ -6,12 +6,16 @@
 #include <filesystem>
 #include <map>
 #include <mutex>
-#include <new>
+#include <set>
 #include <system_error>
 #include <thread>
 #include <utility>
 
 #include "flib/io/stop_run.h"
+#include "flib/qm_file/qm_file_type.h"
+#include "flib/qm_file/type_tag.h"
+#include "flib/util/file.h"
+#include "numfreq/job_files.h"
 #include "states/state_file.h"
 
 namespace sgn_states {
@@ -24,24 +28,47 @@ bool is_same_file(const std::string& a, const std::string& b) {
     return a == b || std::filesystem::equivalent(a, b, unknown);
 }
 
-/// The jobs to be done. Jobs of one name share their log and dump, so only one of them is whole.
+/// Whether it is at least a checkpoint. What is none is told when it is read.
+bool is_checkpoint(const std::string& name) {
+    try {
+        return flib::type_tag_of(name) == flib::tag::gaussian_fchk;
+    } catch (const flib::run_error&) {
+        return false;
+    }
+}
+
+/// Why a checkpoint cannot be a job beside the others, of which `first` is the one of each name.
+/// Jobs of one name share their log and dump, so only one of them is whole.
+std::exception_ptr refusal_of(const std::string& checkpoint,
+                              std::map<std::string, std::string>& first) {
+    try {
+        const std::string name = states::files_of(checkpoint).name;
+        if (!is_checkpoint(checkpoint)) return {};
+        const std::string& known = first.try_emplace(name, checkpoint).first->second;
+        if (is_same_file(known, checkpoint)) return {};
+        throw flib::io_error(
+            checkpoint, 0,
+            "has the name of " + flib::printable(known) + ", and so the same log and dump");
+    } catch (const flib::run_error&) {
+        return std::current_exception();
+    }
+}
+
+/// The jobs to be done, each once.
 std::vector<job_result> jobs_of(const options& how, const job_files& reference) {
-    std::map<std::string, std::string> checkpoints{{reference.name, reference.checkpoint}};
-    std::map<std::string, bool> is_listed;
+    std::map<std::string, std::string> first{{reference.name, reference.checkpoint}};
+    std::map<std::string, std::vector<std::string>> listed;  // by name
     std::vector<job_result> jobs;
     for (const std::string& checkpoint : how.jobs) {
-        const std::string name = states::files_of(checkpoint).name;
-        const std::string& known = checkpoints.try_emplace(name, checkpoint).first->second;
-        if (!is_same_file(known, checkpoint)) {
-            const flib::io_error shared(
-                checkpoint, 0,
-                "has the name of " + flib::printable(known) + ", and so the same log and dump");
-            jobs.push_back({.checkpoint = checkpoint,
-                            .name = name,
-                            .failure = std::make_exception_ptr(shared)});
-        } else if (!std::exchange(is_listed[name], true)) {
-            jobs.push_back({.checkpoint = checkpoint, .name = name});
-        }
+        const std::string name = flib::name_main(checkpoint);
+        std::vector<std::string>& others = listed[name];
+        const auto is_this = [&](const std::string& other) {
+            return is_same_file(other, checkpoint);
+        };
+        if (std::ranges::any_of(others, is_this)) continue;
+        others.push_back(checkpoint);
+        jobs.push_back(
+            {.checkpoint = checkpoint, .name = name, .failure = refusal_of(checkpoint, first)});
     }
     return jobs;
 }
@@ -60,19 +87,23 @@ std::vector<std::int32_t> wanted_states(const options& how, const states::job& r
 /// The result file of a state must not be that of another job.
 void require_free_names(const states::reference_set& reference,
                         const std::vector<job_result>& jobs) {
-    std::vector<std::string> names{reference.reference.files.name};
-    for (const job_result& each : jobs) names.push_back(each.name);
-    for (const std::string& name : names) {
+    std::set<std::string> results;
+    const auto add = [&](const std::string& name) {
+        results.insert(name + std::string(numfreq::suffix::result));
+    };
+    add(reference.reference.files.name);
+    for (const job_result& each : jobs) add(each.name);
+    const auto require = [&](const std::string& name) {
         for (const states::reference_state& state : reference.states) {
             const std::string file = states::state_file_name(name, state.state);
-            for (const std::string& other : names) {
-                if (file != other + ".sgn") continue;
-                throw flib::run_error("--write would write " + flib::printable(file) + " for " +
-                                      flib::printable(name) + ", but that is the result of " +
-                                      flib::printable(other));
-            }
+            if (!results.contains(file)) continue;
+            throw flib::run_error("--write would write " + flib::printable(file) + " for " +
+                                  flib::printable(name) +
+                                  ", but that is the result of another job");
         }
-    }
+    };
+    require(reference.reference.files.name);
+    for (const job_result& each : jobs) require(each.name);
 }
 
 void follow_into(job_result& result, const states::reference_set& reference, const options& how) {
@@ -95,7 +126,7 @@ std::string job_result::reason() const {
         std::rethrow_exception(failure);
     } catch (const flib::io_error& error) {
         return error.what();
-    } catch (const flib::run_error& error) {
+    } catch (const flib::ending& error) {
         return flib::printable(checkpoint) + ": " + error.what();
     } catch (...) {
         return flib::printable(checkpoint) + ": not enough memory";

@@ -117,9 +117,8 @@ void require_numbers(const job& now) {
 job_files files_of(const std::string& checkpoint) {
     const std::string name = flib::name_main(checkpoint);
     if (flib::trim_right(name).empty()) {
-        throw flib::run_error("'" + flib::printable(checkpoint) +
-                              "' cannot be a checkpoint: without directory and extension nothing "
-                              "is left as the job's name");
+        fail(checkpoint,
+             "cannot be a job: without directory and extension nothing is left as its name");
     }
     return {name, checkpoint, name + std::string(numfreq::suffix::log),
             name + std::string(numfreq::suffix::amplitudes)};
