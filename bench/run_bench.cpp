@@ -1,33 +1,16 @@
 // Whole runs of the tool, against what the system needs at the least.
 
 #include <cstdint>
-#include <cstdio>
-#include <stdexcept>
 #include <string>
 
 #include "compare.h"
 #include "inputs.h"
+#include "run_cost.h"
 
 namespace {
 
-struct run_cost {
-    double wall_seconds = 0;
-    double processor_seconds = 0;
-    long kibibytes = 0;
-};
-
-/// Runs a command in a directory.
-run_cost run(const bench::temporary_directory& directory, const std::string& command) {
-    const std::string measured = MEASURE " " + directory.file("") + " " + command;
-    std::FILE* const answer = popen(measured.c_str(), "r");
-    run_cost cost;
-    const bool complete =
-        answer != nullptr && std::fscanf(answer, "%lf %lf %ld", &cost.wall_seconds,
-                                         &cost.processor_seconds, &cost.kibibytes) == 3;
-    if (answer != nullptr) pclose(answer);
-    if (!complete) throw std::runtime_error(command + " failed");
-    return cost;
-}
+using bench::run;
+using bench::run_cost;
 
 /// The processor time of a reference run, against counting the newlines of its three files with wc
 /// -l. `beside_MiB` is its memory beyond the arrays that hold the job's quantities.
