@@ -25,11 +25,13 @@ TEST(NumberRanges, AreReadFromAList) {
         EXPECT_EQ(text + "of " + std::to_string(tools::largest_in(ranges)), expected);
     }
     for (const std::string list :
-         {"", ",", "1,", ",1", "0", "-1", "3-", "3-2", "1-2-3", "x", "1x", "1 ", "2147483648"}) {
+         {"", ",", "1,", ",1", "0", "-1", "3-", "1-2-3", "x", "1x", "1 ", "2147483648"}) {
         const auto end = support::ending_of([&] { tools::parse_ranges("--atoms", list); });
         ASSERT_TRUE(end) << list;
-        EXPECT_EQ(end->text, "--atoms takes numbers such as 1-3,7, not '" + list + "'");
+        EXPECT_EQ(end->text, "--atoms: expected numbers like 1-3,7, not '" + list + "'");
     }
+    const auto end = support::ending_of([] { tools::parse_ranges("--states", "1,3-2"); });
+    EXPECT_EQ(end->text, "--states: '3-2' ends before it begins");
 }
 
 }  // namespace

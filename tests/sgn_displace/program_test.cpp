@@ -151,7 +151,7 @@ TEST_F(SgnDisplace, SaysWhatIsWrong) {
          "letters, digits, '_', '.', '+' and '-'"},
         {{"h2o.gjf", "--atoms=4"}, "--atoms: there is no atom 4, the input has 3"},
         {{"h2o.gjf", "--atoms=0"}, "--atoms: expected numbers like 1-3,7, not '0'"},
-        {{"h2o.gjf", "--atoms=1,"}, "--atoms: expected numbers like 1-3,7, not ''"},
+        {{"h2o.gjf", "--atoms=1,"}, "--atoms: expected numbers like 1-3,7, not '1,'"},
         {{"h2o.gjf", "--atoms=3-1"}, "--atoms: '3-1' ends before it begins"},
         {{"h2o.gjf", "--atoms=1--2"}, "--atoms: expected numbers like 1-3,7, not '1--2'"},
         {{"h2o.gjf", "--step=0"}, "--step takes a length in Angstrom, 0.0001 to 1, not '0'"},

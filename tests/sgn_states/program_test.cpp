@@ -303,9 +303,9 @@ TEST_F(SgnStates, UnderstandsItsCommandLine) {
     } cases[] = {
         {{"h2ox_ref.fchk"}, "needs a reference and jobs to follow it into"},
         {{"--states=5", "h2ox_ref.fchk", "h2ox_01zm.fchk"},
-         "state 5 was asked for, but h2ox_ref.fchk has 4"},
+         "--states: there is no state 5, h2ox_ref.fchk has 4"},
         {{"--states=1-x", "h2ox_ref.fchk", "h2ox_01zm.fchk"},
-         "--states takes numbers such as 1-3,7, not '1-x'"},
+         "--states: expected numbers like 1-3,7, not '1-x'"},
         {{"--mixed-below=-1", "a", "b"}, "--mixed-below takes a number, 0 or above, not '-1'"},
         {{"-j0", "a", "b"}, "--jobs takes a number, 1 or above, not '0'"},
         {{"--jobs=2x", "a", "b"}, "--jobs takes a number, 1 or above, not '2x'"},

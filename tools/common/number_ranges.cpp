@@ -15,24 +15,28 @@ bool read_number(std::string_view text, std::int32_t& number) {
     return read.ec == std::errc{} && read.ptr == end && number >= 1;
 }
 
-bool read_range(std::string_view text, number_range& range) {
-    const std::size_t dash = text.find('-');
-    if (!read_number(text.substr(0, dash), range.first)) return false;
-    range.last = range.first;
-    if (dash == std::string_view::npos) return true;
-    return read_number(text.substr(dash + 1), range.last) && range.first <= range.last;
-}
-
 }  // namespace
 
 std::vector<number_range> parse_ranges(const std::string& option, std::string_view list) {
+    const auto number_of = [&](std::string_view text) {
+        std::int32_t number = 0;
+        if (read_number(text, number)) return number;
+        throw flib::run_error(option + ": expected numbers like 1-3,7, not '" +
+                              flib::printable(list) + "'");
+    };
     std::vector<number_range> ranges;
     std::string_view rest = list;
     while (true) {
         const std::size_t comma = rest.find(',');
-        if (!read_range(rest.substr(0, comma), ranges.emplace_back())) {
-            throw flib::run_error(option + " takes numbers such as 1-3,7, not '" +
-                                  flib::printable(list) + "'");
+        const std::string_view item = rest.substr(0, comma);
+        const std::size_t dash = item.find('-');
+        number_range& range = ranges.emplace_back();
+        range.first = number_of(item.substr(0, dash));
+        range.last =
+            dash == std::string_view::npos ? range.first : number_of(item.substr(dash + 1));
+        if (range.last < range.first) {
+            throw flib::run_error(option + ": '" + flib::printable(item) +
+                                  "' ends before it begins");
         }
         if (comma == std::string_view::npos) return ranges;
         rest.remove_prefix(comma + 1);

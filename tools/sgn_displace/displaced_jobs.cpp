@@ -2,8 +2,8 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <set>
 
+#include "common/number_ranges.h"
 #include "common/number_text.h"
 #include "flib/io/number.h"
 #include "flib/io/stop_run.h"
@@ -29,31 +29,13 @@ std::string name_of_set(const std::string& file) {
 }
 
 std::vector<std::size_t> parse_atom_list(std::string_view text, std::size_t natom) {
-    const auto fail = [&](const std::string& what) { throw flib::run_error("--atoms: " + what); };
-    const auto number_of = [&](std::string_view item) {
-        std::int32_t number = 0;
-        if (!std::ranges::all_of(item, flib::is_ascii_digit) ||
-            flib::parse_integer(item, number) != flib::number_error::none || number < 1) {
-            fail("expected numbers like 1-3,7, not '" + flib::printable(text) + "'");
-        }
-        const auto atom = static_cast<std::size_t>(number);
-        if (atom > natom) {
-            fail("there is no atom " + std::to_string(atom) + ", the input has " +
-                 std::to_string(natom));
-        }
-        return atom;
-    };
-    std::set<std::size_t> atoms;
-    for (bool more = true; more;) {
-        const std::size_t comma = text.find(',');
-        const std::string_view item = text.substr(0, comma);
-        const std::size_t first = number_of(item.substr(0, item.find('-')));
-        const std::size_t last = number_of(flib::after_first('-', item));
-        if (last < first) fail("'" + flib::printable(item) + "' ends before it begins");
-        for (std::size_t atom = first; atom <= last; ++atom) atoms.insert(atom);
-        more = comma != std::string_view::npos;
-        if (more) text.remove_prefix(comma + 1);
+    const auto ranges = tools::parse_ranges("--atoms", text);
+    const std::int32_t largest = tools::largest_in(ranges);
+    if (static_cast<std::size_t>(largest) > natom) {
+        throw flib::run_error("--atoms: there is no atom " + std::to_string(largest) +
+                              ", the input has " + std::to_string(natom));
     }
+    const std::vector<std::int32_t> atoms = tools::numbers_in(ranges, largest);
     return {atoms.begin(), atoms.end()};
 }
 

@@ -77,7 +77,7 @@ std::vector<std::int32_t> wanted_states(const options& how, const states::job& r
     const std::int32_t roots = reference.counts.mci;
     if (how.states.empty()) return tools::numbers_in({{1, roots}}, roots);
     if (const std::int32_t state = tools::largest_in(how.states); state > roots) {
-        throw flib::run_error("state " + std::to_string(state) + " was asked for, but " +
+        throw flib::run_error("--states: there is no state " + std::to_string(state) + ", " +
                               flib::printable(reference.files.checkpoint) + " has " +
                               std::to_string(roots));
     }
