@@ -5,9 +5,6 @@
 #include <cmath>
 #include <map>
 
-#include "flib/excited/get_ci_density_nbasis_nbsuse.h"
-#include "flib/util/units.h"
-#include "states/density_element.h"
 #include "states/made_up.h"
 #include "support/support.h"
 
@@ -265,19 +262,6 @@ TEST_F(Following, DoesNotDependOnPhasesAndOrders) {
             EXPECT_EQ(b.values->energy, a.values->energy);
             for (std::size_t k = 0; k < 3; ++k)
                 EXPECT_EQ(b.values->dipole[k] + 0.0, a.values->dipole[k] + 0.0);
-        }
-    }
-}
-
-TEST(DensityElement, HasTheBitsOfTheWholeDensity) {
-    const numfreq::job_counts counts{.nbasis = 11, .mi = 3, .ma = 5, .mci = 2, .nfc = 2, .nfv = 1};
-    const job now = made_up(counts, 9);
-    flib::matrix<double> den(11, 11, "the density");
-    flib::get_ci_density_nbasis_nbsuse(11, 11, 3, 5, 2, 1, now.moc.view(), now.amplitudes(2),
-                                       den.view());
-    for (std::int32_t p = 1; p <= 11; ++p) {
-        for (std::int32_t q = 1; q <= 11; ++q) {
-            EXPECT_EQ(states::density_element(now, 2, {p, q}), den(p, q));
         }
     }
 }

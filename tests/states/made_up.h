@@ -10,8 +10,8 @@
 
 /// A job with random orbitals, amplitudes, dipoles and energies. Without `mixed_orbitals` every
 /// orbital is a basis function.
-inline states::job made_up(const numfreq::job_counts& counts, unsigned seed,
-                           bool mixed_orbitals = true) {
+inline states::job made_up(numfreq::job_counts counts, unsigned seed, bool mixed_orbitals = true) {
+    counts.nbsuse = counts.nbasis;
     std::mt19937_64 bits(seed);
     std::uniform_real_distribution<double> range(-1, 1);
     const auto fill = [&](auto values) {

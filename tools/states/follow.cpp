@@ -3,29 +3,36 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <string>
 #include <utility>
 
-#include "flib/excited/get_ci_density_nbasis_nbsuse.h"
+#include "flib/excited/detail/density_parts.h"
+#include "flib/io/stop_run.h"
 #include "states/assignment.h"
-#include "states/density_element.h"
 
 namespace states {
 namespace {
 
+flib::orbital_counts orbitals_of(const job& now) {
+    const numfreq::job_counts& of = now.counts;
+    return {of.nbasis, of.nbsuse, of.mi, of.ma, of.nfc, of.nfv};
+}
+
 /// The element of `root`'s transition density that is largest.
-void choose_element(const job& now, std::int32_t root, reference_state& state) {
-    const numfreq::job_counts& counts = now.counts;
-    flib::matrix<double> den(counts.nbasis, counts.nbasis, "the transition density");
-    flib::get_ci_density_nbasis_nbsuse(counts.nbasis, counts.nbasis, counts.mi, counts.ma,
-                                       counts.nfc, counts.nfv, now.moc.view(), now.amplitudes(root),
-                                       den.view());
-    flib::mat_abs_maxval_d(counts.nbasis, den.view(), state.element);
-    if (state.element[0] == 0) {
-        throw flib::io_error(now.files.dump, 0,
-                             "the transition density of root " + std::to_string(root) +
-                                 " has no element above zero in magnitude");
-    }
-    state.element_value = den(state.element[0], state.element[1]);
+flib::extremum largest_element(const job& now, std::int32_t root) {
+    flib::density_extremum density(orbitals_of(now), now.amplitudes(root));
+    density.take(now.moc.view());
+    const flib::extremum largest = density.find();
+    if (largest.at[0] != 0) return largest;
+    throw flib::io_error(now.files.dump, 0,
+                         "the transition density of root " + std::to_string(root) +
+                             " has no element above zero in magnitude");
+}
+
+double density_element(const job& now, std::int32_t root, const flib::element_location& at) {
+    flib::density_element element(orbitals_of(now), at);
+    element.take(now.moc.view());
+    return element.value(now.amplitudes(root));
 }
 
 verdict judge(const followed_state& of, double weight, const thresholds& limits) {
@@ -85,8 +92,8 @@ reference_set prepare(job&& reference, std::span<const std::int32_t> wanted) {
     overlap_reference overlaps(reference);
     std::vector<reference_state> states;
     for (const std::int32_t state : wanted) {
-        states.push_back({.state = state, .values = values_of(reference, state)});
-        choose_element(reference, state, states.back());
+        const auto [at, value] = largest_element(reference, state);
+        states.push_back({state, values_of(reference, state), at, value});
     }
     reference.moc = flib::matrix<double>(0, 0, "");
     reference.xpy = {};
