@@ -64,10 +64,14 @@ void require_same_atoms(const result_file& file, const result_file& reference) {
 job make_job(const result_file& file, const result_file& reference) {
     job result;
     result.name = file.name;
+    result.sign = file.contents.parameters.sign;
     result.dipole = file.contents.corrected_tdip;
     result.forces = file.contents.frc;
     for (std::size_t i = 0; i < file.contents.x.size(); ++i) {
-        result.shift.push_back(difference(file.contents.x[i], reference.contents.x[i]));
+        vec3 shift = difference(file.contents.x[i], reference.contents.x[i]);
+        // It has six decimals like the coordinates.
+        for (double& component : shift) component = std::round(component * 1e6) / 1e6;
+        result.shift.push_back(shift);
         result.step = std::max(result.step, length(result.shift.back()));
     }
     return result;
@@ -89,19 +93,22 @@ void place(std::vector<job>& jobs, std::size_t at) {
         added.is = role::undisplaced;
         return;
     }
-    for (std::size_t i = 1; i < at; ++i) {
-        job& earlier = jobs[i];
-        if (earlier.is != role::paired && earlier.is != role::one_sided) continue;
-        if (match(added, earlier, 1)) {
-            added.is = role::repeated;
-            added.other = i;
-            return;
-        }
-        if (match(added, earlier, -1)) {
-            added.is = earlier.is = role::paired;
-            added.other = i;
-            earlier.other = at;
-        }
+    const auto find = [&](double direction, auto&& may_be) {
+        std::size_t i = 1;
+        while (i < at && !(may_be(jobs[i].is) && match(added, jobs[i], direction))) ++i;
+        return i;
+    };
+    const auto takes_part = [](role is) { return is == role::paired || is == role::one_sided; };
+    if (const std::size_t same = find(1, takes_part); same < at) {
+        added.is = role::repeated;
+        added.other = same;
+        return;
+    }
+    const auto alone = [](role is) { return is == role::one_sided; };
+    if (const std::size_t opposite = find(-1, alone); opposite < at) {
+        added.is = jobs[opposite].is = role::paired;
+        added.other = opposite;
+        jobs[opposite].other = at;
     }
 }
 
@@ -132,6 +139,7 @@ displaced_set make_set(const result_file& reference, std::span<const result_file
         set.atoms.push_back({std::string(contents.symbol[i].trimmed()), contents.nat[i],
                              contents.mass[i], contents.x[i]});
     }
+    set.basis_functions = contents.parameters.nmo;
     set.jobs.push_back(make_job(reference, reference));
     set.jobs.front().is = role::reference;
     for (const result_file& file : files) {

@@ -40,6 +40,7 @@ struct job {
     std::size_t other = 0;    ///< paired: the partner; repeated: the earlier file (place in `jobs`)
     std::vector<vec3> shift;  ///< of every atom against the reference, Angstrom
     double step = 0;          ///< of the atom that moved most, Angstrom
+    std::int32_t sign = 0;    ///< with which the printed dipole was multiplied
     vec3 dipole{};            ///< corrected transition dipole, au
     std::vector<vec3> forces;  ///< of every atom, Hartree/Bohr
 };
@@ -47,6 +48,7 @@ struct job {
 struct displaced_set {
     std::vector<atom> atoms;  ///< at the reference geometry
     std::vector<job> jobs;    ///< the reference first, then the files in their order
+    std::int32_t basis_functions = 0;
     std::size_t pairs = 0;
     std::size_t one_sided = 0;
     double smallest_step = 0;  ///< Angstrom

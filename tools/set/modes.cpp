@@ -39,6 +39,15 @@ Eigen::MatrixXd internal_basis(std::span<const atom> atoms, const Eigen::VectorX
     return q.rightCols(3 * n - rigid.cols());
 }
 
+/// The first of the largest components, equal ones of symmetric atoms being equal but for the last
+/// digits.
+Eigen::Index farthest_of(const Eigen::VectorXd& moved) {
+    const double nearly = moved.cwiseAbs().maxCoeff() * (1 - 1e-6);
+    Eigen::Index at = 0;
+    while (std::abs(moved[at]) < nearly) ++at;
+    return at;
+}
+
 }  // namespace
 
 table force_constants(const table& force_derivatives) {
@@ -62,6 +71,7 @@ std::vector<normal_mode> normal_modes(std::span<const atom> atoms, const table& 
                                              .transpose()
                                              .reshaped();
     const Eigen::MatrixXd basis = internal_basis(atoms, mass);
+    if (basis.cols() == 0) return {};
     const Eigen::MatrixXd weighted =
         inverse_root.asDiagonal() * view(force_constants) * inverse_root.asDiagonal();
     const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> solver(basis.transpose() * weighted *
@@ -72,9 +82,7 @@ std::vector<normal_mode> normal_modes(std::span<const atom> atoms, const table& 
     std::vector<normal_mode> modes;
     for (Eigen::Index m = 0; m < vectors.cols(); ++m) {
         Eigen::VectorXd moved = inverse_root.cwiseProduct(vectors.col(m));
-        Eigen::Index farthest = 0;
-        moved.cwiseAbs().maxCoeff(&farthest);
-        if (moved[farthest] < 0) moved = -moved;
+        if (moved[farthest_of(moved)] < 0) moved = -moved;
 
         normal_mode mode;
         const double eigenvalue = solver.eigenvalues()[m];

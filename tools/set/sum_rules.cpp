@@ -80,7 +80,7 @@ sum_rules evaluate(const rigid_motions& motions, const Eigen::VectorXd& values,
     sum_rules result;
     result.judged = true;
     const auto count = [&](double residue, double uncertainty) {
-        const double ratio = residue / uncertainty;
+        const double ratio = residue == 0 ? 0 : residue / uncertainty;
         ++result.sums;
         result.chi2 += ratio * ratio;
         result.largest = std::max(result.largest, std::abs(ratio));

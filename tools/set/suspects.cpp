@@ -214,26 +214,22 @@ std::vector<guess> search::next(const std::vector<guess>& from) const {
     for (const guess& base : from) {
         signs reversed = base.reversed;
         for (const std::vector<std::size_t>& move : moves_) {
-            // What was reversed stays so: each set of signs is reached in one way less.
-            if (std::any_of(move.begin(), move.end(), [&](std::size_t j) { return reversed[j]; })) {
-                continue;
-            }
             residues left = base.left;
             for (const std::size_t j : move) {
-                reversed[j] = true;
-                left += change_[j];
+                left += (reversed[j] ? -1.0 : 1.0) * change_[j];
+                reversed[j].flip();
             }
             steps.push_back({&base, &move, cost(reversed, left)});
-            for (const std::size_t j : move) reversed[j] = false;
+            for (const std::size_t j : move) reversed[j].flip();
         }
     }
-    const std::size_t kept = std::min(2 * guesses, steps.size());
+    const std::size_t kept = std::min(4 * guesses, steps.size());
     std::partial_sort(steps.begin(), steps.begin() + static_cast<std::ptrdiff_t>(kept), steps.end(),
                       [](const step& a, const step& b) { return a.cost < b.cost; });
     std::vector<guess> result;
     for (std::size_t i = 0; i < kept && result.size() < guesses; ++i) {
         signs reversed = steps[i].base->reversed;
-        for (const std::size_t j : *steps[i].move) reversed[j] = true;
+        for (const std::size_t j : *steps[i].move) reversed[j].flip();
         const bool known = std::any_of(result.begin(), result.end(), [&](const guess& earlier) {
             return earlier.reversed == reversed;
         });
@@ -275,7 +271,7 @@ suspects find_suspects(const displaced_set& set, const derivatives& of, const su
         }
     }
     if (result.flips.empty()) {
-        result.unsound = !dipole.satisfied;
+        result.unsound = true;
     } else {
         result.mended = dipole_rules(set, of, result.flips.front());
     }

@@ -17,7 +17,7 @@ struct suspects {
     std::vector<std::vector<std::size_t>> flips;
     sum_rules mended;  ///< the sum rules with the first of them reversed
 
-    /// The sums fail, but no few signs mend them.
+    /// Sums or second differences fail, but no few signs mend them.
     bool unsound = false;
 };
 

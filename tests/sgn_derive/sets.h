@@ -1,0 +1,71 @@
+// The sets of result files that the tests use: that of the bundled example, made by stigruz, and
+// one of wide-angled water.
+#pragma once
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "set/displaced_set.h"
+#include "support/support.h"
+
+namespace sets {
+
+namespace fs = std::filesystem;
+
+struct set_files {
+    std::string name;
+    sgn_set::result_file reference;
+    std::vector<sgn_set::result_file> files;  // in the order of their names
+};
+
+inline set_files read(const std::string& name, const fs::path& directory) {
+    set_files result{name, {}, {}};
+    std::vector<fs::path> paths;
+    for (const auto& entry : fs::directory_iterator(directory)) {
+        if (entry.path().extension() == ".sgn") paths.push_back(entry.path());
+    }
+    std::sort(paths.begin(), paths.end());
+    for (const fs::path& path : paths) {
+        sgn_set::result_file file{path.filename(), numfreq::read_sgn_file(path.string())};
+        if (file.name.find("_ref") != std::string::npos) {
+            result.reference = std::move(file);
+        } else {
+            result.files.push_back(std::move(file));
+        }
+    }
+    return result;
+}
+
+/// A directory with the example's files, its result files among them.
+inline const fs::path& water_directory() {
+    static const support::scratch_directory scratch;
+    static const bool made = [] {
+        fs::copy(EXAMPLES "/water", scratch.path());
+        std::vector<std::string> jobs;
+        for (const auto& entry : fs::directory_iterator(scratch.path())) {
+            if (entry.path().extension() == ".fchk") jobs.push_back(entry.path().filename());
+        }
+        support::run({"stigruz", {"h2o_ref.fchk"}, scratch.path()});
+        for (const std::string& job : jobs) {
+            if (job != "h2o_ref.fchk")
+                support::run({"stigruz", {job, "h2o_ref.sgn"}, scratch.path()});
+        }
+        return true;
+    }();
+    (void)made;
+    return scratch.path();
+}
+
+inline const set_files& water() {
+    static const set_files set = read("water", water_directory());
+    return set;
+}
+
+inline const set_files& crossing() {
+    static const set_files set = read("crossing", support::data_file("crossing_results"));
+    return set;
+}
+
+}  // namespace sets

@@ -1,0 +1,235 @@
+#include "sgn_derive/checkpoint.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <optional>
+
+#include "common/number_text.h"
+#include "flib/io/stop_run.h"
+#include "flib/util/elements.h"
+#include "flib/util/units.h"
+#include "sgn_derive/checkpoint_sections.h"
+
+namespace sgn_derive {
+namespace {
+
+/// Values of one state: its energy, the electric dipole, the velocity dipole, the magnetic dipole,
+/// and six more.
+constexpr std::size_t values_per_state = 16;
+constexpr std::size_t dipole_at = 1;
+constexpr std::size_t field_components = 3;
+
+// Places in the list of scalars.
+constexpr std::size_t scalar_count = 20;
+constexpr std::size_t states_at = 0;
+constexpr std::size_t values_at = 1;
+constexpr std::size_t target_at = 4;
+constexpr std::size_t derivatives_at = 5;
+
+std::vector<double> flat(const std::vector<sgn_set::vec3>& vectors, double factor) {
+    std::vector<double> result;
+    for (const sgn_set::vec3& each : vectors) {
+        for (const double component : each) result.push_back(factor * component);
+    }
+    return result;
+}
+
+std::vector<double> lower_triangle(const sgn_set::table& of) {
+    std::vector<double> result;
+    for (std::size_t i = 0; i < of.rows; ++i) {
+        const auto row = of.row(i).first(i + 1);
+        result.insert(result.end(), row.begin(), row.end());
+    }
+    return result;
+}
+
+std::vector<double> state_values(const report& of, double energy) {
+    const std::size_t coordinates = of.derivatives.dipole.rows;
+    std::vector<double> values(values_per_state * (1 + field_components + coordinates));
+    values[0] = energy;
+    const sgn_set::vec3& dipole = of.set.jobs.front().dipole;
+    std::copy(dipole.begin(), dipole.end(), values.begin() + dipole_at);
+    const std::vector<double> forces = flat(of.set.jobs.front().forces, 1);
+    for (std::size_t c = 0; c < coordinates; ++c) {
+        const auto at = values.begin() +
+                        static_cast<std::ptrdiff_t>(values_per_state * (1 + field_components + c));
+        *at = of.set.has_forces ? -forces[c] : 0;
+        const auto row = of.derivatives.dipole.row(c);
+        std::copy(row.begin(), row.end(), at + dipole_at);
+    }
+    return values;
+}
+
+/// What the derivatives have to say, in the order of a checkpoint.
+std::vector<section> result_sections(const report& of, double energy) {
+    std::vector<double> coordinates;
+    std::vector<double> masses;
+    for (const sgn_set::atom& each : of.set.atoms) {
+        for (const double x : each.x) coordinates.push_back(x / flib::bohr_radius);
+        masses.push_back(each.mass);
+    }
+    std::vector<section> result{real_section(section_name::coordinates, coordinates),
+                                real_section(section_name::masses, masses)};
+    if (of.set.has_forces) {
+        result.push_back(
+            real_section(section_name::gradient, flat(of.set.jobs.front().forces, -1)));
+        result.push_back(
+            real_section(section_name::force_constants, lower_triangle(of.force_constants)));
+    }
+    std::vector<std::int32_t> scalars(scalar_count);
+    scalars[states_at] = 1;
+    scalars[values_at] = values_per_state;
+    scalars[2] = 1;
+    scalars[3] = 10;
+    scalars[target_at] = 1;
+    scalars[derivatives_at] = static_cast<std::int32_t>(coordinates.size() + field_components);
+    result.push_back(integer_section(section_name::state_scalars, scalars));
+    result.push_back(real_section(section_name::state_values, state_values(of, energy)));
+    return result;
+}
+
+std::size_t atom_count(const sections& from) {
+    const std::int32_t count = from.integer(section_name::atoms);
+    if (count < 1) {
+        throw flib::io_error(from.file, from.require(section_name::atoms).line, "holds no atoms");
+    }
+    return static_cast<std::size_t>(count);
+}
+
+/// The template has to be a checkpoint of the reference.
+void require_same_molecule(const sections& from, const report& of) {
+    const auto& atoms = of.set.atoms;
+    const std::string reference = " of " + flib::printable(of.set.jobs.front().name);
+    const std::size_t count = atom_count(from);
+    if (count != atoms.size()) {
+        throw flib::io_error(from.file, 0,
+                             "has " + std::to_string(count) + " atoms instead of the " +
+                                 std::to_string(atoms.size()) + reference);
+    }
+    const auto numbers = from.integers(section_name::numbers, count);
+    const auto x = from.reals(section_name::coordinates, 3 * count);
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::string which = "atom " + std::to_string(i + 1);
+        if (numbers[i] != atoms[i].number) {
+            throw flib::io_error(from.file, 0,
+                                 which + " is a " + std::to_string(numbers[i]) +
+                                     " instead of the " + std::to_string(atoms[i].number) +
+                                     reference);
+        }
+        sgn_set::vec3 place{};
+        for (std::size_t k = 0; k < 3; ++k) place[k] = x[3 * i + k] * flib::bohr_radius;
+        // Six decimals there, a Bohr radius of another year here.
+        constexpr double tolerance = 1e-4;
+        const double distance = sgn_set::length(sgn_set::difference(place, atoms[i].x));
+        if (!(distance <= tolerance)) {
+            throw flib::io_error(from.file, 0,
+                                 which + " stands " + tools::decimal(distance, 4) +
+                                     " Angstrom from that" + reference);
+        }
+    }
+}
+
+}  // namespace
+
+std::string checkpoint_of(const report& of) {
+    std::vector<std::int32_t> numbers;
+    std::vector<double> charges;
+    for (const sgn_set::atom& each : of.set.atoms) {
+        numbers.push_back(each.number);
+        charges.push_back(each.number);
+    }
+    std::string text = "Derivatives of a transition dipole and of forces, by sgn_derive\nFreq\n";
+    text += text_of(
+        integer_section(section_name::atoms, static_cast<std::int32_t>(of.set.atoms.size())));
+    text += text_of(integer_section(section_name::basis_functions, of.set.basis_functions));
+    text += text_of(integer_section(section_name::numbers, numbers));
+    text += text_of(real_section(section_name::charges, charges));
+    for (const section& each : result_sections(of, 0)) text += text_of(each);
+    return text;
+}
+
+std::string checkpoint_of(const report& of, const std::string& template_file) {
+    sections from = read_sections(template_file);
+    require_same_molecule(from, of);
+    const double energy = from.find(section_name::energy) ? from.real(section_name::energy) : 0;
+    std::vector<section> added = result_sections(of, energy);
+    std::string text = from.titles[0] + '\n' + from.titles[1] + '\n';
+    for (const section& each : from.all) {
+        const auto replacing = std::find_if(added.begin(), added.end(), [&](const section& one) {
+            return one.label == each.label;
+        });
+        if (replacing == added.end()) {
+            text += text_of(each);
+        } else {
+            text += text_of(*replacing);
+            added.erase(replacing);
+        }
+    }
+    for (const section& each : added) text += text_of(each);
+    return text;
+}
+
+checkpoint read_checkpoint(const std::string& file) {
+    const sections from = read_sections(file);
+    const std::size_t count = atom_count(from);
+    const auto numbers = from.integers(section_name::numbers, count);
+    const auto x = from.reals(section_name::coordinates, 3 * count);
+    checkpoint result;
+    for (std::size_t i = 0; i < count; ++i) {
+        sgn_set::atom atom;
+        atom.number = numbers[i];
+        if (numbers[i] >= 0 && numbers[i] <= 118) atom.symbol = flib::element_symbol(numbers[i]);
+        for (std::size_t k = 0; k < 3; ++k) atom.x[k] = x[3 * i + k] * flib::bohr_radius;
+        result.atoms.push_back(atom);
+    }
+
+    const section& head = from.require(section_name::state_scalars);
+    const auto scalars =
+        from.integers(section_name::state_scalars, static_cast<std::size_t>(head.count));
+    const auto refuse = [&](const std::string& message) {
+        throw flib::io_error(file, head.line,
+                             "'" + std::string(section_name::state_scalars) + "' " + message);
+    };
+    if (scalars.size() <= derivatives_at) refuse("has too few values");
+    if (scalars[derivatives_at] == 0) refuse("tells of no derivatives");
+    const std::size_t derivatives = field_components + 3 * count;
+    if (scalars[values_at] != static_cast<std::int32_t>(values_per_state) ||
+        scalars[derivatives_at] != static_cast<std::int32_t>(derivatives)) {
+        refuse("does not tell of " + std::to_string(values_per_state) + " values a state and " +
+               std::to_string(derivatives) + " derivatives of each");
+    }
+    const std::int32_t states = scalars[states_at];
+    const std::int32_t target = scalars[target_at];
+    if (states < 1 || target < 1 || target > states) refuse("names no target state");
+    const auto before = static_cast<std::size_t>(states) * values_per_state;
+    const auto values =
+        from.reals(section_name::state_values, before + derivatives * values_per_state);
+    const auto dipole_of = [&](std::size_t block) {
+        const auto at = values.begin() + static_cast<std::ptrdiff_t>(block + dipole_at);
+        return sgn_set::vec3{at[0], at[1], at[2]};
+    };
+    result.dipole = dipole_of((static_cast<std::size_t>(target) - 1) * values_per_state);
+    result.dipole_derivatives = sgn_set::table(3 * count, 3);
+    for (std::size_t c = 0; c < 3 * count; ++c) {
+        const auto derivative = dipole_of(before + (field_components + c) * values_per_state);
+        for (std::size_t k = 0; k < 3; ++k) result.dipole_derivatives(c, k) = derivative[k];
+    }
+    if (from.find(section_name::gradient) && from.find(section_name::force_constants)) {
+        const std::size_t n = 3 * count;
+        for (const double each : from.reals(section_name::gradient, n)) {
+            result.forces.push_back(-each);
+        }
+        const auto triangle = from.reals(section_name::force_constants, n * (n + 1) / 2);
+        result.force_derivatives = sgn_set::table(n, n);
+        std::size_t at = 0;
+        for (std::size_t i = 0; i < n; ++i) {
+            for (std::size_t j = 0; j <= i; ++j) {
+                result.force_derivatives(i, j) = result.force_derivatives(j, i) = -triangle[at++];
+            }
+        }
+    }
+    return result;
+}
+
+}  // namespace sgn_derive

@@ -1,0 +1,148 @@
+#include "sgn_derive/json.h"
+
+#include <string_view>
+
+#include "common/json_text.h"
+
+namespace sgn_derive {
+namespace {
+
+using sgn_set::role;
+using tools::json_value;
+
+json_value rows_of(const sgn_set::table& of) {
+    json_value rows = json_value::array();
+    for (std::size_t i = 0; i < of.rows; ++i) {
+        const auto row = of.row(i);
+        rows.push_back(std::vector<double>(row.begin(), row.end()));
+    }
+    return rows;
+}
+
+std::string_view role_name(role of) {
+    switch (of) {
+        case role::reference:
+            return "reference";
+        case role::paired:
+            return "paired";
+        case role::one_sided:
+            return "one_sided";
+        case role::undisplaced:
+            return "undisplaced";
+        case role::repeated:
+            return "repeated";
+    }
+    return {};
+}
+
+json_value findings_of(const report& of, std::size_t job) {
+    json_value result = json_value::array();
+    for (const finding& each : of.findings) {
+        if (each.job == job) result.push_back({{"doubt", each.name}, {"text", each.text}});
+    }
+    return result;
+}
+
+json_value file_of(const report& of, std::size_t at) {
+    const sgn_set::job& job = of.set.jobs[at];
+    json_value result{{"file", job.name},
+                      {"role", role_name(job.is)},
+                      {"sign", job.sign},
+                      {"dipole", job.dipole},
+                      {"step", job.step}};
+    const bool has_other = job.is == role::paired || job.is == role::repeated;
+    result["other"] = has_other ? json_value(of.set.jobs[job.other].name) : json_value(nullptr);
+    result["findings"] = findings_of(of, at);
+    return result;
+}
+
+json_value names(const std::vector<std::size_t>& jobs, const report& of) {
+    json_value result = json_value::array();
+    for (const std::size_t i : jobs) result.push_back(of.set.jobs[i].name);
+    return result;
+}
+
+json_value rules_of(const sgn_set::sum_rules& rules) {
+    json_value result{{"judged", rules.judged}};
+    if (!rules.judged) {
+        result["why_not"] = rules.why_not;
+        result["satisfied"] = nullptr;
+        return result;
+    }
+    result["satisfied"] = rules.satisfied;
+    result["chi2"] = rules.chi2;
+    result["sums"] = rules.sums;
+    result["largest"] = rules.largest;
+    result["largest_residue"] = rules.largest_residue;
+    result["translation"] = rows_of(rules.translation);
+    result["translation_uncertainty"] = rows_of(rules.translation_uncertainty);
+    result["rotation"] = rows_of(rules.rotation);
+    result["rotation_uncertainty"] = rows_of(rules.rotation_uncertainty);
+    return result;
+}
+
+json_value mode_of(const sgn_set::normal_mode& mode) {
+    json_value displacement = json_value::array();
+    for (const sgn_set::vec3& each : mode.displacement) displacement.push_back(each);
+    return {{"wavenumber", mode.wavenumber},
+            {"reduced_mass", mode.reduced_mass},
+            {"displacement", displacement},
+            {"dipole_derivative", mode.dipole_derivative},
+            {"dipole_derivative_q", mode.dipole_derivative_q},
+            {"borrowed", mode.borrowed}};
+}
+
+}  // namespace
+
+std::string json_of(const report& of) {
+    const sgn_set::displaced_set& set = of.set;
+    json_value result;
+    result["reference"] = set.jobs.front().name;
+    json_value& files = result["files"] = json_value::array();
+    for (std::size_t i = 0; i < set.jobs.size(); ++i) files.push_back(file_of(of, i));
+    json_value& atoms = result["atoms"] = json_value::array();
+    for (const sgn_set::atom& each : set.atoms) {
+        atoms.push_back(
+            {{"symbol", each.symbol}, {"number", each.number}, {"mass", each.mass}, {"x", each.x}});
+    }
+    result["step"] = {{"smallest", set.smallest_step}, {"largest", set.largest_step}};
+    result["decimals"] = {{"dipole", set.dipole_decimals}, {"forces", set.force_decimals}};
+    result["dipole"] = set.jobs.front().dipole;
+    result["dipole_derivatives"] = rows_of(of.derivatives.dipole);
+    json_value& uncertainty = result["dipole_uncertainty"] = json_value::array();
+    for (const double each : of.derivatives.dipole_uncertainty) {
+        uncertainty.push_back(std::vector<double>(3, each));
+    }
+    result["dipole_step_error"] = of.derivatives.dipole_step_error;
+    json_value& forces = result["forces"] = json_value::array();
+    for (const sgn_set::vec3& each : set.jobs.front().forces) forces.push_back(each);
+    result["force_constants"] = rows_of(of.force_constants);
+    result["force_constants_asymmetry"] = of.asymmetry;
+    result["force_step_error"] = of.derivatives.force_step_error;
+    result["stationary"] = of.stationary();
+    json_value& modes = result["modes"] = json_value::array();
+    for (const sgn_set::normal_mode& each : of.modes) modes.push_back(mode_of(each));
+
+    json_value dipole = rules_of(of.dipole_rules);
+    const auto& flips = of.suspects.flips;
+    dipole["suspects"] = flips.empty() ? json_value::array() : names(flips.front(), of);
+    json_value& others = dipole["alternatives"] = json_value::array();
+    for (std::size_t i = 1; i < flips.size(); ++i) others.push_back(names(flips[i], of));
+    dipole["unsound"] = of.suspects.unsound;
+    json_value forces_rules = rules_of(of.force_rules);
+    forces_rules["suspects"] = json_value::array();
+    result["sum_rules"] = {{"dipole", dipole}, {"forces", forces_rules}};
+
+    json_value& findings = result["findings"] = json_value::array();
+    for (const finding& each : of.findings) {
+        json_value one{{"doubt", each.name}, {"text", each.text}};
+        one["file"] =
+            each.job == finding::no_job ? json_value(nullptr) : json_value(set.jobs[each.job].name);
+        findings.push_back(one);
+    }
+    result["verdict"] = verdict_of(of);
+    result["fine"] = of.fine();
+    return tools::json_text(result);
+}
+
+}  // namespace sgn_derive

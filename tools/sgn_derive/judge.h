@@ -1,0 +1,27 @@
+// The sum rules of derivatives that were made elsewhere.
+#pragma once
+
+#include <string>
+
+#include "common/terminal.h"
+#include "set/sum_rules.h"
+
+namespace sgn_derive {
+
+struct judgement {
+    sgn_set::sum_rules dipole;
+    sgn_set::sum_rules forces;
+    std::size_t atoms = 0;
+
+    bool fine() const { return dipole.satisfied && (forces.satisfied || !forces.judged); }
+};
+
+/// Judges the derivatives in the checkpoint `file`. How they were made is not known: they are
+/// taken to be as good as those from dipoles of four decimals and steps of 0.01 Angstrom. Throws
+/// flib::io_error if the checkpoint cannot be read or holds none.
+judgement judge(const std::string& file);
+
+/// The sum rules and the verdict.
+std::string text_of(const judgement& of, const std::string& file, const tools::terminal& on);
+
+}  // namespace sgn_derive

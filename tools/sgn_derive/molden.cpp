@@ -1,0 +1,43 @@
+#include "sgn_derive/molden.h"
+
+#include "flib/io/fixed_field.h"
+#include "flib/util/units.h"
+
+namespace sgn_derive {
+namespace {
+
+void append_vector(std::string& text, const sgn_set::vec3& v, double unit) {
+    for (const double component : v) text += flib::fixed_field(component / unit, 14, 8);
+    text += '\n';
+}
+
+}  // namespace
+
+std::string molden_of(const report& of) {
+    std::string text = "[Molden Format]\n[Atoms] AU\n";
+    for (std::size_t i = 0; i < of.set.atoms.size(); ++i) {
+        const sgn_set::atom& each = of.set.atoms[i];
+        std::string symbol = each.symbol;
+        symbol.resize(2, ' ');
+        text += symbol + flib::integer_field(static_cast<std::int64_t>(i) + 1, 7) +
+                flib::integer_field(each.number, 5);
+        append_vector(text, each.x, flib::bohr_radius);
+    }
+    text += "[FREQ]\n";
+    for (const auto& mode : of.modes) text += flib::fixed_field(mode.wavenumber, 14, 4) + '\n';
+    text += "[FR-COORD]\n";
+    for (const sgn_set::atom& each : of.set.atoms) {
+        std::string symbol = each.symbol;
+        symbol.resize(2, ' ');
+        text += symbol;
+        append_vector(text, each.x, flib::bohr_radius);
+    }
+    text += "[FR-NORM-COORD]\n";
+    for (std::size_t m = 0; m < of.modes.size(); ++m) {
+        text += "vibration" + flib::integer_field(static_cast<std::int64_t>(m) + 1, 6) + '\n';
+        for (const sgn_set::vec3& each : of.modes[m].displacement) append_vector(text, each, 1);
+    }
+    return text;
+}
+
+}  // namespace sgn_derive

@@ -1,0 +1,13 @@
+// Normal modes for viewers.
+#pragma once
+
+#include <string>
+
+#include "sgn_derive/report.h"
+
+namespace sgn_derive {
+
+/// The geometry, the wavenumbers and the Cartesian displacements in Molden format (Bohr).
+std::string molden_of(const report& of);
+
+}  // namespace sgn_derive

@@ -1,0 +1,69 @@
+#include "sgn_derive/options.h"
+
+#include <iterator>
+#include <utility>
+
+#include "common/command_line.h"
+#include "flib/io/stop_run.h"
+
+namespace sgn_derive {
+namespace {
+
+/// At most one result can go to standard output.
+void require_one_stream(const options& of) {
+    int streams = 0;
+    for (const auto* file : {&of.json, &of.fchk, &of.molden}) {
+        if (*file == "-") ++streams;
+    }
+    if (streams > 1) throw flib::run_error("only one result can go to standard output");
+}
+
+}  // namespace
+
+options parse_options(std::span<const std::string_view> arguments) {
+    constexpr const char* usage = "[OPTIONS] REFERENCE.sgn FILE.sgn...";
+    options result;
+    CLI::App app;
+    tools::describe(
+        app,
+        {.name = "sgn_derive",
+         .usage = std::string(usage) + "\n--judge=FILE.fchk",
+         .purpose = "Differentiates the transition dipole and the forces of a set of result files "
+                    "of stigruz, judges the signs of the whole set by its sum rules, and computes "
+                    "the harmonic modes and what they do to the dipole.",
+         .rest = "FILE may be '-', standard output; nothing else is shown there then.\n"
+                 "Status: 0 all fine, 1 something deserves doubt, 2 no result.\n"});
+    tools::add_file(app, "--json", result.json, "write all numbers as JSON");
+    tools::add_file(app, "--fchk", result.fchk,
+                    "write a formatted checkpoint for vibronic programs");
+    CLI::Option* const with_template =
+        tools::add_file(app, "--template", result.fchk_template,
+                        "the reference's checkpoint, whose other sections are kept");
+    tools::add_file(app, "--molden", result.molden, "write the normal modes for viewers");
+    tools::add_file(app, "--judge", result.judge,
+                    "judge the derivatives in a checkpoint by the sum rules, instead of a set");
+
+    tools::parsed_line line = tools::parse_line(app, arguments);
+    result.shown = std::move(line.shown);
+    if (result.shown) return result;
+    if (with_template->count() > 0 && !result.fchk) {
+        throw flib::run_error("--template makes no sense without --fchk");
+    }
+    if (result.judge) {
+        if (!line.names.empty() || result.json || result.fchk || result.molden) {
+            throw flib::run_error("--judge stands alone");
+        }
+        return result;
+    }
+    if (line.names.size() < 2) {
+        throw flib::run_error("needs a reference and displaced files (usage: sgn_derive " +
+                              std::string(usage) + ")");
+    }
+    require_one_stream(result);
+    result.reference = std::move(line.names.front());
+    result.files.assign(std::make_move_iterator(std::next(line.names.begin())),
+                        std::make_move_iterator(line.names.end()));
+    return result;
+}
+
+}  // namespace sgn_derive

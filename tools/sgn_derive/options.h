@@ -1,0 +1,26 @@
+// The command line of sgn_derive.
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace sgn_derive {
+
+struct options {
+    std::optional<std::string> shown;  ///< of --help or --version
+    std::string reference;
+    std::vector<std::string> files;
+    std::optional<std::string> json;  ///< files to be written, or "-"
+    std::optional<std::string> fchk;
+    std::optional<std::string> fchk_template;  ///< read only
+    std::optional<std::string> molden;
+    std::optional<std::string> judge;  ///< a checkpoint to be judged, instead of a set
+};
+
+/// Throws flib::run_error, with one line that says what is wrong.
+options parse_options(std::span<const std::string_view> arguments);
+
+}  // namespace sgn_derive

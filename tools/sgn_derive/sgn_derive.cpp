@@ -1,0 +1,91 @@
+// sgn_derive REFERENCE.sgn FILE.sgn...: from a set of result files to derivatives.
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "common/output_file.h"
+#include "common/program.h"
+#include "numfreq/sgn_file.h"
+#include "sgn_derive/checkpoint.h"
+#include "sgn_derive/json.h"
+#include "sgn_derive/judge.h"
+#include "sgn_derive/molden.h"
+#include "sgn_derive/options.h"
+#include "sgn_derive/progress.h"
+#include "sgn_derive/report.h"
+#include "sgn_derive/text.h"
+
+namespace {
+
+constexpr std::string_view tool = "sgn_derive";
+
+int status_of(bool fine) {
+    return fine ? tools::exit_status::fine : tools::exit_status::doubtful;
+}
+
+bool is_same_file(const std::string& a, const std::string& b) {
+    struct stat first {};
+    struct stat second {};
+    return stat(a.c_str(), &first) == 0 && stat(b.c_str(), &second) == 0 &&
+           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
+sgn_derive::report report_on(const sgn_derive::options& options) {
+    sgn_derive::progress progress(STDERR_FILENO, options.files.size() + 1);
+    const sgn_set::result_file reference{options.reference,
+                                         numfreq::read_sgn_file(options.reference)};
+    std::vector<sgn_set::result_file> files;
+    for (const std::string& name : options.files) {
+        progress.at(files.size() + 1, "reading");
+        // A pattern like *.sgn stands for the reference too.
+        if (is_same_file(name, options.reference)) continue;
+        files.push_back({name, numfreq::read_sgn_file(name)});
+    }
+    progress.at(options.files.size() + 1, "computing");
+    return sgn_derive::analyse(reference, files);
+}
+
+int run(std::span<const std::string_view> arguments) {
+    const sgn_derive::options options = sgn_derive::parse_options(arguments);
+    if (options.shown) {
+        tools::show(*options.shown);
+        return tools::exit_status::fine;
+    }
+    const tools::terminal terminal = tools::terminal_at(STDOUT_FILENO);
+    if (options.judge) {
+        const sgn_derive::judgement judged = sgn_derive::judge(*options.judge);
+        tools::show(text_of(judged, *options.judge, terminal));
+        return status_of(judged.fine());
+    }
+    const sgn_derive::report report = report_on(options);
+
+    // All results are made before the first is written.
+    std::vector<std::pair<std::string, std::string>> results;
+    if (options.json) results.emplace_back(*options.json, json_of(report));
+    if (options.fchk) {
+        results.emplace_back(*options.fchk, options.fchk_template
+                                                ? checkpoint_of(report, *options.fchk_template)
+                                                : checkpoint_of(report));
+    }
+    if (options.molden) results.emplace_back(*options.molden, molden_of(report));
+    bool streamed = false;
+    for (const auto& [name, contents] : results) {
+        tools::write_result(name, contents);
+        streamed = streamed || name == "-";
+    }
+    if (!streamed) tools::show(text_of(report, terminal));
+    return status_of(report.fine());
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    return tools::run_tool(tool, argc, argv, run);
+}

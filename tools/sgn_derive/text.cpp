@@ -1,0 +1,215 @@
+#include "sgn_derive/text.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <map>
+
+#include "common/number_text.h"
+#include "flib/io/fixed_field.h"
+#include "flib/io/stop_run.h"
+#include "set/geometry.h"
+
+namespace sgn_derive {
+namespace {
+
+using flib::fixed_field;
+using sgn_set::axis_names;
+using sgn_set::role;
+using sgn_set::sum_rules;
+using tools::decimal;
+using tools::paint;
+
+std::string left(std::string_view text, std::size_t width) {
+    std::string result(text);
+    result.resize(std::max(width, result.size() + 1), ' ');
+    return result;
+}
+
+/// Fixed point that shows no minus sign before a zero.
+std::string number(double value, int width, int decimals) {
+    return flib::text_field(std::isnan(value) ? "-" : decimal(value, decimals), width);
+}
+
+std::string count(std::size_t n, const char* one, const char* many) {
+    return std::to_string(n) + " " + (n == 1 ? one : many);
+}
+
+/// "H2O", carbon and hydrogen first.
+std::string formula(const std::vector<sgn_set::atom>& atoms) {
+    std::map<std::string, std::size_t> number_of;
+    for (const sgn_set::atom& each : atoms) ++number_of[flib::printable(each.symbol)];
+    std::string text;
+    const auto add = [&](const std::string& symbol) {
+        const auto found = number_of.find(symbol);
+        if (found == number_of.end()) return;
+        text += symbol + (found->second > 1 ? std::to_string(found->second) : "");
+        number_of.erase(found);
+    };
+    if (number_of.contains("C")) {
+        add("C");
+        add("H");
+    }
+    while (!number_of.empty()) add(number_of.begin()->first);
+    return text;
+}
+
+std::string what_it_is(const report& of) {
+    const sgn_set::displaced_set& set = of.set;
+    std::string steps = decimal(set.largest_step, 4);
+    if (set.largest_step - set.smallest_step > sgn_set::rounding) {
+        steps = decimal(set.smallest_step, 4) + " to " + steps;
+    }
+    std::string text = flib::printable(set.jobs.front().name) + ": " + formula(set.atoms) + ", " +
+                       count(set.atoms.size(), "atom", "atoms") + "; " +
+                       count(set.pairs, "pair", "pairs") + " of displacements by " + steps +
+                       " Angstrom";
+    if (set.one_sided > 0) {
+        text += ", " + std::to_string(set.one_sided) + " one-sided";
+    }
+    const auto left_out = std::count_if(set.jobs.begin(), set.jobs.end(), [](const auto& job) {
+        return job.is == role::undisplaced || job.is == role::repeated;
+    });
+    if (left_out > 0) text += ", " + std::to_string(left_out) + " left out";
+    return text + ".\n";
+}
+
+std::string coordinate_text(const report& of, std::size_t c) {
+    return flib::integer_field(static_cast<std::int64_t>(c / 3) + 1, 5) + " " +
+           left(flib::printable(of.set.atoms[c / 3].symbol), 3) + axis_names[c % 3];
+}
+
+std::string dipole_text(const report& of) {
+    const auto& d = of.derivatives;
+    const sgn_set::vec3& dipole = of.set.jobs.front().dipole;
+    std::string text =
+        "\nDerivatives of the transition dipole (au: e, by Bohr), and what the rounding of the\n"
+        "dipoles to " +
+        std::to_string(of.set.dipole_decimals) +
+        " decimals makes them uncertain by; the finite step adds some " +
+        decimal(d.dipole_step_error, 4) + "\n\n   Atom            x          y          z    +-\n";
+    for (std::size_t c = 0; c < d.dipole.rows; ++c) {
+        text += coordinate_text(of, c);
+        for (const double value : d.dipole.row(c)) text += number(value, 11, 4);
+        text += number(d.dipole_uncertainty[c], 8, 4) + '\n';
+    }
+    text += "   dipole ";
+    for (const double value : dipole) text += number(value, 11, 4);
+    return text + "\n";
+}
+
+std::string rule_line(const char* name, const sum_rules& rules, const tools::terminal& on) {
+    if (!rules.judged) {
+        return "   " + left(name, 9) + painted("not judged", paint::bad, on) + ": " +
+               rules.why_not + '\n';
+    }
+    return "   " + left(name, 9) + flib::integer_field(static_cast<std::int64_t>(rules.sums), 5) +
+           number(rules.chi2, 15, 1) + number(rules.largest_residue, 18, 5) +
+           number(rules.largest, 20, 1) + "    " +
+           (rules.satisfied ? painted("hold", paint::good, on) : painted("FAIL", paint::bad, on)) +
+           '\n';
+}
+
+std::string modes_text(const report& of) {
+    if (!of.set.has_forces) return "\nThe files hold no forces: no force constants, no modes.\n";
+    if (of.modes.empty()) return {};
+    std::string text =
+        "\nHarmonic modes, translations and rotations projected out; the force constants are\n"
+        "symmetric within " +
+        decimal(of.asymmetry, 5) + " Hartree/Bohr^2\n";
+    if (!of.stationary()) {
+        text += "The reference is no stationary point: a force of " + decimal(of.largest_force, 4) +
+                " Hartree/Bohr is left, and\nthe wavenumbers are those of a slope.\n";
+    }
+    text +=
+        "\n         Wavenumber   Reduced    Derivatives of the dipole (au) by the coordinate of "
+        "the "
+        "mode            Square of the\n"
+        "  Mode       (1/cm)  mass (u)             mass-weighted: x, y, z          dimensionless: "
+        "x, y, z    latter / dipole\u00b2\n";
+    for (std::size_t m = 0; m < of.modes.size(); ++m) {
+        const sgn_set::normal_mode& mode = of.modes[m];
+        text += flib::integer_field(static_cast<std::int64_t>(m) + 1, 6) +
+                number(mode.wavenumber, 13, 1) + number(mode.reduced_mass, 10, 4) + "   ";
+        for (const double value : mode.dipole_derivative) text += number(value, 11, 6);
+        text += "  ";
+        for (const double value : mode.dipole_derivative_q) text += number(value, 10, 5);
+        text += number(mode.borrowed, 17, 5) + '\n';
+    }
+    return text;
+}
+
+std::string findings_text(const report& of, const tools::terminal& on) {
+    if (of.fine()) return {};
+    std::string text = "\nWhat deserves doubt\n\n";
+    for (const finding& each : of.findings) {
+        const std::string file =
+            each.job == finding::no_job ? "the set" : flib::printable(of.set.jobs[each.job].name);
+        text += "   " + painted(file, paint::bad, on) + ": " + each.text + '\n';
+    }
+    for (std::size_t i = 1; i < of.suspects.flips.size(); ++i) {
+        text +=
+            "   as good a guess at the wrong signs: " + names_of(of.suspects.flips[i], of) + '\n';
+    }
+    return text;
+}
+
+}  // namespace
+
+std::string rules_text(const sum_rules& dipole, const sum_rules& forces,
+                       const tools::terminal& on) {
+    return "\nSum rules\n\n            sums    chi-squared   largest residue   over uncertainty\n" +
+           rule_line("dipole", dipole, on) + rule_line("forces", forces, on);
+}
+
+std::string residues_text(const sum_rules& rules, std::string_view of_what) {
+    if (!rules.judged || rules.satisfied) return {};
+    struct residue {
+        const char* motion;
+        std::size_t axis;
+        std::size_t component;
+        double value;
+        double uncertainty;
+        double ratio() const { return std::abs(value) / uncertainty; }
+    };
+    std::vector<residue> all;
+    for (std::size_t l = 0; l < 3; ++l) {
+        for (std::size_t k = 0; k < rules.translation.columns; ++k) {
+            all.push_back({"moving along ", l, k, rules.translation(l, k),
+                           rules.translation_uncertainty(l, k)});
+            if (rules.rotation_uncertainty(l, k) > 0) {
+                all.push_back({"turning about ", l, k, rules.rotation(l, k),
+                               rules.rotation_uncertainty(l, k)});
+            }
+        }
+    }
+    constexpr std::size_t most = 5;
+    const std::size_t shown = std::min(most, all.size());
+    std::partial_sort(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(shown), all.end(),
+                      [](const residue& a, const residue& b) { return a.ratio() > b.ratio(); });
+    std::string text = "\nThe largest residues of the " + std::string(of_what) + "\n\n";
+    for (std::size_t i = 0; i < shown; ++i) {
+        const residue& each = all[i];
+        std::string component(1, axis_names[each.component % 3]);
+        if (rules.translation.columns > 3) {
+            component += " of atom " + std::to_string(each.component / 3 + 1);
+        }
+        text +=
+            "   " +
+            left(each.motion + std::string(1, axis_names[each.axis]) + ", component " + component,
+                 40) +
+            number(each.value, 12, 5) + " +- " + decimal(each.uncertainty, 5) + '\n';
+    }
+    return text;
+}
+
+std::string text_of(const report& of, const tools::terminal& on) {
+    std::string text =
+        what_it_is(of) + dipole_text(of) + rules_text(of.dipole_rules, of.force_rules, on);
+    if (of.suspects.flips.empty()) text += residues_text(of.dipole_rules, "dipole");
+    return text + residues_text(of.force_rules, "forces") + modes_text(of) + findings_text(of, on) +
+           '\n' + painted(verdict_of(of), of.fine() ? paint::good : paint::bad, on) + '\n';
+}
+
+}  // namespace sgn_derive
