@@ -93,7 +93,7 @@ TEST(CommandLine, SaysInOneLineWhatIsWrong) {
         {{"--limit=1x"}, "--limit takes a number, -3 or above, not '1x'"},
         {{"--limit", "nan"}, "--limit takes a number, -3 or above, not 'nan'"},
         {{"--limit", "inf"}, "--limit takes a number, -3 or above, not 'inf'"},
-        {{"--quiet", "--quick"}, "--quick excludes --quiet"},
+        {{"--quiet", "--quick"}, "--quick and --quiet exclude each other"},
     };
     for (const auto& [line, complaint] : cases) {
         EXPECT_EQ(tool().meaning(line), std::string("exit 2: ") + complaint);

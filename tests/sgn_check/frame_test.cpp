@@ -8,8 +8,12 @@
 
 namespace {
 
-using sgn_check::vec3;
+using sgn_set::vec3;
 using geometry = std::vector<vec3>;
+
+double rotation(const geometry& from, const geometry& to, const std::vector<double>& mass) {
+    return sgn_check::turn_of_frame(from, to, mass).degrees;
+}
 
 struct molecule {
     geometry x;
@@ -43,7 +47,7 @@ geometry turned(geometry x, std::size_t k, double degrees) {
 TEST(Frame, IsTurnedOnlyIfNoDisplacedAtomExplainsTheGeometry) {
     std::mt19937 random(1);
     std::uniform_real_distribution<double> any(-180, 180);
-    for (int round = 0; round < 20000; ++round) {
+    for (int round = 0; round < 2000; ++round) {
         const molecule& m = molecules[random() % std::size(molecules)];
         // The molecule stands in any direction; one atom is displaced, then all are turned.
         const geometry from = turned(turned(m.x, 0, any(random)), 1, any(random));
@@ -53,14 +57,14 @@ TEST(Frame, IsTurnedOnlyIfNoDisplacedAtomExplainsTheGeometry) {
         vec3& atom = to[random() % to.size()];
         for (double& component : atom) component += step * any(random) / 180;
         to = turned(to, random() % 3, angle);
-        const double found = sgn_check::frame_rotation(from, to, m.mass);
+        const double found = rotation(from, to, m.mass);
         if (angle == 0) {
             EXPECT_EQ(found, 0) << m.x.size() << " atoms, " << step;
         } else if (step == 0 && m.linear) {  // a turn about the line shows nothing
-            const vec3 before = sgn_check::difference(from[1], from[0]);
-            const vec3 after = sgn_check::difference(to[1], to[0]);
+            const vec3 before = sgn_set::difference(from[1], from[0]);
+            const vec3 after = sgn_set::difference(to[1], to[0]);
             // A small one that leaves one of two atoms in its place is taken for a displacement.
-            const bool small = sgn_check::length(sgn_check::difference(after, before)) <= 0.1;
+            const bool small = sgn_set::length(sgn_set::difference(after, before)) <= 0.1;
             const double seen = sgn_check::angle_between(before, after);
             EXPECT_NEAR(found, m.x.size() == 2 && small ? 0 : seen, 2e-3);
         } else if (step == 0 || m.x.size() > 3) {  // three atoms leave room for several turns
@@ -72,11 +76,127 @@ TEST(Frame, IsTurnedOnlyIfNoDisplacedAtomExplainsTheGeometry) {
 TEST(Frame, IsNotTurnedByANormalModeOrPartsOfAMolecule) {
     const auto& [from, mass, linear] = molecules[2];
     const geometry bent{{0.5, 0, 0.113}, {0.5, 0.81, -0.432}, {0.5, -0.81, -0.432}};
-    EXPECT_EQ(sgn_check::frame_rotation(from, bent, mass), 0);
-    EXPECT_NEAR(sgn_check::frame_rotation(from, turned(bent, 0, 20), mass), 20, 1.0);
+    EXPECT_EQ(rotation(from, bent, mass), 0);
+    EXPECT_NEAR(rotation(from, turned(bent, 0, 20), mass), 20, 1.0);
     const geometry still{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {2, 0, 3}, {-2, 0, 3}};
     const geometry heavy_moved{still[0], still[1], still[2], {1.9, 0.7, 3}, {-1.9, -0.7, 3}};
-    EXPECT_EQ(sgn_check::frame_rotation(still, heavy_moved, std::vector{1., 1., 1., 99., 99.}), 0);
+    EXPECT_EQ(rotation(still, heavy_moved, {1, 1, 1, 99, 99}), 0);
+}
+
+/// The best rotation within the plane z = 0, and whether it takes off three quarters of the rms
+/// displacement, from sums over the atoms.
+struct plane_fit {
+    double degrees = 0;
+    bool counts = false;
+
+    plane_fit(const geometry& from, const geometry& to, const std::vector<double>& mass) {
+        std::array<double, 2> centre_from{};
+        std::array<double, 2> centre_to{};
+        double total = 0;
+        for (std::size_t i = 0; i < from.size(); ++i) {
+            for (std::size_t k = 0; k < 2; ++k) centre_from[k] += mass[i] * from[i][k];
+            for (std::size_t k = 0; k < 2; ++k) centre_to[k] += mass[i] * to[i][k];
+            total += mass[i];
+        }
+        double along = 0;
+        double across = 0;
+        double squares = 0;
+        double before = 0;
+        for (std::size_t i = 0; i < from.size(); ++i) {
+            const double ax = from[i][0] - centre_from[0] / total;
+            const double ay = from[i][1] - centre_from[1] / total;
+            const double bx = to[i][0] - centre_to[0] / total;
+            const double by = to[i][1] - centre_to[1] / total;
+            along += mass[i] * (ax * bx + ay * by);
+            across += mass[i] * (ax * by - ay * bx);
+            squares += mass[i] * (ax * ax + ay * ay + bx * bx + by * by);
+            before += mass[i] * ((bx - ax) * (bx - ax) + (by - ay) * (by - ay));
+        }
+        degrees = std::abs(std::atan2(across, along)) * 180 / std::numbers::pi;
+        const double after = squares - 2 * std::hypot(along, across);
+        counts = 16 * after < before;
+    }
+};
+
+TEST(Frame, OfADistortedMoleculeIsThatOfTheMassWeightedBestFit) {
+    const geometry from{{0, 0, 0}, {1.2, 0.1, 0}, {-0.4, 1.1, 0}, {-0.7, -0.9, 0}};
+    const std::vector<double> mass{32, 1, 12, 19};
+    std::mt19937 random(2);
+    std::uniform_real_distribution<double> any(-1, 1);
+    int counted = 0;
+    for (int round = 0; round < 1000; ++round) {
+        geometry to = turned(from, 2, 10 * any(random));
+        const double size = 0.2 * std::abs(any(random));
+        for (vec3& atom : to) {
+            for (std::size_t k = 0; k < 2; ++k) atom[k] += size * any(random);
+        }
+        const plane_fit fit(from, to, mass);
+        const sgn_check::frame_turn turn = sgn_check::turn_of_frame(from, to, mass);
+        ASSERT_NEAR(turn.degrees, fit.counts ? fit.degrees : 0, 1e-6);
+        // The matrix is that turn.
+        const vec3 x = turn.applied_to({1, 0, 0});
+        ASSERT_NEAR(sgn_check::angle_between({1, 0, 0}, x), turn.degrees, 1e-4);
+        ASSERT_EQ(turn.applied_to({0, 0, 2})[2], 2);
+        if (fit.counts) ++counted;
+    }
+    EXPECT_GT(counted, 100);
+    EXPECT_LT(counted, 900);
+    // Without all masses, all atoms weigh the same.
+    geometry to = turned(from, 2, 30);
+    to[1][0] -= 0.2;
+    to[2][1] -= 0.1;
+    const plane_fit alike(from, to, {1, 1, 1, 1});
+    ASSERT_TRUE(alike.counts);
+    EXPECT_NEAR(rotation(from, to, {32, 1, 0, 19}), alike.degrees, 1e-6);
+    EXPECT_GT(std::abs(rotation(from, to, mass) - alike.degrees), 1);
+}
+
+TEST(Frame, TurnsForwardsByItsMatrix) {
+    const auto& [from, mass, linear] = molecules[3];
+    const geometry to = turned(turned(from, 0, 40), 2, -25);
+    const sgn_check::frame_turn turn = sgn_check::turn_of_frame(from, to, mass);
+    for (std::size_t i = 0; i < from.size(); ++i) {
+        EXPECT_LT(sgn_set::length(sgn_set::difference(turn.applied_to(from[i]), to[i])), 2e-6);
+    }
+}
+
+TEST(Frame, BelievesOneAtomOfAFewToHaveMovedATenthAtMost) {
+    const auto& [line, mass, linear] = molecules[1];
+    const std::vector<double> alike{1, 1, 1};
+    const auto turned_with = [&](double step) {
+        geometry x = line;
+        const double away = step / std::sqrt(2);
+        x[2][0] += away;
+        x[2][1] -= away;
+        return turned(x, 2, 30);
+    };
+    // What the two others tell, whose own turn is smaller since a turn about the line is free.
+    const vec3 before = sgn_set::difference(line[1], line[0]);
+    const double others =
+        sgn_check::angle_between(before, sgn_set::difference(turned_with(0)[1], turned_with(0)[0]));
+    EXPECT_NEAR(rotation(line, turned_with(0.099), alike), others, 1e-3);
+    EXPECT_GT(std::abs(rotation(line, turned_with(0.101), alike) - others), 0.5);
+    // Of two atoms one may have moved that far without a turn.
+    const geometry pair{{0, 0, 0}, {0, 0, 1}};
+    const auto swung = [&](double x) { return geometry{{0, 0, 0}, {x, 0, std::sqrt(1 - x * x)}}; };
+    EXPECT_EQ(rotation(pair, swung(0.0995), {1, 1}), 0);
+    EXPECT_NEAR(rotation(pair, swung(0.12), {1, 1}), std::asin(0.12) * 180 / std::numbers::pi,
+                1e-3);
+}
+
+TEST(Frame, IsHeldByThreeAtomsOffALine) {
+    // Three atoms stay; two far ones turn about the line that they nearly stand on.
+    const auto turn_with = [](double off_line, double shift) {
+        const geometry from{{0, 0, 0}, {0, off_line, 2}, {0, 0, 4}, {3, 0, 1}, {-3, 0, 3}};
+        geometry to = turned(from, 2, 20);
+        to[1] = from[1];
+        to[2][2] += shift;
+        return rotation(from, to, {1, 1, 1, 1, 1});
+    };
+    EXPECT_EQ(turn_with(0.11, 0), 0);
+    EXPECT_NEAR(turn_with(0.09, 0), 20, 0.2);
+    EXPECT_EQ(turn_with(0.11, 4e-6), 0);
+    EXPECT_NEAR(turn_with(0.11, 6e-6), 20, 0.2);
 }
 
 }  // namespace

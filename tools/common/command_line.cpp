@@ -179,7 +179,13 @@ parsed_line parse_line(CLI::App& app, std::span<const std::string_view> argument
         const std::string_view what = error.what();
         throw flib::run_error(std::string(what.substr(0, what.find(':'))) + " needs a value");
     } catch (const CLI::ExcludesError& error) {
-        throw flib::run_error(std::string(error.what()));
+        // "--one excludes --other"
+        constexpr std::string_view verb = " excludes ";
+        const std::string_view what = error.what();
+        const std::size_t at = std::min(what.find(verb), what.size() - verb.size());
+        throw flib::run_error(
+            std::string(what.substr(0, at)).append(" and ").append(what.substr(at + verb.size())) +
+            " exclude each other");
     } catch (const CLI::Error& error) {
         throw flib::run_error(flib::printable(error.what()));
     }

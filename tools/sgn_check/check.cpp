@@ -6,14 +6,19 @@
 #include <cstdint>
 #include <utility>
 
+#include "common/number_text.h"
 #include "flib/io/stop_run.h"
-#include "sgn_check/text.h"
+#include "sgn_check/set_check.h"
 
 namespace sgn_check {
 namespace {
 
 using numfreq::sgn_contents;
 using numfreq::sgn_parameters;
+using sgn_set::difference;
+using sgn_set::length;
+using sgn_set::rounding;
+using tools::decimal;
 
 /// "+x", or a unit vector.
 std::string direction_of(const vec3& shift) {
@@ -67,7 +72,7 @@ std::string other_sizes(const sgn_parameters& file, const sgn_parameters& refere
 
 std::string atom_text(const sgn_contents& contents, std::size_t i) {
     return flib::printable(contents.symbol[i].trimmed()) + " " + std::to_string(contents.nat[i]) +
-           " " + decimal(contents.mass[i], 4);
+           " " + decimal(contents.mass[i], 6);
 }
 
 /// The first atom that differs, or nothing. The numbers of atoms are equal.
@@ -167,7 +172,8 @@ verdict judge(const result_file& file, const result_file& reference, const thres
         std::string atoms = other_atoms(mine, theirs);
         if (!atoms.empty()) result.add(doubt::other_atoms, std::move(atoms));
         if (mine.nat == theirs.nat && is_finite(mine) && is_finite(theirs)) {
-            result.rotation = frame_rotation(theirs.x, mine.x, theirs.mass);
+            result.frame = turn_of_frame(theirs.x, mine.x, theirs.mass);
+            result.rotation = result.frame.degrees;
         }
         if (result.rotation > limits.max_rotation) {
             result.add(doubt::turned,
@@ -180,14 +186,49 @@ verdict judge(const result_file& file, const result_file& reference, const thres
     return result;
 }
 
+/// Whether two displacements are the same.
+bool are_equal(const displacement& a, const displacement& b) {
+    if (a.shift.size() != b.shift.size()) return false;
+    for (std::size_t i = 0; i < a.shift.size(); ++i) {
+        if (!(length(difference(a.shift[i], b.shift[i])) <= rounding)) return false;
+    }
+    return true;
+}
+
+/// Looks for what adds nothing to a set: files whose geometry is that of another one.
+/// (Points that a scan passes twice are as good as one if their dipoles agree.)
+void judge_place(std::vector<verdict>& all, const thresholds& limits) {
+    for (std::size_t i = 1; i < all.size(); ++i) {
+        verdict& one = all[i];
+        if (!one.moved || one.has(doubt::not_finite)) continue;
+        if (one.moved->moved == 0) {
+            one.add(doubt::not_displaced, "not displaced: the geometry is the reference's");
+            continue;
+        }
+        const auto end = all.begin() + static_cast<std::ptrdiff_t>(i);
+        const auto same = std::find_if(all.begin() + 1, end, [&](const verdict& other) {
+            return other.moved && are_equal(*one.moved, *other.moved);
+        });
+        if (same == end) continue;
+        if (limits.pairs || length(difference(one.change, same->change)) > limits.max_asymmetry) {
+            one.add(doubt::repeated,
+                    "the geometry is that of " + flib::printable(same->file->name));
+        }
+    }
+}
+
 /// Looks for the partner of `one` among `all`, the reference being their first.
 void judge_pair(verdict& one, const std::vector<verdict>& all, const thresholds& limits) {
-    if (!one.moved || one.moved->moved == 0 || one.rotation > limits.max_rotation) return;
+    if (!one.moved || one.moved->moved == 0 || one.has(doubt::turned)) return;
     const auto partner = std::find_if(all.begin(), all.end(), [&](const verdict& other) {
         return other.moved && are_partners(*one.moved, *other.moved);
     });
     if (partner == all.end()) {
-        one.add(doubt::no_partner, "no file with the opposite displacement");
+        std::string text = "no file with the opposite displacement";
+        if (one.rotation > seen_rotation) {
+            text += " (turned by " + decimal(one.rotation, 2) + " degrees)";
+        }
+        one.add(doubt::no_partner, std::move(text));
         return;
     }
     one.partner = partner->file;
@@ -217,16 +258,24 @@ std::string_view name_of(doubt kind) {
             return "other_atoms";
         case doubt::turned:
             return "turned";
+        case doubt::other_frame:
+            return "other_frame";
         case doubt::small_element:
             return "small_element";
         case doubt::sign_conflict:
             return "sign_conflict";
         case doubt::dipole_turned:
             return "dipole_turned";
+        case doubt::not_displaced:
+            return "not_displaced";
+        case doubt::repeated:
+            return "repeated";
         case doubt::no_partner:
             return "no_partner";
         case doubt::asymmetric_pair:
             return "asymmetric_pair";
+        case doubt::suspect_sign:
+            return "suspect_sign";
     }
     return {};
 }
@@ -238,14 +287,32 @@ std::string displacement::text(const std::vector<numfreq::report_symbol>& symbol
            " " + decimal(distance, 4);
 }
 
-std::vector<verdict> check(const result_file& reference, const std::vector<result_file>& files,
-                           const thresholds& limits) {
-    std::vector<verdict> verdicts{judge_alone(reference)};
-    for (const result_file& file : files) verdicts.push_back(judge(file, reference, limits));
-    for (verdict& one : verdicts) {
-        if (limits.pairs) judge_pair(one, verdicts, limits);
+bool verdict::has(doubt kind) const {
+    return std::any_of(findings.begin(), findings.end(),
+                       [kind](const finding& each) { return each.kind == kind; });
+}
+
+bool assessment::fine() const {
+    return !(rules.judged && !rules.satisfied) &&
+           std::all_of(verdicts.begin(), verdicts.end(),
+                       [](const verdict& each) { return each.fine(); });
+}
+
+assessment check(const result_file& reference, const std::vector<result_file>& files,
+                 const thresholds& limits) {
+    assessment result;
+    result.verdicts.push_back(judge_alone(reference));
+    for (const result_file& file : files) result.verdicts.push_back(judge(file, reference, limits));
+    judge_place(result.verdicts, limits);
+    for (verdict& one : result.verdicts) {
+        if (limits.pairs) judge_pair(one, result.verdicts, limits);
     }
-    return verdicts;
+    if (limits.sum_rules) {
+        judge_set(result);
+    } else {
+        result.rules.why_not = "not wanted";
+    }
+    return result;
 }
 
 }  // namespace sgn_check

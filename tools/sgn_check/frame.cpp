@@ -1,156 +1,111 @@
 #include "sgn_check/frame.h"
 
+#include <Eigen/Dense>
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <numbers>
+#include <optional>
+#include <vector>
 
 namespace sgn_check {
 namespace {
+
+using Eigen::Quaterniond;
+using Eigen::Vector3d;
+using sgn_set::difference;
+using sgn_set::length;
+using sgn_set::rounding;
 
 /// What one atom may be displaced by for a derivative (Angstrom).
 constexpr double longest_step = 0.1;
 
 constexpr double degrees = 180 / std::numbers::pi;
 
-using vec4 = std::array<double, 4>;
-using mat4 = std::array<vec4, 4>;
-
-vec3 cross(const vec3& a, const vec3& b) {
-    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+Vector3d vector_of(const vec3& v) {
+    return {v[0], v[1], v[2]};
 }
 
-double dot(const vec3& a, const vec3& b) {
-    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
-}
-
-vec3 centre(std::span<const vec3> x, std::span<const double> weight) {
-    vec3 sum{};
+Vector3d centre(std::span<const vec3> x, std::span<const double> weight) {
+    Vector3d sum = Vector3d::Zero();
     double total = 0;
     for (std::size_t i = 0; i < x.size(); ++i) {
-        for (std::size_t k = 0; k < 3; ++k) sum[k] += weight[i] * x[i][k];
+        sum += weight[i] * vector_of(x[i]);
         total += weight[i];
     }
-    for (double& component : sum) component /= total;
-    return sum;
-}
-
-/// Eigenvalues, on the diagonal of `a` afterwards, and eigenvectors, the columns of the result, of
-/// a symmetric matrix, by Jacobi rotations.
-mat4 diagonalise(mat4& a) {
-    mat4 vectors{};
-    for (std::size_t i = 0; i < 4; ++i) vectors[i][i] = 1;
-    for (int sweep = 0; sweep < 50; ++sweep) {
-        double off = 0;
-        for (std::size_t p = 0; p < 4; ++p) {
-            for (std::size_t q = p + 1; q < 4; ++q) off += a[p][q] * a[p][q];
-        }
-        if (!(off > 0)) break;
-        for (std::size_t p = 0; p < 4; ++p) {
-            for (std::size_t q = p + 1; q < 4; ++q) {
-                if (a[p][q] == 0) continue;
-                const double theta = (a[q][q] - a[p][p]) / (2 * a[p][q]);
-                const double t = std::copysign(1, theta) / (std::abs(theta) + std::hypot(theta, 1));
-                const double c = 1 / std::hypot(t, 1);
-                const double s = t * c;
-                for (std::size_t k = 0; k < 4; ++k) {
-                    const double kp = a[k][p];
-                    const double kq = a[k][q];
-                    a[k][p] = c * kp - s * kq;
-                    a[k][q] = s * kp + c * kq;
-                }
-                for (std::size_t k = 0; k < 4; ++k) {
-                    const double pk = a[p][k];
-                    const double qk = a[q][k];
-                    a[p][k] = c * pk - s * qk;
-                    a[q][k] = s * pk + c * qk;
-                    const double kp = vectors[k][p];
-                    const double kq = vectors[k][q];
-                    vectors[k][p] = c * kp - s * kq;
-                    vectors[k][q] = s * kp + c * kq;
-                }
-            }
-        }
-    }
-    return vectors;
+    return sum / total;
 }
 
 /// The matrix whose eigenvector of the largest eigenvalue is the unit quaternion of the rotation
-/// that takes a to b best, from the sums m[i][j] of a[i] b[j].
-mat4 quaternion_matrix(const std::array<vec3, 3>& m) {
-    mat4 k{};
-    k[0] = {m[0][0] + m[1][1] + m[2][2], m[1][2] - m[2][1], m[2][0] - m[0][2], m[0][1] - m[1][0]};
-    k[1] = {k[0][1], m[0][0] - m[1][1] - m[2][2], m[0][1] + m[1][0], m[2][0] + m[0][2]};
-    k[2] = {k[0][2], k[1][2], m[1][1] - m[0][0] - m[2][2], m[1][2] + m[2][1]};
-    k[3] = {k[0][3], k[1][3], k[2][3], m[2][2] - m[0][0] - m[1][1]};
+/// that takes a to b best, from the sums m(i, j) of a(i) b(j).
+Eigen::Matrix4d quaternion_matrix(const Eigen::Matrix3d& m) {
+    Eigen::Matrix4d k;
+    const Vector3d twist{m(1, 2) - m(2, 1), m(2, 0) - m(0, 2), m(0, 1) - m(1, 0)};
+    k(0, 0) = m.trace();
+    k.block<3, 1>(1, 0) = twist;
+    k.block<1, 3>(0, 1) = twist.transpose();
+    k.block<3, 3>(1, 1) = m + m.transpose() - m.trace() * Eigen::Matrix3d::Identity();
     return k;
-}
-
-vec3 rotated(const vec4& q, const vec3& v) {
-    const vec3 axis{q[1], q[2], q[3]};
-    const vec3 once = cross(axis, v);
-    const vec3 twice = cross(axis, once);
-    vec3 result = v;
-    for (std::size_t k = 0; k < 3; ++k) result[k] += 2 * (q[0] * once[k] + twice[k]);
-    return result;
 }
 
 /// The rigid motion that takes one geometry to another best, by weighted least squares.
 struct rigid_fit {
-    double angle = 0;              ///< of its rotation, degrees, 0 to 180; the smallest if free
+    Quaterniond rotation;          ///< by 0 to 180 degrees; the smallest if there is a choice
     bool axis_free = false;        ///< the atoms stand on a line: a turn about it shows nothing
     std::vector<double> distance;  ///< per atom, from where it lands to where it should
     double before = 0;             ///< weighted rms displacement, the common shift taken off
     double after = 0;              ///< the same once the rotation is taken off too
+
+    frame_turn turn() const {
+        frame_turn result;
+        result.degrees = 2 * degrees * std::atan2(rotation.vec().norm(), std::abs(rotation.w()));
+        const Eigen::Matrix3d matrix = rotation.toRotationMatrix();
+        for (int i = 0; i < 3; ++i) {
+            result.matrix[static_cast<std::size_t>(i)] = {matrix(i, 0), matrix(i, 1), matrix(i, 2)};
+        }
+        return result;
+    }
 };
 
 /// Fits `from` to `to`, arrays of the same length. Atoms of weight 0 do not take part, but their
 /// distances are given.
 rigid_fit fit_rotation(std::span<const vec3> from, std::span<const vec3> to,
                        std::span<const double> weight) {
-    const vec3 from_centre = centre(from, weight);
-    const vec3 to_centre = centre(to, weight);
-    std::array<vec3, 3> m{};
+    const Vector3d from_centre = centre(from, weight);
+    const Vector3d to_centre = centre(to, weight);
+    Eigen::Matrix3d m = Eigen::Matrix3d::Zero();
     for (std::size_t n = 0; n < from.size(); ++n) {
-        const vec3 a = difference(from[n], from_centre);
-        const vec3 b = difference(to[n], to_centre);
-        for (std::size_t i = 0; i < 3; ++i) {
-            for (std::size_t j = 0; j < 3; ++j) m[i][j] += weight[n] * a[i] * b[j];
-        }
+        const Vector3d a = vector_of(from[n]) - from_centre;
+        const Vector3d b = vector_of(to[n]) - to_centre;
+        m += weight[n] * a * b.transpose();
     }
-    mat4 values = quaternion_matrix(m);
-    const mat4 vectors = diagonalise(values);
+    const Eigen::SelfAdjointEigenSolver<Eigen::Matrix4d> solver(quaternion_matrix(m));
 
     // Where several eigenvalues are largest, the rotation is not unique: the one nearest to none is
     // the projection of the quaternion (1, 0, 0, 0) on their eigenvectors.
     constexpr double same = 1e-6;
-    std::size_t top = 0;
-    for (std::size_t i = 1; i < 4; ++i) {
-        if (values[i][i] > values[top][top]) top = i;
-    }
-    vec4 q{};
+    const Eigen::Vector4d& values = solver.eigenvalues();
+    const Eigen::Matrix4d& vectors = solver.eigenvectors();
+    Eigen::Vector4d q = Eigen::Vector4d::Zero();
     int equal = 0;
-    for (std::size_t i = 0; i < 4; ++i) {
-        if (values[top][top] - values[i][i] > same * std::abs(values[top][top])) continue;
+    for (int i = 0; i < 4; ++i) {
+        if (values(3) - values(i) > same * std::abs(values(3))) continue;
         ++equal;
-        for (std::size_t k = 0; k < 4; ++k) q[k] += vectors[0][i] * vectors[k][i];
+        q += vectors(0, i) * vectors.col(i);
     }
-    double norm = std::hypot(std::hypot(q[0], q[1]), std::hypot(q[2], q[3]));
-    if (!(norm > 1e-12)) {  // half a turn, whatever the axis
-        for (std::size_t k = 0; k < 4; ++k) q[k] = vectors[k][top];
-        norm = 1;
-    }
-    for (double& component : q) component /= norm;
+    if (!(q.norm() > 1e-12)) q = vectors.col(3);  // half a turn, whatever the axis
+    q.normalize();
 
     rigid_fit fit;
+    fit.rotation = Quaterniond(q(0), q(1), q(2), q(3));
     fit.axis_free = equal > 1;
-    fit.angle = 2 * degrees * std::atan2(length({q[1], q[2], q[3]}), std::abs(q[0]));
     double total = 0;
     for (std::size_t n = 0; n < from.size(); ++n) {
-        const vec3 a = difference(from[n], from_centre);
-        const vec3 b = difference(to[n], to_centre);
-        const double left = length(difference(rotated(q, a), b));
+        const Vector3d a = vector_of(from[n]) - from_centre;
+        const Vector3d b = vector_of(to[n]) - to_centre;
+        const double left = (fit.rotation * a - b).norm();
         fit.distance.push_back(left);
-        fit.before += weight[n] * std::pow(length(difference(a, b)), 2);
+        fit.before += weight[n] * (a - b).squaredNorm();
         fit.after += weight[n] * left * left;
         total += weight[n];
     }
@@ -161,19 +116,19 @@ rigid_fit fit_rotation(std::span<const vec3> from, std::span<const vec3> to,
 
 /// Whether three of the atoms that stand where they were are off a line.
 bool is_pinned(std::span<const vec3> from, std::span<const vec3> to) {
-    std::vector<vec3> still;
+    std::vector<Vector3d> still;
     for (std::size_t i = 0; i < from.size(); ++i) {
-        if (length(difference(to[i], from[i])) <= rounding) still.push_back(from[i]);
+        if (length(difference(to[i], from[i])) <= rounding) still.push_back(vector_of(from[i]));
     }
     if (still.size() < 3) return false;
-    vec3 along{};
-    for (const vec3& x : still) {
-        const vec3 candidate = difference(x, still.front());
-        if (length(candidate) > length(along)) along = candidate;
+    Vector3d along = Vector3d::Zero();
+    for (const Vector3d& x : still) {
+        const Vector3d candidate = x - still.front();
+        if (candidate.norm() > along.norm()) along = candidate;
     }
     constexpr double off_line = 0.1;
-    return std::any_of(still.begin(), still.end(), [&](const vec3& x) {
-        return length(cross(along, difference(x, still.front()))) > off_line * length(along);
+    return std::any_of(still.begin(), still.end(), [&](const Vector3d& x) {
+        return along.cross(x - still.front()).norm() > off_line * along.norm();
     });
 }
 
@@ -185,23 +140,56 @@ bool is_rigid(const rigid_fit& fit, std::span<const double> weight) {
     return true;
 }
 
+/// Whether all distances from atom `i`, or all but one, are kept.
+bool keeps_distances(std::span<const vec3> from, std::span<const vec3> to, std::size_t i) {
+    int changed = 0;
+    for (std::size_t j = 0; j < from.size(); ++j) {
+        const double before = length(difference(from[j], from[i]));
+        const double after = length(difference(to[j], to[i]));
+        if (!(std::abs(after - before) <= 2 * rounding)) ++changed;
+    }
+    return changed <= 1;
+}
+
+/// Rule 4, or nothing if it does not apply.
+std::optional<frame_turn> turn_of_all_but_one(std::span<const vec3> from,
+                                              std::span<const vec3> to) {
+    const std::size_t natom = from.size();
+    // Of two atoms, one is not that one. This spares large molecules a fit per atom.
+    if (natom < 3 || !(keeps_distances(from, to, 0) || keeps_distances(from, to, 1))) return {};
+    std::optional<frame_turn> smallest;
+    std::vector<double> weight(natom, 1.0);
+    for (std::size_t i = 0; i < natom; ++i) {
+        weight[i] = 0;
+        const rigid_fit others = fit_rotation(from, to, weight);
+        if (is_rigid(others, weight) && (!others.axis_free || others.distance[i] <= longest_step)) {
+            const frame_turn turn = others.turn();
+            if (!smallest || turn.degrees < smallest->degrees) smallest = turn;
+        }
+        weight[i] = 1;
+    }
+    return smallest;
+}
+
 }  // namespace
-
-double length(const vec3& v) {
-    return std::hypot(v[0], v[1], v[2]);
-}
-
-vec3 difference(const vec3& a, const vec3& b) {
-    return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
-}
 
 double angle_between(const vec3& a, const vec3& b) {
     if (length(a) == 0 || length(b) == 0) return std::nan("");
-    return degrees * std::atan2(length(cross(a, b)), dot(a, b));
+    const Vector3d u = vector_of(a);
+    const Vector3d v = vector_of(b);
+    return degrees * std::atan2(u.cross(v).norm(), u.dot(v));
 }
 
-double frame_rotation(std::span<const vec3> from, std::span<const vec3> to,
-                      std::span<const double> mass) {
+vec3 frame_turn::applied_to(const vec3& v) const {
+    vec3 result{};
+    for (std::size_t i = 0; i < 3; ++i) {
+        for (std::size_t j = 0; j < 3; ++j) result[i] += matrix[i][j] * v[j];
+    }
+    return result;
+}
+
+frame_turn turn_of_frame(std::span<const vec3> from, std::span<const vec3> to,
+                         std::span<const double> mass) {
     const std::size_t natom = from.size();
     int moved = 0;
     double farthest = 0;
@@ -210,30 +198,19 @@ double frame_rotation(std::span<const vec3> from, std::span<const vec3> to,
         if (distance > rounding) ++moved;
         farthest = std::max(farthest, distance);
     }
-    if (moved == 0) return 0;
+    if (moved == 0) return {};
 
-    std::vector<double> weight(natom, 1.0);
-    const rigid_fit whole = fit_rotation(from, to, weight);
-    const bool congruent = is_rigid(whole, weight);
-    if (moved == 1 && (farthest <= longest_step || !congruent)) return 0;
-    if (is_pinned(from, to)) return 0;
-    if (congruent) return whole.angle;
-
-    constexpr double none = 360;
-    double smallest = none;
-    for (std::size_t i = 0; i < natom && natom > 2; ++i) {
-        weight[i] = 0;
-        const rigid_fit others = fit_rotation(from, to, weight);
-        if (is_rigid(others, weight) && (!others.axis_free || others.distance[i] <= longest_step)) {
-            smallest = std::min(smallest, others.angle);
-        }
-        weight[i] = 1;
-    }
-    if (smallest < none) return smallest;
+    const std::vector<double> alike(natom, 1.0);
+    const rigid_fit whole = fit_rotation(from, to, alike);
+    const bool congruent = is_rigid(whole, alike);
+    if (moved == 1 && (farthest <= longest_step || !congruent)) return {};
+    if (is_pinned(from, to)) return {};
+    if (congruent) return whole.turn();
+    if (const auto turn = turn_of_all_but_one(from, to)) return *turn;
 
     const bool weighted = std::all_of(mass.begin(), mass.end(), [](double m) { return m > 0; });
     const rigid_fit fit = weighted ? fit_rotation(from, to, mass) : whole;
-    return fit.after < fit.before / 4 ? fit.angle : 0;
+    return fit.after < fit.before / 4 ? fit.turn() : frame_turn{};
 }
 
 }  // namespace sgn_check

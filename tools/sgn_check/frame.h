@@ -2,21 +2,25 @@
 #pragma once
 
 #include <array>
-#include <cstddef>
 #include <span>
-#include <vector>
+
+#include "set/geometry.h"
 
 namespace sgn_check {
 
-using vec3 = std::array<double, 3>;
+using sgn_set::vec3;
 
-/// Result files give coordinates with six decimals, so the same place may differ by this much
-/// between two of them (Angstrom).
-inline constexpr double rounding = 5e-6;
+/// A rotation of the frame.
+struct frame_turn {
+    double degrees = 0;                                             ///< 0 to 180
+    std::array<vec3, 3> matrix{{{1, 0, 0}, {0, 1, 0}, {0, 0, 1}}};  ///< by rows
 
-/// By how much the frame of `to` is turned against that of `from` (degrees). Displaced atoms turn
-/// the best fit too, by up to about a degree in a light molecule, so this is 0 unless a turn is
-/// needed to explain the geometry:
+    vec3 applied_to(const vec3& v) const;
+};
+
+/// How the frame of `to` is turned against that of `from`. Displaced atoms turn the best fit too,
+/// by up to about a degree in a light molecule, so this is no turn unless one is needed to explain
+/// the geometry:
 ///
 /// 1. One atom has moved, and all others stand where they were: no turn. (Unless it went more than
 ///    0.1 Angstrom and all distances are kept: then 3.)
@@ -27,11 +31,12 @@ inline constexpr double rounding = 5e-6;
 ///    0.1 Angstrom at most; beyond that 5 applies.
 /// 5. Otherwise the rotation of the mass-weighted best fit counts if it takes off more than three
 ///    quarters of the rms displacement. (Normal modes do not turn that fit.)
-double frame_rotation(std::span<const vec3> from, std::span<const vec3> to,
-                      std::span<const double> mass);
+///
+/// Arrays of the same length, coordinates in Angstrom; without masses above 0 throughout, 5 weights
+/// all atoms alike.
+frame_turn turn_of_frame(std::span<const vec3> from, std::span<const vec3> to,
+                         std::span<const double> mass);
 
-double length(const vec3& v);
-vec3 difference(const vec3& a, const vec3& b);
 /// Between two vectors, degrees; NaN if one of them is 0.
 double angle_between(const vec3& a, const vec3& b);
 

@@ -1,6 +1,7 @@
 // The command line of sgn_check.
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -10,9 +11,10 @@
 
 namespace sgn_check {
 
-enum class output { table, json, csv, help, version };
+enum class output { table, json, csv };
 
 struct options {
+    std::optional<std::string> shown{};  ///< of --help or --version, to be shown instead of a run
     output form = output::table;
     thresholds limits;
     std::string reference;
@@ -22,8 +24,5 @@ struct options {
 /// The options and names of a command line, without the program's name. Throws flib::run_error if
 /// it makes no sense.
 options parse_options(std::span<const std::string_view> arguments);
-
-/// What --help shows.
-std::string help_text();
 
 }  // namespace sgn_check

@@ -5,28 +5,19 @@
 #include <cmath>
 #include <cstddef>
 #include <string_view>
+#include <vector>
 
-#include "common/json.h"
+#include "common/json_text.h"
+#include "common/number_text.h"
+#include "common/table.h"
+#include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
-#include "sgn_check/text.h"
 
 namespace sgn_check {
 namespace {
 
-using tools::json_writer;
-
-enum class column { file, sign, value, ratio, dipole, change, displaced, verdict };
-constexpr std::size_t columns = 8;
-using row = std::array<std::string, columns>;
-
-std::string& at(row& cells, column which) {
-    return cells[static_cast<std::size_t>(which)];
-}
-
-bool is_text(std::size_t i) {
-    const auto which = static_cast<column>(i);
-    return which == column::file || which == column::displaced || which == column::verdict;
-}
+using tools::decimal;
+using tools::json_value;
 
 /// A number, or a dash if there is none.
 std::string known(double value, int decimals) {
@@ -39,97 +30,141 @@ std::string verdict_text(const verdict& of) {
     return text.empty() ? "fine" : text;
 }
 
-row row_of(const verdict& of, bool is_reference) {
+std::vector<tools::table_cell> row_of(const verdict& of, bool is_reference) {
     const numfreq::sgn_contents& contents = of.file->contents;
-    row cells;
-    at(cells, column::file) = flib::printable(of.file->name);
-    at(cells, column::sign) = std::to_string(contents.parameters.sign);
-    at(cells, column::value) = flib::scientific_field(contents.parameters.tden_maxval, 11, 4);
+    std::string dipole;
     for (const double component : contents.corrected_tdip) {
         const std::string text = decimal(component, 4);
-        at(cells, column::dipole).append(text.size() < 9 ? 9 - text.size() : 1, ' ').append(text);
+        const std::size_t width = dipole.empty() ? 7 : 9;
+        dipole.append(text.size() < width ? width - text.size() : dipole.empty() ? 0 : 1, ' ');
+        dipole += text;
     }
-    at(cells, column::verdict) = verdict_text(of);
-    if (is_reference) {
-        at(cells, column::displaced) = "reference";
-        return cells;
-    }
-    at(cells, column::ratio) = known(of.ratio, 3);
-    at(cells, column::change) = known(length(of.change), 4);
-    at(cells, column::displaced) = of.moved ? of.moved->text(contents.symbol) : "-";
-    return cells;
+    std::string displaced = of.moved ? of.moved->text(contents.symbol) : "-";
+    if (is_reference) displaced = "reference";
+    return {{flib::printable(of.file->name)},
+            {std::to_string(contents.parameters.sign)},
+            {flib::scientific_field(contents.parameters.tden_maxval, 11, 4)},
+            {is_reference ? "" : known(of.ratio, 3)},
+            {dipole},
+            {is_reference ? "" : known(sgn_set::length(of.change), 4)},
+            {displaced},
+            {verdict_text(of), of.fine() ? tools::paint::good : tools::paint::bad}};
 }
 
-/// Characters, not bytes.
-std::size_t shown_width(std::string_view text) {
-    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char c) {
-        return (static_cast<unsigned char>(c) & 0xC0U) != 0x80U;
-    }));
+std::string rules_text(const sgn_set::sum_rules& rules) {
+    if (!rules.judged) return "Sum rules: not judged, " + rules.why_not + ".";
+    return "Sum rules: chi-squared " + decimal(rules.chi2, 1) + " of " +
+           std::to_string(rules.sums) + " sums, largest residue " + decimal(rules.largest, 1) +
+           " times its uncertainty: they " + (rules.satisfied ? "hold." : "FAIL.");
 }
 
-std::string summary(std::span<const verdict> verdicts) {
-    const auto doubtful =
-        std::count_if(verdicts.begin(), verdicts.end(), [](const verdict& v) { return !v.fine(); });
-    const std::string count = std::to_string(verdicts.size());
-    if (doubtful == 0) return "All " + count + " files are fine.\n";
-    return std::to_string(doubtful) + " of " + count + " files deserve doubt.\n";
+/// What there is to know beside the line of the sum rules if they fail.
+std::string failure_text(const assessment& of) {
+    if (!of.rules.judged || of.rules.satisfied) return {};
+    if (!of.suspects.flips.empty()) return "They hold if the signs named above are reversed.";
+    return "No few reversed signs would mend them: look for another state, another frame, or too "
+           "large a step.";
 }
 
-void write_displacement(json_writer& json, const verdict& of) {
-    json.key("displacement");
-    if (!of.moved) {
-        json.null();
-        return;
+std::string summary(const assessment& of, std::size_t unreadable) {
+    const auto doubtful = static_cast<std::size_t>(std::count_if(
+        of.verdicts.begin(), of.verdicts.end(), [](const verdict& each) { return !each.fine(); }));
+    const std::string all = std::to_string(of.verdicts.size() + unreadable);
+    const std::string lost = std::to_string(unreadable) + " cannot be read";
+    if (doubtful > 0) {
+        return std::to_string(doubtful) + " of " + all + " files deserve doubt" +
+               (unreadable > 0 ? ", " + lost : "") + ".";
     }
+    if (!of.fine()) {
+        return "The set deserves doubt, though no single one of " + all + " files does" +
+               (unreadable > 0 ? "; " + lost : "") + ".";
+    }
+    if (unreadable > 0) return "Of " + all + " files " + lost + ", the others are fine.";
+    return "All " + all + " files are fine.";
+}
+
+json_value row_of(const sgn_set::table& table, std::size_t i) {
+    json_value row = json_value::array();
+    for (const double value : table.row(i)) row.push_back(value);
+    return row;
+}
+
+json_value rows_of(const sgn_set::table& table) {
+    json_value rows = json_value::array();
+    for (std::size_t i = 0; i < table.rows; ++i) rows.push_back(row_of(table, i));
+    return rows;
+}
+
+json_value displacement_json(const verdict& of) {
+    if (!of.moved) return nullptr;
     const displacement& moved = *of.moved;
-    json.begin_object();
-    json.member("moved_atoms", moved.moved);
+    json_value json = {{"moved_atoms", moved.moved}};
     if (moved.moved > 0) {
-        json.member("atom", moved.farthest + 1);
-        json.member("symbol", of.file->contents.symbol[moved.farthest].trimmed());
-        json.key("vector");
-        json.array(moved.shift[moved.farthest]);
-        json.member("distance", moved.distance);
+        json["atom"] = moved.farthest + 1;
+        json["symbol"] = of.file->contents.symbol[moved.farthest].trimmed();
+        json["vector"] = moved.shift[moved.farthest];
+        json["distance"] = moved.distance;
     }
-    json.end_object();
+    return json;
 }
 
-void write_verdict(json_writer& json, const verdict& of, bool is_reference) {
+json_value verdict_json(const verdict& of, bool is_reference) {
     const numfreq::sgn_contents& contents = of.file->contents;
-    json.begin_object();
-    json.member("file", of.file->name);
-    json.member("sign", contents.parameters.sign);
-    json.key("element");
-    json.array(contents.parameters.tden_maxloc);
-    json.member("value", contents.parameters.tden_maxval);
-    json.key("dipole");
-    json.array(contents.corrected_tdip);
+    json_value json;
+    json["file"] = of.file->name;
+    json["sign"] = contents.parameters.sign;
+    json["element"] = contents.parameters.tden_maxloc;
+    json["value"] = contents.parameters.tden_maxval;
+    json["dipole"] = contents.corrected_tdip;
     if (!is_reference) {
-        json.member("ratio", of.ratio);
-        json.key("change");
-        json.array(of.change);
-        json.member("turn", of.turn);
-        write_displacement(json, of);
-        json.member("rotation", of.rotation);
-        json.key("partner");
-        if (of.partner) {
-            json.value(of.partner->name);
-        } else {
-            json.null();
-        }
-        json.member("asymmetry", of.asymmetry);
+        json["ratio"] = of.ratio;
+        json["change"] = of.change;
+        json["turn"] = of.turn;
+        json["displacement"] = displacement_json(of);
+        json["rotation"] = of.rotation;
+        json["partner"] = of.partner != nullptr ? json_value(of.partner->name) : json_value();
+        json["asymmetry"] = of.asymmetry;
     }
-    json.member("fine", of.fine());
-    json.key("findings");
-    json.begin_array();
+    json["fine"] = of.fine();
+    json["findings"] = json_value::array();
     for (const finding& each : of.findings) {
-        json.begin_object();
-        json.member("doubt", name_of(each.kind));
-        json.member("text", each.text);
-        json.end_object();
+        json["findings"].push_back({{"doubt", name_of(each.kind)}, {"text", each.text}});
     }
-    json.end_array();
-    json.end_object();
+    return json;
+}
+
+/// The names of the files whose signs are to be reversed together.
+json_value names_json(const assessment& of, const std::vector<std::size_t>& flip) {
+    json_value names = json_value::array();
+    for (const std::size_t i : flip) names.push_back(of.verdicts[i].file->name);
+    return names;
+}
+
+json_value rules_json(const assessment& of) {
+    const sgn_set::sum_rules& rules = of.rules;
+    json_value json = {{"judged", rules.judged}};
+    if (rules.judged) {
+        json["satisfied"] = rules.satisfied;
+        json["chi2"] = rules.chi2;
+        json["sums"] = rules.sums;
+        json["largest"] = rules.largest;
+        json["largest_residue"] = rules.largest_residue;
+        json["translation"] = rows_of(rules.translation);
+        json["translation_uncertainty"] = rows_of(rules.translation_uncertainty);
+        json["rotation"] = rows_of(rules.rotation);
+        json["rotation_uncertainty"] = rows_of(rules.rotation_uncertainty);
+    } else {
+        json["why_not"] = rules.why_not;
+        json["satisfied"] = nullptr;
+    }
+    const auto& flips = of.suspects.flips;
+    json["suspects"] = flips.empty() ? json_value::array() : names_json(of, flips.front());
+    json["alternatives"] = json_value::array();
+    for (std::size_t i = 1; i < flips.size(); ++i) {
+        json["alternatives"].push_back(names_json(of, flips[i]));
+    }
+    json["unsound"] = of.suspects.unsound;
+    return json;
 }
 
 /// A field of a CSV line.
@@ -144,102 +179,105 @@ std::string csv_real(double value) {
     return std::isfinite(value) ? tools::shortest_real(value) : "";
 }
 
+std::vector<std::string> csv_fields(const verdict& of) {
+    const numfreq::sgn_contents& contents = of.file->contents;
+    std::vector<std::string> fields{csv_text(of.file->name),
+                                    std::to_string(contents.parameters.sign),
+                                    std::to_string(contents.parameters.tden_maxloc[0]),
+                                    std::to_string(contents.parameters.tden_maxloc[1]),
+                                    csv_real(contents.parameters.tden_maxval),
+                                    csv_real(of.ratio)};
+    const auto add_vector = [&](const vec3& v) {
+        for (const double component : v) fields.push_back(csv_real(component));
+    };
+    add_vector(contents.corrected_tdip);
+    add_vector(of.change);
+    fields.push_back(csv_real(of.turn));
+    fields.push_back(of.moved ? std::to_string(of.moved->moved) : "");
+    if (of.moved && of.moved->moved > 0) {
+        fields.push_back(std::to_string(of.moved->farthest + 1));
+        fields.push_back(csv_text(contents.symbol[of.moved->farthest].trimmed()));
+        add_vector(of.moved->shift[of.moved->farthest]);
+        fields.push_back(csv_real(of.moved->distance));
+    } else {
+        fields.resize(fields.size() + 6);
+    }
+    fields.push_back(csv_real(of.rotation));
+    fields.push_back(of.partner != nullptr ? csv_text(of.partner->name) : "");
+    fields.push_back(csv_real(of.asymmetry));
+    return fields;
+}
+
 }  // namespace
 
-std::string table(std::span<const verdict> verdicts, bool colour) {
-    std::vector<row> rows{{"File", "Sign", "Element", "Ratio", "Corrected dipole (au)", "Change",
-                           "Displaced (Angstrom)", "Verdict"}};
-    for (const verdict& each : verdicts) rows.push_back(row_of(each, &each == verdicts.data()));
-    std::array<std::size_t, columns> width{};
-    for (const row& cells : rows) {
-        for (std::size_t i = 0; i < columns; ++i) {
-            width[i] = std::max(width[i], shown_width(cells[i]));
-        }
+std::string table(const assessment& of, std::span<const unreadable_file> unreadable,
+                  const tools::terminal& on) {
+    tools::table rows;
+    rows.columns = {{"File"},
+                    {"Sign", true},
+                    {"Element", true, 5},
+                    {"Ratio", true, 1},
+                    {"Corrected dipole (au)", true, 3},
+                    {"Change", true, 4},
+                    {"Moved (Angstrom)", false, 2},
+                    {"Verdict"}};
+    for (const verdict& each : of.verdicts) {
+        rows.rows.push_back(row_of(each, &each == of.verdicts.data()));
     }
-    std::string text;
-    for (std::size_t line = 0; line < rows.size(); ++line) {
-        for (std::size_t i = 0; i + 1 < columns; ++i) {
-            const std::string blanks(width[i] - shown_width(rows[line][i]), ' ');
-            text += is_text(i) ? rows[line][i] + blanks : blanks + rows[line][i];
-            text += "  ";
+    std::string text = table_text(rows, on);
+    const auto add = [&](const std::string& words, bool good) {
+        const auto lines = on.width ? tools::wrapped(words, *on.width) : std::vector{words};
+        for (const std::string& line : lines) {
+            text += painted(line, good ? tools::paint::none : tools::paint::bad, on) + '\n';
         }
-        const std::string& words = at(rows[line], column::verdict);
-        if (colour && line > 0) {
-            text += (verdicts[line - 1].fine() ? "\033[32m" : "\033[1;31m") + words + "\033[0m\n";
-        } else {
-            text += words + '\n';
-        }
-    }
-    return text + summary(verdicts);
+    };
+    const bool hold = !of.rules.judged || of.rules.satisfied;
+    add(rules_text(of.rules), hold);
+    if (const std::string words = failure_text(of); !words.empty()) add(words, false);
+    add(summary(of, unreadable.size()), of.fine() && unreadable.empty());
+    return text;
 }
 
-std::string json(std::span<const verdict> verdicts, std::span<const unreadable_file> unreadable,
+std::string json(const assessment& of, std::span<const unreadable_file> unreadable,
                  const thresholds& limits) {
-    json_writer json;
-    json.begin_object();
-    json.key("reference");
-    if (verdicts.empty()) {
-        json.null();
-    } else {
-        write_verdict(json, verdicts.front(), true);
+    json_value result;
+    result["reference"] = nullptr;
+    result["files"] = json_value::array();
+    for (std::size_t i = 0; i < of.verdicts.size(); ++i) {
+        json_value verdict = verdict_json(of.verdicts[i], i == 0);
+        if (i == 0) {
+            result["reference"] = std::move(verdict);
+        } else {
+            result["files"].push_back(std::move(verdict));
+        }
     }
-    json.key("files");
-    json.begin_array();
-    for (std::size_t i = 1; i < verdicts.size(); ++i) write_verdict(json, verdicts[i], false);
-    json.end_array();
-    json.key("unreadable");
-    json.begin_array();
+    result["unreadable"] = json_value::array();
     for (const unreadable_file& each : unreadable) {
-        json.begin_object();
-        json.member("file", each.name);
-        json.member("reason", each.reason);
-        json.end_object();
+        result["unreadable"].push_back({{"file", each.name}, {"reason", each.reason}});
     }
-    json.end_array();
-    json.key("thresholds");
-    json.begin_object();
-    json.member("min_ratio", limits.min_ratio);
-    json.member("max_rotation", limits.max_rotation);
-    json.member("max_turn", limits.max_turn);
-    json.member("min_dipole", limits.min_dipole);
-    json.member("max_asymmetry", limits.max_asymmetry);
-    json.member("pairs", limits.pairs);
-    json.end_object();
-    json.end_object();
-    return json.text();
+    result["sum_rules"] = {{"dipole", rules_json(of)}};
+    result["thresholds"] = {
+        {"min_ratio", limits.min_ratio},         {"max_rotation", limits.max_rotation},
+        {"max_turn", limits.max_turn},           {"min_dipole", limits.min_dipole},
+        {"max_asymmetry", limits.max_asymmetry}, {"pairs", limits.pairs},
+        {"sum_rules", limits.sum_rules}};
+    return tools::json_text(result);
 }
 
-std::string csv(std::span<const verdict> verdicts) {
+std::string csv(const assessment& of) {
     std::string text =
         "file,sign,row,column,value,ratio,dipole_x,dipole_y,dipole_z,change_x,change_y,change_z,"
         "turn,moved_atoms,atom,symbol,shift_x,shift_y,shift_z,distance,rotation,partner,asymmetry,"
-        "findings\r\n";
-    for (const verdict& each : verdicts) {
-        const numfreq::sgn_contents& contents = each.file->contents;
-        std::vector<std::string> fields{csv_text(each.file->name),
-                                        std::to_string(contents.parameters.sign),
-                                        std::to_string(contents.parameters.tden_maxloc[0]),
-                                        std::to_string(contents.parameters.tden_maxloc[1]),
-                                        csv_real(contents.parameters.tden_maxval),
-                                        csv_real(each.ratio)};
-        const auto add_vector = [&](const vec3& v) {
-            for (const double component : v) fields.push_back(csv_real(component));
-        };
-        add_vector(contents.corrected_tdip);
-        add_vector(each.change);
-        fields.push_back(csv_real(each.turn));
-        fields.push_back(each.moved ? std::to_string(each.moved->moved) : "");
-        if (each.moved && each.moved->moved > 0) {
-            fields.push_back(std::to_string(each.moved->farthest + 1));
-            fields.push_back(csv_text(contents.symbol[each.moved->farthest].trimmed()));
-            add_vector(each.moved->shift[each.moved->farthest]);
-            fields.push_back(csv_real(each.moved->distance));
+        "sum_rules_chi2,sum_rules_largest,sum_rules_satisfied,findings\r\n";
+    for (const verdict& each : of.verdicts) {
+        std::vector<std::string> fields = csv_fields(each);
+        if (&each == of.verdicts.data() && of.rules.judged) {
+            fields.push_back(csv_real(of.rules.chi2));
+            fields.push_back(csv_real(of.rules.largest));
+            fields.emplace_back(of.rules.satisfied ? "true" : "false");
         } else {
-            fields.resize(fields.size() + 6);
+            fields.resize(fields.size() + 3);
         }
-        fields.push_back(csv_real(each.rotation));
-        fields.push_back(each.partner ? csv_text(each.partner->name) : "");
-        fields.push_back(csv_real(each.asymmetry));
         std::string names;
         for (const finding& found : each.findings) {
             names.append(names.empty() ? "" : " ").append(name_of(found.kind));

@@ -3,27 +3,30 @@
 
 #include <span>
 #include <string>
-#include <vector>
 
+#include "common/terminal.h"
 #include "sgn_check/check.h"
 
 namespace sgn_check {
 
-/// A file that can not be read, and why.
+/// A file that cannot be read, and why.
 struct unreadable_file {
     std::string name;
     std::string reason;
 };
 
-/// A line per file, the reference first, and a line that sums up. With colour, the verdicts are
-/// green or red on a terminal.
-std::string table(std::span<const verdict> verdicts, bool colour);
+/// A line per file, the reference first, and lines that sum up: what the sum rules say, and how
+/// many files are fine. Made to fit the terminal.
+std::string table(const assessment& of, std::span<const unreadable_file> unreadable,
+                  const tools::terminal& on);
 
-/// One object: "reference", "files" (verdicts but the first), "unreadable", "thresholds".
-std::string json(std::span<const verdict> verdicts, std::span<const unreadable_file> unreadable,
+/// One object: "reference", "files" (verdicts but the first), "unreadable", "sum_rules",
+/// "thresholds". Without verdicts, "reference" is null.
+std::string json(const assessment& of, std::span<const unreadable_file> unreadable,
                  const thresholds& limits);
 
-/// A line of names and a line per file, the reference first; RFC 4180. Empty: not known.
-std::string csv(std::span<const verdict> verdicts);
+/// A line of names and a line per file, the reference first; RFC 4180. Empty: not known. The sum
+/// rules of the set stand in the line of the reference.
+std::string csv(const assessment& of);
 
 }  // namespace sgn_check
