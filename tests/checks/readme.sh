@@ -43,7 +43,7 @@ awk -v prefix="$work/block" '
 # results: each must have been made, and its dipole points where the reference does.
 results() {
     local right
-    right=$(grep -c '^ Corrected_tdip = *-5\.[234]' h2o_*.sgn | grep -c ':1$')
+    right=$(grep -c '^ Corrected_tdip = *-5\.[234]' h2o_ref.sgn h2o_[0-9]*[pm].sgn | grep -c ':1$')
     [ "$right" -eq 19 ] || fail "$right right results after $1"
 }
 
