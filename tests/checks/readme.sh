@@ -4,7 +4,7 @@
 set -euo pipefail
 source=$1
 build=$2
-[ -x "$build/tools/sgn_derive" ] || exit 77
+for tool in sgn_derive sgn_states; do [ -x "$build/tools/$tool" ] || exit 77; done
 
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
