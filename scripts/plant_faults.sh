@@ -6,7 +6,7 @@
 # working tree is only read. At first all tests must pass without a fault; -s leaves that out.
 #
 # The table (tests/planted_faults.tsv) has a fault a line, its fields separated by tabs: the file,
-# a text that stands there once, the text instead of it (\n is the end of a line in both), and what
+# a text that stands there once, the text instead of it (<nl> is the end of a line in both), and what
 # would go wrong. Status 1: a fault was not seen, or a row of the table is no longer right.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -63,7 +63,8 @@ build() { # build TREE TARGET
 programs_for() {
     local near='' room found
     case "$2" in
-        lib/*/text/*) near="search util io" ;;
+        lib/*/text/*) near="util search io" ;;
+        lib/*/excited/* | lib/*/qm_file/*) near="$(cut -d / -f 4 <<<"$2") qm_file excited" ;;
         lib/*) near=$(cut -d / -f 4 <<<"$2") ;;
         tools/qm_file/*) near=qm_file_tool ;;
         tools/numfreq/*) near="numfreq program hostile" ;;
@@ -72,7 +73,7 @@ programs_for() {
     esac
     found=$(cmake --build "$1/build" --target help | grep -oE '\b[a-z_]+_tests\b' |
         sed 's/_tests$//' | sort -u)
-    for room in $near search util io excited program \
+    for room in $near util io common qm_file excited program search \
         $(grep -vxE 'numfreq|hostile|faults' <<<"$found") numfreq hostile faults; do
         if grep -qx "$room" <<<"$found"; then echo "${room}_tests"; fi
     done | awk '!printed[$0]++'
@@ -114,7 +115,7 @@ report() { # report ROOM VERDICT FILE TEXT
 # plant TREE FILE TEXT INSTEAD REASON: one row of the table.
 plant() {
     local tree=$1 file=$2 text instead whole rest room seen
-    text=${3//\\n/$'\n'} instead=${4//\\n/$'\n'}
+    text=${3//<nl>/$'\n'} instead=${4//<nl>/$'\n'}
     room=$(sed -E 's:^(lib)/src/flib(/[^/]*).*:\1\2:; s:^(tools/[^/]*).*:\1:' <<<"$file")
     if [ ! -f "$tree/$file" ]; then
         report "$room" table "$file" "no such file ($5)"
