@@ -64,7 +64,8 @@ programs_for() {
     local near='' room found
     case "$2" in
         lib/*/text/*) near="util search io" ;;
-        lib/*/excited/* | lib/*/qm_file/*) near="$(cut -d / -f 4 <<<"$2") qm_file excited" ;;
+        lib/*density* | lib/*/matrix_product*) near=excited ;;
+        lib/*/excited/* | lib/*/qm_file/*) near="qm_file excited" ;;
         lib/*) near=$(cut -d / -f 4 <<<"$2") ;;
         tools/qm_file/*) near=qm_file_tool ;;
         tools/numfreq/*) near="numfreq program hostile" ;;

@@ -118,7 +118,8 @@ TEST(Density, StatesWhichPreconditionFails) {
               "nbsuse = 5, mi = 1, nfc = 1, ma = 3, nfv = -1)");
     EXPECT_THAT(of(4, {1, 1, 3, 0}, 3), HasSubstr("differs from that of basis functions"));
     EXPECT_THAT(of(5, {1, 1, 4, 0}, 4), HasSubstr("mi + nfc + ma + nfv = 6 differs from nbasis"));
-    EXPECT_THAT(of(5, {INT32_MAX, INT32_MAX, 4, 5}, 4), HasSubstr("differs from nbasis"));
+    EXPECT_THAT(of(5, {INT32_MAX, INT32_MAX, 4, 3}, 4),
+                HasSubstr("= 4294967301 differs from nbasis"));
     EXPECT_THAT(of(5, {1, 1, 3, 0}, 2), HasSubstr("there are 2 amplitudes of 3"));
     EXPECT_THAT(of(5, {1, 1, 3, 0}, 3, 4), HasSubstr("there are 20 MO coefficients of 25"));
     EXPECT_THAT(of(5, {1, 1, 3, 0}, 3, 5, 4), HasSubstr("20 elements for the result of 25"));

@@ -102,7 +102,7 @@ TEST(Elements, WholeTable) {
     double weighted_sum = 0;
     std::string symbols;
     for (std::int32_t z = 1; z <= 118; ++z) {
-        std::array mass{0.0};
+        std::array mass{-1.0};
         nat_to_mass(1, std::array{z}, mass);
         weighted_sum += z * mass[0];
         symbols += element_symbol(z);
