@@ -31,7 +31,8 @@ if [ -z "$directory" ]; then
 fi
 mkdir -p "$directory"
 directory=$(cd "$directory" && pwd)
-options=(-DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG= -DSTIGRUZ_SHARED=OFF)
+options=(-DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG= -DSTIGRUZ_SHARED=OFF
+    -DCMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE=PRE_TEST)
 if command -v ninja >/dev/null; then options+=(-G Ninja); fi
 if command -v ld.lld >/dev/null; then options+=(-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld); fi
 if command -v ccache >/dev/null; then
