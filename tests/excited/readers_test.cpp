@@ -69,7 +69,7 @@ TEST(ExcitedStateReaders, NeedRoomForAllValues) {
              const auto n = static_cast<std::int32_t>(to.size());
              flib::qm_file_mo_coeff_nbasis_nbsuse(checkpoint, 4, 3, {to.data(), n, 1}, info);
          },
-         "nbsuse x nbasis = 12 MO coefficients were asked for, but there is room for 11"},
+         "12 MO coefficients were asked for, but there is room for 11"},
     };
     for (const auto& row : rows) {
         std::vector<double> to(row.count + 1, -7.0);

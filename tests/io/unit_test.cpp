@@ -62,6 +62,18 @@ TEST(Units, AreNumberedFrom100) {
     close_unit(1);
 }
 
+TEST(Units, AreRegularFiles) {
+    const std::pair<const char*, const char*> others[] = {
+        {"/", "is a directory"},
+        {"/dev/null", "is not a regular file"},
+        {"/no", "cannot be opened: No such file or directory"}};
+    for (const auto& [path, reason] : others) {
+        EXPECT_EQ(ending_of([&, name = text(path)] { open_old(100, name); })->text,
+                  text(path) + ": " + reason);
+        EXPECT_FALSE(unit_is_open(100));
+    }
+}
+
 TEST(Units, NeedTheRightsToTheirFiles) {
     const scratch_directory scratch;
     const text dir = scratch.path().string();
@@ -91,6 +103,12 @@ TEST(Units, NeedTheRightsToTheirFiles) {
                   prefix + target + ": cannot be written into the directory '" + prefix +
                       directory + "': " + reason);
     }
+    const fs::path home = fs::current_path();
+    fs::current_path(dir + "/loc\tked");
+    EXPECT_EQ(
+        ending_of([] { replace_file("new", "new"); })->text,
+        "new: cannot be written into the directory '" + prefix + "loc\\tked': Permission denied");
+    fs::current_path(home);
     EXPECT_TRUE(!root || seteuid(0) == 0);
 }
 
@@ -124,9 +142,11 @@ TEST(Output, FindsANameForTheFileBesideIt) {
     EXPECT_EQ(support::contents_of(dir + "f"), "new");
     EXPECT_EQ(support::contents_of(stem + "1"), "left");
     EXPECT_EQ(scratch.names().size(), 3U);
-    for (int taken = 2; taken <= 1000; ++taken) {
+    for (int taken = 2; taken < 1000; ++taken) {
         support::write_file(stem + std::to_string(taken), "left");
     }
+    replace_file(dir + "f", "new");
+    support::write_file(stem + "1000", "left");
     EXPECT_EQ(ending_of([&] { replace_file(dir + "f", "newer"); })->text,
               dir + "f: cannot be written: File exists");
     EXPECT_EQ(support::contents_of(dir + "f") + support::contents_of(stem + "1000"), "newleft");

@@ -109,6 +109,8 @@ TEST(ResultFile, IsReadOnlyIfEveryLineIsInItsPlace) {
         }
     }
     listing += "blank lines at the end\n    " + read_back(whole + "  \n\n") + '\n';
+    listing += "another name\n    " +
+               read_back(support::replaced(whole, "Corrected_tdip", "Corrected_tdiq")) + '\n';
     listing += "another sign\n";
     for (const char* const sign : {"  2", " -2", "  0", "  1"}) {
         listing +=

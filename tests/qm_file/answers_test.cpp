@@ -17,4 +17,14 @@ TEST(Readers, AnswerAsTheRowsSay) {
     }
 }
 
+TEST(Layers, PositionsLieWithinTheSystem) {
+    for (const std::int32_t atom : {0, 1, 3, 4}) {
+        const auto end = support::ending_of([&] { flib::require_in_system("f ", atom, 3); });
+        const bool within = atom >= 1 && atom <= 3;
+        EXPECT_EQ(end ? end->text : "", within ? ""
+                                               : "f: the index of the high layer names atom " +
+                                                     std::to_string(atom) + " of 3");
+    }
+}
+
 }  // namespace

@@ -16,16 +16,20 @@
 #include "flib/qm_file/qm_file_type.h"
 #include "support/support.h"
 
-/// What the reader `who` (natom, nat, coord, mass, force_tdip, ifoniom or layers) answers:
-/// "INFO: VALUES", with '-' for what the reader leaves as it was; or how it ends the run. The
-/// values of force_tdip are the forces and room for the dipoles of three states, of which two are
-/// asked for; those of layers are the high layer's count, that of all atoms and the positions.
+/// What the reader `who` (natom, nat, coord, mass, force_tdip, ifoniom, layer_count or layers)
+/// answers: "INFO: VALUES", with '-' for what the reader leaves as it was; or how it ends the run.
+/// The values of force_tdip are the forces and room for the dipoles of three states, of which two
+/// are asked for; those of layers are the high layer's count, that of all atoms and the positions.
 inline std::string ask(std::string_view who, const std::string& file, std::int32_t atoms = 3,
                        int digits = 10) {
     constexpr std::int32_t untouched = -77;
     const auto n = static_cast<std::size_t>(std::max(atoms, 0));
     std::int32_t info = untouched;
-    std::vector<std::int32_t> whole(who == "nat" ? n : who == "layers" ? n + 2 : 1, untouched);
+    std::vector<std::int32_t> whole(who == "nat"           ? n
+                                    : who == "layers"      ? n + 2
+                                    : who == "layer_count" ? 2
+                                                           : 1,
+                                    untouched);
     std::vector<double> real(who == "mass" ? n : who == "coord" ? 3 * n : 3 * n + 9, untouched);
     const flib::matrix_view<double> x(real.data(), 3, atoms);
     return support::answer_of(file, [&] {
@@ -40,6 +44,9 @@ inline std::string ask(std::string_view who, const std::string& file, std::int32
             bool named = true;
             flib::qm_file_ifoniom(file, named, info);
             whole[0] = named;
+        }
+        if (who == "layer_count") {
+            flib::qm_file_natom_oniom_qm(file, whole[0], whole[1], info);
         }
         if (who == "layers") {
             flib::qm_file_natom_oniom_qm(file, whole[0], whole[1], info);
