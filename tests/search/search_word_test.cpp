@@ -27,14 +27,18 @@ struct plain_lines {
         }
     }
     bool read(text& line) {
-        if (at < lines.size()) line = (lines[at] + text(300, ' ')).substr(0, line.size());
+        if (at < lines.size()) {
+            line = (lines[at] + text(300, ' ')).substr(0, line.size());
+            last = at + 1;
+        }
         at = std::min(at, lines.size()) + 1;
         return at <= lines.size();
     }
     void step_back() { at -= at > 0 ? 1 : 0; }
 
     std::vector<text> lines;
-    std::size_t at = 0;  // lines.size() + 1: after the end mark
+    std::size_t at = 0;    // lines.size() + 1: after the end mark
+    std::size_t last = 1;  // number of the line read last
 };
 
 /// The arguments of any search.
@@ -129,7 +133,8 @@ void walk(std::uint64_t seed) {
     }
 
     const support::scratch_directory scratch;
-    const input_unit fid(scratch.file("f", all), open_at::end);
+    const text path = scratch.file("f", all);
+    const input_unit fid(path, open_at::end);
     plain_lines lines(all);
     lines.at = lines.lines.size();
     for (int step = 0; step < 60; ++step) {
@@ -152,6 +157,8 @@ void walk(std::uint64_t seed) {
         }
         ASSERT_EQ(line, expected);
         ASSERT_EQ(is_past_end(fid), lines.at > lines.lines.size());
+        ASSERT_EQ(error_at_last_record(fid, "here").what(),
+                  path + ": line " + std::to_string(lines.last) + ": here");
     }
 }
 
