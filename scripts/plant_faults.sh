@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
 # Plants faults, one at a time, in a copy of the tree and tells which of them the tests do not see.
-#   plant_faults.sh [-j JOBS] [-t TABLE] [-d DIRECTORY] [-s] [PATTERN...]
+#   plant_faults.sh [-j JOBS] [-t TABLE] [-d DIRECTORY] [-s] [-n] [PATTERN...]
 # A PATTERN is a part of a file's name (a room, a file): only faults in such files are planted. Each
 # job has a copy of its own in DIRECTORY, which is kept for the next time if it is named. The
-# working tree is only read. At first all tests must pass without a fault; -s leaves that out.
+# working tree is only read. At first all tests must pass without a fault; -s leaves that out. With
+# -n only the programs of tests that are nearest to a fault are run, which is quick, and may do the others
+# injustice.
 #
 # The table (tests/planted_faults.tsv) has a fault a line, its fields separated by tabs: the file,
 # a text that stands there once, the text instead of it (<nl> is the end of a line in both), and what
@@ -11,13 +13,14 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-jobs=1 table=tests/planted_faults.tsv directory='' sound=
-while getopts j:t:d:s option; do
+jobs=1 table=tests/planted_faults.tsv directory='' sound='' near_only=
+while getopts j:t:d:sn option; do
     case $option in
         j) jobs=$OPTARG ;;
         t) table=$OPTARG ;;
         d) directory=$OPTARG ;;
         s) sound=yes ;;
+        n) near_only=yes ;;
         *) exit 2 ;;
     esac
 done
@@ -67,6 +70,7 @@ programs_for() {
         lib/*/text/*) near="util search io" ;;
         lib/*density* | lib/*/matrix_product*) near=excited ;;
         lib/*/excited/* | lib/*/qm_file/*) near="qm_file excited" ;;
+        lib/*/util/*) near="util qm_file" ;;
         lib/*) near=$(cut -d / -f 4 <<<"$2") ;;
         tools/qm_file/*) near=qm_file_tool ;;
         tools/numfreq/*) near="numfreq program hostile" ;;
@@ -75,6 +79,10 @@ programs_for() {
     esac
     found=$(cmake --build "$1/build" --target help | grep -oE '\b[a-z_]+_tests\b' |
         sed 's/_tests$//' | sort -u)
+    if [ -n "$near_only" ]; then
+        for room in $near; do echo "${room}_tests"; done
+        return
+    fi
     for room in $near util io common qm_file excited program search \
         $(grep -vxE 'numfreq|hostile|faults' <<<"$found") numfreq hostile faults; do
         if grep -qx "$room" <<<"$found"; then echo "${room}_tests"; fi
@@ -104,6 +112,7 @@ run_tests() {
         return
     done
     rm -rf "$1.tmp"
+    if [ -n "$near_only" ]; then return; fi
     build "$1" all || { echo "?"; return; }
     ctest --test-dir "$1/build" -R '^checks\.' -E 'installed_library' -j 2 --timeout $longest_run \
         >"$1.log" 2>&1 || sed -n 's/.* \(checks\.[a-z_]*\) .*Failed.*/\1/p' "$1.log" | head -n 1

@@ -124,7 +124,8 @@ void walk(std::uint64_t seed) {
     };
     text all;
     for (int pieces = below(60); pieces > 0; --pieces) {
-        all += one_of({"", "NAE=", "N", "A", "E", "=", " ", "nae=", "12", "-", ",", "\t", "\r"});
+        all += one_of(
+            {"", "NAE=", "N", "A", "E", "=", " ", "nae=", "12", "-", ",", "\t", "\r", "N AE  ="});
         if (below(4) == 0) all += one_of({"\n", "\n", "\r\n"});
         if (below(60) == 0) all += text(195, ' ') + "NAE= NAE=";
         if (seed % 100 > 0 || below(4) > 0) continue;
