@@ -30,6 +30,9 @@ TEST(QmFile, WritesAsTheRowsSay) {
     scratch.file("empty", "");
     scratch.file("cut.log", log.substr(0, log.find(" NBasis=")));
     scratch.file("steps.log", log + " NBasis=    22 RedAO= T\n");
+    scratch.file("damaged.log", support::replaced(log, "NAtoms=      3", "NAtoms=      x"));
+    scratch.file("noforce.log", support::replaced(log, "Forces (Hartrees/Bohr)", "Forces"));
+    scratch.file("ref.sgn", support::contents_of(support::data_file("h2o_ref.sgn")));
     std::string turned = log;
     const std::string hydrogen = "0.900000    0.360000";  // of the input orientation
     scratch.file("turned.log", turned.replace(log.find(hydrogen), 8, "0.901000"));
@@ -37,7 +40,17 @@ TEST(QmFile, WritesAsTheRowsSay) {
         const std::string written = run(scratch.path(), row[0], row[1]);
         EXPECT_EQ(fnmatch(row[2].c_str(), written.c_str(), 0), 0) << row[0] << '\n' << written;
     }
-    EXPECT_EQ(run(scratch.path(), "water/h2o_01xp.log").find("note:"), std::string::npos);
+}
+
+// Whoever reads the first lines only has got what he wants.
+TEST(QmFile, EndsSilentlyWhenItsReaderHasLeft) {
+    const std::string tool = TOOL_DIRECTORY "/qm_file";
+    const auto ended = support::run(
+        {"/bin/bash",
+         {"-c", "{ " + tool + " h2o_*.log h2o_*.log h2o_*.log; echo $? >&2; } | head -n 1"},
+         EXAMPLES "/water"});
+    EXPECT_EQ(ended.output, "h2o_01xm.log\n");
+    EXPECT_EQ(ended.errors, "0\n");
 }
 
 /// All numbers of a text, whatever stands between them.
@@ -80,11 +93,12 @@ TEST(QmFile, AgreesWithItselfInAllForms) {
         "import json, struct, sys\n"
         "[file] = json.loads(sys.stdin.read())\n"
         "print(file['natom'], file['atomic_numbers'], file['transition_dipoles_au'][0],\n"
-        "      file['missing'], file['oniom'],\n"
+        "      sorted(file['missing']), file['oniom'],\n"
         "      *(struct.pack('>d', x).hex() for xyz in file['coordinates_bohr'] for x in xyz))\n";
     const std::string json = run(water, "--json h2o_01xp.log").substr(3);
-    EXPECT_EQ(support::run({python, {"-c", program}, "/", json}).output,
-              "3 [8, 1, 1] [-0.5353, -0.0, 0.0091] {} None" + all_bits + "\n");
+    EXPECT_EQ(
+        support::run({python, {"-c", program}, "/", json}).output,
+        "3 [8, 1, 1] [-0.5353, -0.0, 0.0091] ['dump', 'nbasis', 'oniom'] None" + all_bits + "\n");
 }
 
 }  // namespace

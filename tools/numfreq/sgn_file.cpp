@@ -205,10 +205,22 @@ sgn_parameters read_sgn_parameters(std::int32_t fid) {
     return parameters;
 }
 
+namespace {
+
+bool begins_as_result(std::int32_t fid) {
+    flib::line_buffer first;
+    return flib::read_record(fid, first) && first == heading::parameters;
+}
+
+}  // namespace
+
+bool is_sgn_file(std::string_view fname) {
+    return begins_as_result(flib::input_unit(fname));
+}
+
 sgn_contents read_sgn_file(std::string_view fname) {
     const flib::input_unit fid(fname);
-    flib::line_buffer first;
-    if (!flib::read_record(fid, first) || !(first == heading::parameters)) {
+    if (!begins_as_result(fid)) {
         throw flib::io_error(
             flib::trim_right(fname), 0,
             "is not a result file: it does not begin with " + quoted(heading::parameters));

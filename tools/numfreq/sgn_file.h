@@ -62,6 +62,10 @@ void write_sgn_body(std::int32_t fid, const sgn_body& body);
 /// flib::io_error if a value cannot be read.
 sgn_parameters read_sgn_parameters(std::int32_t fid);
 
+/// Whether the file `fname` begins as a result file does. Throws flib::io_error if it cannot be
+/// opened.
+bool is_sgn_file(std::string_view fname);
+
 /// Reads the whole of the result file `fname`. Throws flib::io_error if it cannot be opened, is
 /// not a result file, or is damaged: a record is missing, cut short or out of its place, or holds
 /// something else than its values.

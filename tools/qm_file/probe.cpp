@@ -2,13 +2,13 @@
 
 #include <bit>
 #include <cstdio>
-#include <stdexcept>
 #include <vector>
 
 #include "flib/excited/qm_file_ci_xpy.h"
 #include "flib/excited/qm_file_mo_coeff_nbasis_nbsuse.h"
 #include "flib/excited/qm_file_nbasis_nbsuse.h"
 #include "flib/excited/qm_file_nci.h"
+#include "flib/io/stop_run.h"
 #include "flib/qm_file/qm_file_coord.h"
 #include "flib/qm_file/qm_file_force_tdip.h"
 #include "flib/qm_file/qm_file_mass.h"
@@ -235,8 +235,8 @@ std::string probe(std::string_view routine, std::string_view file, inputs_of inp
     for (const probed_routine& known : routines) {
         if (known.name != routine) continue;
         if (known.inputs != inputs.size()) {
-            throw std::invalid_argument("probe " + std::string(routine) + " takes FILE" +
-                                        std::string(known.input_names));
+            throw flib::run_error("probe " + std::string(routine) + " takes FILE" +
+                                  std::string(known.input_names) + " (see --help)");
         }
         std::int32_t info = preset_integer;
         value_lines lines;
@@ -244,7 +244,8 @@ std::string probe(std::string_view routine, std::string_view file, inputs_of inp
         if (routine != "gjf") lines.add("info", info);
         return lines.text();
     }
-    throw std::invalid_argument("probe does not know the routine '" + std::string(routine) + "'");
+    throw flib::run_error("probe does not know the routine '" + flib::printable(routine) +
+                          "' (see --help)");
 }
 
 }  // namespace qm_file

@@ -13,7 +13,7 @@ std::string probe_usage();
 
 /// Calls `routine` on `file` and returns one value a line: name, indices, "=", value. Outputs are
 /// preset (integers -7, reals -7.0, texts blank), so that what is left unchanged shows. Ends as the
-/// routine does; throws std::invalid_argument for an unknown routine or a wrong number of inputs.
+/// routine does; throws flib::run_error for an unknown routine or a wrong number of inputs.
 std::string probe(std::string_view routine, std::string_view file,
                   std::span<const std::int32_t> inputs);
 

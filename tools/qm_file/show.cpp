@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <map>
+#include <vector>
 
 #include "flib/io/stop_run.h"
 #include "flib/text/fixed_text.h"
@@ -12,282 +14,382 @@
 namespace qm_file {
 namespace {
 
-/// Atoms that a summary shows.
-constexpr std::int32_t most_shown = 60;
+using flib::file_facts;
+using flib::quantity;
+using tools::terminal;
 
-std::string_view symbol_of(const file_facts& facts, std::int32_t i) {
-    if (facts.nat.empty()) return flib::element_symbol(0);
-    const std::int32_t number = facts.nat[static_cast<std::size_t>(i) - 1];
-    return number >= 0 && number <= 118 ? flib::element_symbol(number) : "?";
-}
+/// Atoms that a summary shows.
+constexpr std::size_t most_shown = 60;
+constexpr std::size_t usual_width = 80;
+constexpr std::size_t heading_width = 16;
+constexpr std::size_t shortest_wrapped = 40;
 
 template <class... Values>
 std::string formatted(const char* format, Values... values) {
-    char text[256];
+    char text[512];
     std::snprintf(text, sizeof text, format, values...);
     return text;
 }
 
-std::string heading(std::string_view title) {
-    std::string text = "  ";
-    text += title;
-    text.resize(16, ' ');
-    return text;
+/// The symbol of atom `i`, counted from 0; "?" if the file does not give it.
+std::string_view symbol_of(const file_facts& facts, std::size_t i) {
+    const bool given = facts.numbers && i < facts.numbers->size();
+    const std::int32_t number = given ? (*facts.numbers)[i] : flib::unknown_number;
+    return flib::is_atomic_number(number) ? flib::element_symbol(number) : "?";
 }
 
-/// One atom's numbers in columns of `format`; blanks for a quantity that the file does not hold.
-std::string columns(const vectors& of, std::int32_t i, const char* format, double factor = 1) {
+/// The sum formula, in Hill's order: "C10H10".
+std::string formula(const file_facts& facts) {
+    std::map<std::string_view, std::size_t> counts;
+    for (std::size_t i = 0; i < facts.numbers->size(); ++i) ++counts[symbol_of(facts, i)];
     std::string text;
-    for (const double value : of.view().column(i)) text += formatted(format, value * factor);
+    const auto add = [&](std::string_view symbol) {
+        const auto found = counts.find(symbol);
+        if (found == counts.end()) return;
+        text += symbol;
+        if (found->second > 1) text += std::to_string(found->second);
+        counts.erase(found);
+    };
+    if (counts.contains("C")) {
+        add("C");
+        add("H");
+    }
+    while (!counts.empty()) add(counts.begin()->first);
     return text;
 }
 
-/// The column of the forces that belongs to atom `i`; 0 if none does.
-std::int32_t force_column(const file_facts& facts, std::int32_t i) {
-    if (!facts.oniom) return i <= facts.forces.count() ? i : 0;
-    const auto& index = facts.oniom->index;
-    const auto found = std::find(index.begin(), index.end(), i);
-    const auto k = static_cast<std::int32_t>(found - index.begin()) + 1;
-    return k <= facts.forces.count() ? k : 0;
+/// `text` under a heading, in as many lines as it takes.
+std::string entry(std::string_view heading, std::string_view text, const terminal& on) {
+    std::string lines("  ");
+    lines.append(heading).resize(heading_width, ' ');
+    const std::size_t width = std::max(on.width.value_or(usual_width), heading_width + 20);
+    bool first = true;
+    for (const std::string& line : tools::wrapped(text, width - heading_width)) {
+        if (!first) lines.append(heading_width, ' ');
+        first = false;
+        lines += line + '\n';
+    }
+    return lines;
 }
 
-std::string atom_table(const file_facts& facts) {
-    const bool geometry = facts.coordinates.count() > 0;
-    const bool forces = facts.forces.count() > 0;
-    if (!geometry && facts.nat.empty() && facts.masses.empty()) return {};
-    std::string text = "\n        atom";
-    if (geometry) text += "           x           y           z";
-    if (!facts.masses.empty()) text += "        mass";
-    if (forces) text += "     force x     force y     force z";
+/// One vector's numbers in columns of `format`.
+std::string columns(const std::array<double, 3>& vector, const char* format, double factor = 1) {
+    std::string text;
+    for (const double value : vector) {
+        // As wide as a number, for what the file does not tell.
+        const std::string number = formatted(format, value * factor);
+        text += std::isnan(value) ? std::string(number.size() - 1, ' ') + '?' : number;
+    }
+    return text;
+}
+
+/// The forces on atom `i`, counted from 0; null if there are none on it.
+const std::array<double, 3>* force_on(const file_facts& facts, std::size_t i) {
+    if (!facts.forces) return nullptr;
+    if (facts.oniom) {
+        const auto& high = facts.oniom->high;
+        i = static_cast<std::size_t>(std::ranges::find(high, static_cast<std::int32_t>(i) + 1) -
+                                     high.begin());
+    }
+    return i < facts.forces->size() ? &(*facts.forces)[i] : nullptr;
+}
+
+/// A group of columns of the table of atoms.
+struct column_group {
+    std::string title;
+    std::string unit;
+    std::string (*cells)(const file_facts& facts, std::size_t i);
+};
+
+std::vector<column_group> groups_of(const file_facts& facts) {
+    std::vector<column_group> groups;
+    if (facts.geometry) {
+        groups.push_back({"           x           y           z", "Angstrom",
+                          [](const file_facts& of, std::size_t i) {
+                              return columns(of.geometry->x[i], "%12.6f", flib::bohr_radius);
+                          }});
+    }
+    if (facts.masses) {
+        groups.push_back({"        mass", "u", [](const file_facts& of, std::size_t i) {
+                              const double mass = (*of.masses)[i];
+                              return std::isnan(mass) ? "           ?" : formatted("%12.6f", mass);
+                          }});
+    }
+    if (facts.forces) {
+        groups.push_back({"     force x     force y     force z", "Hartree/Bohr",
+                          [](const file_facts& of, std::size_t i) {
+                              const auto* force = force_on(of, i);
+                              return force == nullptr ? "" : columns(*force, "%12.6f");
+                          }});
+    }
+    return groups;
+}
+
+/// The atoms with some groups of columns, and the units of these.
+std::string table_of(const file_facts& facts, std::span<const column_group> groups) {
+    std::string text("\n        atom");
+    std::string units;
+    for (const column_group& group : groups) {
+        text += group.title;
+        units += (units.empty() ? "" : ", ") + group.unit;
+    }
     text += '\n';
-    const std::int32_t shown = std::min(*facts.natom, most_shown);
-    for (std::int32_t i = 1; i <= shown; ++i) {
-        text += formatted("  %6d  %-2s", i, std::string(symbol_of(facts, i)).c_str());
-        if (geometry) text += columns(facts.coordinates, i, "%12.6f", flib::bohr_radius);
-        if (!facts.masses.empty()) {
-            const double mass = facts.masses[static_cast<std::size_t>(i) - 1];
-            text += std::isnan(mass) ? "           ?" : formatted("%12.6f", mass);
-        }
-        if (const std::int32_t k = force_column(facts, i); k > 0) {
-            text += columns(facts.forces, k, "%12.6f");
-        }
+    const auto natom = static_cast<std::size_t>(*facts.natom);
+    for (std::size_t i = 0; i < std::min(natom, most_shown); ++i) {
+        text += formatted("  %6zu  %-2s", i + 1, std::string(symbol_of(facts, i)).c_str());
+        for (const column_group& group : groups) text += group.cells(facts, i);
         text += '\n';
     }
-    if (shown < *facts.natom) {
-        text += formatted("  ... and %d more atoms\n", *facts.natom - shown);
-    }
-    text += "  (";
-    if (geometry) text += "Angstrom";
-    if (!facts.masses.empty()) text += geometry ? ", u" : "u";
-    if (forces) text += ", Hartree/Bohr";
-    if (!geometry && facts.masses.empty()) text += "elements only";
-    return text + ")\n";
+    if (natom > most_shown) text += formatted("  ... and %zu more atoms\n", natom - most_shown);
+    return text + "  (" + (units.empty() ? "elements only" : units) + ")\n";
 }
 
-std::string dipole_lines(const file_facts& facts) {
+/// As many tables as it takes to stay within the width.
+std::string atom_tables(const file_facts& facts, const terminal& on) {
+    if (!facts.natom || *facts.natom < 1) return {};
+    const std::vector<column_group> groups = groups_of(facts);
+    if (groups.empty()) return facts.numbers ? table_of(facts, groups) : "";
+    constexpr std::size_t atom_width = 12;
     std::string text;
-    for (std::int32_t state = 1; state <= facts.dipoles.count(); ++state) {
-        text += heading(state == 1 ? "dipoles" : "") + formatted("state %3d", state) +
-                columns(facts.dipoles, state, "%10.4f") +
-                (state == 1 ? "  (ground to excited state, a.u.)\n" : "\n");
+    std::size_t begin = 0;
+    std::size_t width = atom_width;
+    for (std::size_t end = 0; end < groups.size(); ++end) {
+        if (end > begin && on.width && width + groups[end].title.size() > *on.width) {
+            text += table_of(facts, std::span(groups).subspan(begin, end - begin));
+            begin = end;
+            width = atom_width;
+        }
+        width += groups[end].title.size();
+    }
+    return text + table_of(facts, std::span(groups).subspan(begin));
+}
+
+std::string dipole_lines(const flib::vector_list& dipoles) {
+    std::string text("  dipoles       from the ground state (a.u.) to\n");
+    for (std::size_t i = 0; i < dipoles.size(); ++i) {
+        text.append(heading_width, ' ');
+        text += formatted("state %3zu", i + 1) + columns(dipoles[i], "%10.4f") + '\n';
     }
     return text;
 }
 
-std::string basis_line(const basis_counts& basis) {
+std::string basis_text(const flib::basis_counts& basis) {
     return formatted("%d functions, %d of them independent; %d alpha and %d beta electrons",
-                     basis.functions, basis.independent, basis.alpha, basis.beta);
+                     basis.functions, basis.independent, basis.alpha_electrons,
+                     basis.beta_electrons);
 }
 
-std::string excitation_line(const excitation_counts& counts) {
+std::string excitation_text(const flib::excitation_counts& space) {
     return formatted(
         "%d roots; orbitals: %d frozen core, %d active occupied, %d active virtual, %d frozen "
         "virtual",
-        counts.roots, counts.frozen_core, counts.active_occupied, counts.active_virtual,
-        counts.frozen_virtual);
+        space.roots, space.frozen_core, space.active_occupied, space.active_virtual,
+        space.frozen_virtual);
 }
 
-/// A JSON array of three numbers per column.
-void add_vectors(tools::json_writer& json, const char* name, const vectors& of) {
-    json.key(name);
-    json.begin_array();
-    for (std::int32_t i = 1; i <= of.count(); ++i) json.array(of.view().column(i));
-    json.end_array();
-}
-
-/// A JSON member that is null where the file does not hold it.
-template <class Add>
-void add_optional(tools::json_writer& json, const char* name, bool present, Add add) {
-    json.key(name);
-    if (present) {
-        add();
-    } else {
-        json.null();
+/// The reasons for what is missing, each with all that it holds for.
+std::string missing_lines(const file_facts& facts, const terminal& on) {
+    std::vector<std::pair<std::string, std::string>> reasons;  // and the quantities
+    for (const auto& [which, why] : facts.missing) {
+        // Nobody expects these.
+        if (!why.damaged && (which == quantity::oniom || which == quantity::dump)) continue;
+        const auto known =
+            std::ranges::find(reasons, why.reason, &std::pair<std::string, std::string>::first);
+        if (known == reasons.end()) {
+            reasons.emplace_back(why.reason, flib::name_of(which));
+        } else {
+            known->second.append(", ").append(flib::name_of(which));
+        }
     }
+    std::string text;
+    for (const auto& [reason, quantities] : reasons) {
+        text += entry("missing", quantities + ": " + reason, on);
+    }
+    return text;
+}
+
+std::string kind_text(const flib::file_kind& kind) {
+    if (kind.tag == result_tag) return "stigruz (a result file)";
+    return kind.tag + ", version " +
+           (kind.version.empty() ? "not told" : flib::printable(kind.version)) +
+           formatted(" (class %d)", kind.class_code);
+}
+
+std::string result_text(const numfreq::sgn_contents& result) {
+    const numfreq::sgn_parameters& parameters = result.parameters;
+    return formatted("%d; the chosen element, row %d and column %d of %d, is %.10E",
+                     parameters.sign, parameters.tden_maxloc[0], parameters.tden_maxloc[1],
+                     parameters.nmo, parameters.tden_maxval);
+}
+
+/// The name of a file before one of its rows, which has `row_width` columns.
+std::string label_of(const file_facts& facts, std::size_t row_width, const terminal& on) {
+    std::string name = flib::printable(facts.file);
+    if (on.width) {
+        constexpr std::size_t shortest = 8;
+        const std::size_t left = *on.width > row_width + 2 ? *on.width - row_width - 2 : 0;
+        name = tools::shortened(name, std::max(left, shortest));
+    }
+    return name + ": ";
 }
 
 }  // namespace
 
-std::string in_one_line(const ending& how) {
-    std::string text;
-    for (const std::string& line : how.lines) {
-        if (!text.empty()) text += ' ';
-        text += flib::trim(line);
-    }
+std::string place_of(const flib::geometry& geometry) {
+    std::string text = geometry.tables == 1 ? "the only one"
+                                            : std::string(geometry.last ? "last" : "first") +
+                                                  " of " + std::to_string(geometry.tables);
+    if (!geometry.frame.empty()) text += ", " + flib::printable(geometry.frame);
     return text;
 }
 
-std::string summary(const file_facts& facts) {
+std::string summary(const file_report& report, const terminal& on) {
+    const file_facts& facts = report.facts;
     std::string text = flib::printable(facts.file) + '\n';
-    if (facts.endings.contains(quantity::type)) return text + "  cannot be read\n";
-    if (facts.tag.empty()) {
-        return text + heading("program") + "not recognised: none of the known banners is there\n";
+    if (!report.readable) return text + "  cannot be read\n";
+    if (!facts.kind && facts.missing.at(quantity::kind).damaged) {
+        return text + entry("program", facts.why_not(quantity::kind), on);
     }
-    text += heading("program") + facts.tag + ", version " +
-            (facts.version.empty() ? "not told" : flib::printable(facts.version)) +
-            formatted(" (class %d)\n", facts.class_code);
-    text += heading("atoms");
-    text += facts.natom ? std::to_string(*facts.natom) : "no count";
-    if (!facts.nat.empty()) text += ": " + formula(facts.nat);
-    text += '\n';
-    if (facts.oniom) {
-        text += heading("ONIOM") + formatted("%d of %d atoms in the high layer\n",
-                                             facts.oniom->high, facts.oniom->all);
-    }
-    if (facts.basis) text += heading("basis") + basis_line(*facts.basis) + '\n';
-    if (facts.excitations)
-        text += heading("excitations") + excitation_line(*facts.excitations) + '\n';
-    text += dipole_lines(facts);
-    text += atom_table(facts);
-    if (facts.two_frames) {
+    if (!facts.kind) {
         text +=
-            "  note: the input and the standard orientation differ by more than a shift. Forces\n"
-            "        belong to the first, orbitals and this geometry to the second; for signs and\n"
-            "        derivatives run all jobs in one fixed frame (nosymm).\n";
+            entry("program", "not recognised: " + std::string(facts.why_not(quantity::kind)), on);
+        if (facts.oniom) {
+            text += entry("ONIOM",
+                          formatted("%zu of %d atoms in the high layer", facts.oniom->high.size(),
+                                    facts.oniom->natom),
+                          on);
+        }
+        return text + entry("known are", known_programs(), on);
     }
-    for (const auto& [which, name, words] : quantity_names) {
-        const auto found = facts.endings.find(which);
-        if (found == facts.endings.end()) continue;
-        text.append("  no ").append(words).append(": ");
-        text += in_one_line(found->second) + '\n';
+    text += entry("program", kind_text(*facts.kind), on);
+    if (report.result) text += entry("sign", result_text(*report.result), on);
+    if (facts.dump) {
+        text += entry(
+            "dump", formatted("of file %d: %d values", facts.dump->number, facts.dump->values), on);
+    }
+    if (facts.natom) {
+        const std::string symbols = facts.numbers ? ": " + formula(facts) : "";
+        text += entry("atoms", std::to_string(*facts.natom) + symbols, on);
+    }
+    if (facts.oniom) {
+        text += entry("ONIOM",
+                      formatted("%zu of %d atoms in the high layer", facts.oniom->high.size(),
+                                facts.oniom->natom),
+                      on);
+    }
+    if (facts.basis) text += entry("basis", basis_text(*facts.basis), on);
+    if (facts.excitations) text += entry("excitations", excitation_text(*facts.excitations), on);
+    if (facts.dipoles) text += dipole_lines(*facts.dipoles);
+    if (facts.geometry) text += entry("geometry", place_of(*facts.geometry), on);
+    text += missing_lines(facts, on);
+    text += atom_tables(facts, on);
+    if (facts.numbers && !std::ranges::all_of(*facts.numbers, flib::is_atomic_number)) {
+        text += entry("note", "? stands for an atom whose symbol is that of no element.", on);
+    }
+    if (facts.geometry && facts.geometry->two_frames) {
+        text += entry("note",
+                      "the input and the standard orientation differ by more than a shift. Forces "
+                      "belong to the first, orbitals and this geometry to the second; for signs "
+                      "and derivatives run all jobs in one fixed frame (nosymm).",
+                      on);
     }
     return text;
 }
 
-std::string rows_of(const file_facts& facts, quantity which) {
-    std::string text;
-    const auto vector_rows = [&](const vectors& of) {
-        for (std::int32_t i = 1; i <= of.count(); ++i) {
-            text += formatted("%6d", i) + columns(of, i, "%20.12f") + '\n';
+std::string rows_of(const file_report& report, const named_quantity& which, bool labelled,
+                    const terminal& on) {
+    const file_facts& facts = report.facts;
+    std::vector<std::string> rows;
+    // Twelve decimals, unless the name of the file needs the room.
+    const bool narrow = labelled && on.width && *on.width < 100;
+    const char* const real = narrow ? "%14.8f" : "%20.12f";
+    const auto add_vectors = [&](const flib::vector_list& vectors, const char* title) {
+        for (std::size_t i = 0; i < vectors.size(); ++i) {
+            rows.push_back(formatted(title, i + 1) + columns(vectors[i], real));
         }
     };
-    switch (which) {
-        case quantity::type:
-            if (facts.tag.empty()) return "not recognised\n";
-            return facts.tag + '\t' + flib::printable(facts.version) +
-                   formatted("\t%d\n", facts.class_code);
+    switch (which.parts.front()) {
+        case quantity::kind:
+            rows.push_back(facts.kind
+                               ? facts.kind->tag + '\t' + flib::printable(facts.kind->version) +
+                                     formatted("\t%d", facts.kind->class_code)
+                               : "not recognised");
+            if (!report.readable) rows.clear();
+            break;
         case quantity::natom:
-            return facts.natom ? std::to_string(*facts.natom) + '\n' : "";
-        case quantity::nat:
-            for (std::size_t i = 0; i < facts.nat.size(); ++i) {
-                const auto atom = static_cast<std::int32_t>(i) + 1;
-                text += formatted("%6d%6d  ", atom, facts.nat[i]);
-                text += symbol_of(facts, atom);
-                text += '\n';
+            if (facts.natom) rows.push_back(std::to_string(*facts.natom));
+            break;
+        case quantity::numbers:
+            for (std::size_t i = 0; facts.numbers && i < facts.numbers->size(); ++i) {
+                const std::int32_t number = (*facts.numbers)[i];
+                rows.push_back(formatted("%6zu%6s  ", i + 1,
+                                         number == flib::unknown_number
+                                             ? "?"
+                                             : std::to_string(number).c_str()) +
+                               std::string(symbol_of(facts, i)));
             }
-            return text;
-        case quantity::coord:
-            vector_rows(facts.coordinates);
-            return text;
-        case quantity::mass:
-            for (std::size_t i = 0; i < facts.masses.size(); ++i) {
-                text += formatted("%6zu%20.12f\n", i + 1, facts.masses[i]);
+            break;
+        case quantity::geometry:
+            if (facts.geometry) add_vectors(facts.geometry->x, "%6zu");
+            break;
+        case quantity::masses:
+            for (std::size_t i = 0; facts.masses && i < facts.masses->size(); ++i) {
+                rows.push_back(formatted("%6zu", i + 1) + formatted(real, (*facts.masses)[i]));
             }
-            return text;
-        case quantity::force:
-            vector_rows(facts.forces);
-            for (std::int32_t state = 1; state <= facts.dipoles.count(); ++state) {
-                text +=
-                    formatted("state%4d", state) + columns(facts.dipoles, state, "%20.12f") + '\n';
-            }
-            return text;
-        case quantity::nbasis:
-            return facts.basis ? basis_line(*facts.basis) + '\n' : "";
-        case quantity::nci:
-            return facts.excitations ? excitation_line(*facts.excitations) + '\n' : "";
+            break;
+        case quantity::forces:
+            if (facts.forces) add_vectors(*facts.forces, "%6zu");
+            if (facts.dipoles) add_vectors(*facts.dipoles, "state%4zu");
+            break;
+        case quantity::basis:
+            if (facts.basis) rows.push_back(basis_text(*facts.basis));
+            break;
+        case quantity::excitations:
+            if (facts.excitations) rows.push_back(excitation_text(*facts.excitations));
+            break;
         case quantity::oniom:
-            if (!facts.oniom) return "no ONIOM job\n";
-            text =
-                formatted("%d of %d atoms in the high layer:", facts.oniom->high, facts.oniom->all);
-            for (const std::int32_t atom : facts.oniom->index)
-                text.append(" ").append(std::to_string(atom));
-            return text + '\n';
+            if (facts.oniom) {
+                std::string row =
+                    formatted("%zu of %d atoms in the high layer:", facts.oniom->high.size(),
+                              facts.oniom->natom);
+                for (const std::int32_t atom : facts.oniom->high) row += ' ' + std::to_string(atom);
+                rows.push_back(row);
+            }
+            break;
+        case quantity::dipoles:
+        case quantity::dump:
+            break;  // not asked for by themselves
+    }
+    std::string text;
+    for (const std::string& row : rows) {
+        const std::string label = labelled ? label_of(facts, row.size(), on) : "";
+        const std::size_t indent = row.find_first_not_of(' ');
+        const std::size_t width = on.width.value_or(0);
+        if (width < shortest_wrapped || label.size() + row.size() <= width || indent != 0) {
+            text += label + row + '\n';
+            continue;
+        }
+        // Words go on in the next line.
+        bool first = true;
+        for (const std::string& line : tools::wrapped(label + row, width - 2)) {
+            text += (first ? "" : "  ") + line + '\n';
+            first = false;
+        }
     }
     return text;
 }
 
-std::string xyz(const file_facts& facts) {
-    const std::int32_t natom = facts.coordinates.count();
-    if (natom == 0) return {};
-    std::string text = std::to_string(natom) + '\n' + flib::printable(facts.file) + '\n';
-    for (std::int32_t i = 1; i <= natom; ++i) {
+std::string xyz(const file_report& report) {
+    const file_facts& facts = report.facts;
+    if (!facts.geometry) return {};
+    const flib::vector_list& x = facts.geometry->x;
+    std::string text = std::to_string(x.size()) + '\n' + flib::printable(facts.file) +
+                       ": geometry, " + place_of(*facts.geometry) + '\n';
+    for (std::size_t i = 0; i < x.size(); ++i) {
         text += formatted("%-3s", std::string(symbol_of(facts, i)).c_str());
-        text += columns(facts.coordinates, i, "%18.10f", flib::bohr_radius) + '\n';
+        text += columns(x[i], "%18.10f", flib::bohr_radius) + '\n';
     }
     return text;
-}
-
-void add_json(tools::json_writer& json, const file_facts& facts) {
-    json.begin_object();
-    json.member("file", std::string_view(facts.file));
-    add_optional(json, "type", !facts.tag.empty(),
-                 [&] { json.value(std::string_view(facts.tag)); });
-    add_optional(json, "version", !facts.tag.empty(),
-                 [&] { json.value(std::string_view(facts.version)); });
-    json.member("class", facts.class_code);
-    add_optional(json, "natom", facts.natom.has_value(), [&] { json.value(*facts.natom); });
-    add_optional(json, "oniom", facts.oniom.has_value(), [&] {
-        json.begin_object();
-        json.member("high", facts.oniom->high);
-        json.member("all", facts.oniom->all);
-        json.key("index");
-        json.array(facts.oniom->index);
-        json.end_object();
-    });
-    add_optional(json, "basis", facts.basis.has_value(), [&] {
-        json.begin_object();
-        json.member("alpha_electrons", facts.basis->alpha);
-        json.member("beta_electrons", facts.basis->beta);
-        json.member("functions", facts.basis->functions);
-        json.member("independent_functions", facts.basis->independent);
-        json.end_object();
-    });
-    add_optional(json, "excitations", facts.excitations.has_value(), [&] {
-        json.begin_object();
-        json.member("roots", facts.excitations->roots);
-        json.member("alpha_electrons", facts.excitations->alpha);
-        json.member("frozen_core", facts.excitations->frozen_core);
-        json.member("active_occupied", facts.excitations->active_occupied);
-        json.member("active_virtual", facts.excitations->active_virtual);
-        json.member("frozen_virtual", facts.excitations->frozen_virtual);
-        json.end_object();
-    });
-    json.key("atomic_numbers");
-    json.array(facts.nat);
-    json.key("masses_u");
-    json.array(facts.masses);
-    add_vectors(json, "coordinates_bohr", facts.coordinates);
-    add_vectors(json, "forces_hartree_per_bohr", facts.forces);
-    add_vectors(json, "transition_dipoles_au", facts.dipoles);
-    json.member("two_frames", facts.two_frames);
-    json.key("missing");
-    json.begin_object();
-    for (const auto& [which, name, words] : quantity_names) {
-        const auto found = facts.endings.find(which);
-        if (found != facts.endings.end()) json.member(name, in_one_line(found->second));
-    }
-    json.end_object();
-    json.end_object();
 }
 
 }  // namespace qm_file

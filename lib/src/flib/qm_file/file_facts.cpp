@@ -14,6 +14,7 @@
 #include "flib/io/unit.h"
 #include "flib/qm_file/detail/facts_steps.h"
 #include "flib/qm_file/detail/oniom_steps.h"
+#include "flib/qm_file/detail/reader_steps.h"
 #include "flib/qm_file/detail/recognise.h"
 #include "flib/qm_file/qm_file_coord.h"
 #include "flib/qm_file/qm_file_mass.h"
@@ -101,6 +102,8 @@ void asker::ask(quantity which, std::optional<Value>& fact, Value (asker::*reade
         why.reason = absent.what();
     } catch (const stop_run& stop) {
         why.reason = stop.what();
+    } catch (const line_not_found& absent) {
+        why.reason = "no line with '" + absent.word() + "'";
     } catch (const run_error& error) {
         // The file's name is known.
         why = {error.what(), true};

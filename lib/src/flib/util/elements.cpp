@@ -15,13 +15,11 @@ struct element {
     double mass;  // u
 };
 
-constexpr std::int32_t na = 118;
-
 // In order of atomic number. Most masses are those of the most abundant isotope, selenium's is the
 // average over them; 0.0 stands for elements without one. 113, 115, 117 and 118 keep their
 // systematic names, by which the logs of this workflow know them.
 // clang-format off
-constexpr std::array<element, na> elements{{
+constexpr std::array<element, last_atomic_number> elements{{
     {"H", 1.007825037},
     {"He", 4.00260325},
     {"Li", 7.0160045},
@@ -157,10 +155,10 @@ std::string_view element_symbol(std::int32_t nat) {
 }
 
 void require_element(std::int32_t i, std::int32_t nat) {
-    if (nat >= 0 && nat <= na) return;
+    if (is_atomic_number(nat)) return;
     throw stop_run{exit_status::complete,
                    {"Error!", "nat(" + std::to_string(i) + ") = " + std::to_string(nat) +
-                                  " is out of [1," + std::to_string(na) + "]"}};
+                                  " is out of [1," + std::to_string(last_atomic_number) + "]"}};
 }
 
 std::int32_t element_number(std::string_view symbol) {
@@ -173,7 +171,7 @@ std::int32_t element_number(std::string_view symbol) {
 
 void nat_to_mass(std::int32_t n, std::span<const std::int32_t> nat, std::span<double> atmas) {
     for (std::size_t i = 0; i < static_cast<std::size_t>(std::max(n, 0)); ++i) {
-        if (nat[i] >= 1 && nat[i] <= na) atmas[i] = element_of(nat[i]).mass;
+        if (nat[i] != 0 && is_atomic_number(nat[i])) atmas[i] = element_of(nat[i]).mass;
     }
 }
 

@@ -10,6 +10,14 @@
 
 namespace flib {
 
+/// The largest atomic number of an element.
+inline constexpr std::int32_t last_atomic_number = 118;
+
+/// Whether `nat` is the atomic number of an element, or 0, which stands for a dummy atom.
+constexpr bool is_atomic_number(std::int32_t nat) {
+    return nat >= 0 && nat <= last_atomic_number;
+}
+
 /// The symbol of atomic number `nat`, 0 to 118; "X", a dummy atom, for 0.
 std::string_view element_symbol(std::int32_t nat);
 

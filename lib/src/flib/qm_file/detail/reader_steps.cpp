@@ -34,7 +34,8 @@ void require_room(std::string_view fname, std::size_t count, std::string_view wh
 
 void require_found(bool found, std::int32_t fid, std::string_view word) {
     if (found) return;
-    throw input_of(fid).error_here("the file ends without a line with '" + std::string(word) + "'");
+    const std::string message = "the file ends without a line with '" + std::string(word) + "'";
+    throw line_not_found(input_of(fid).error_here(message), word);
 }
 
 void go_to(std::int32_t fid, std::string_view word, text_span line) {

@@ -4,11 +4,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <string>
 #include <string_view>
 #include <type_traits>
 #include <vector>
 
 #include "flib/io/free_format.h"
+#include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
 #include "flib/search/search_word.h"
 #include "flib/text/fixed_text.h"
@@ -85,7 +87,17 @@ void require_positive(std::string_view name, std::int32_t value);
 void require_room(std::string_view fname, std::size_t count, std::string_view what,
                   std::size_t room);
 
-/// Throws the io_error of a file that ends without a line that holds `word`, if not `found`.
+/// The end of a file in which a line that holds `word` was looked for.
+class line_not_found : public io_error {
+  public:
+    line_not_found(const io_error& at, std::string_view word) : io_error(at), word_(word) {}
+    const std::string& word() const { return word_; }
+
+  private:
+    std::string word_;
+};
+
+/// Throws line_not_found if not `found`.
 void require_found(bool found, std::int32_t fid, std::string_view word);
 
 /// Goes on to the first line with `word`, which `line` then holds; io_error if there is none.

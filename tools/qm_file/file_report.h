@@ -1,0 +1,34 @@
+// One file, with all that is to be shown of it.
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "flib/qm_file/file_facts.h"
+#include "numfreq/sgn_file.h"
+
+namespace qm_file {
+
+struct file_report {
+    flib::file_facts facts{};
+    std::optional<numfreq::sgn_contents> result{};  ///< of a result file of stigruz
+    bool readable = true;                           ///< the file could be opened
+};
+
+/// What stands for the type tag of a result file.
+inline constexpr std::string_view result_tag = "STIGRUZ RESULT";
+
+/// Reads `file`. It may be one of any kind, and missing: that is told by the report. Of a result
+/// file what is in it becomes the facts, the corrected dipole that of the first state.
+file_report report_of(const std::string& file, std::span<const flib::quantity> wanted);
+
+/// Reads the basis of a Gaussian log, for which a line of standard input gives the number of
+/// independent functions. On a terminal `say` is told first what is waited for.
+void add_basis_of_log(file_report& report, void (*say)(std::string_view text));
+
+/// "GAMESS (US), Gaussian, ...": the programs whose files are recognised.
+std::string known_programs();
+
+}  // namespace qm_file

@@ -1,0 +1,122 @@
+#include <cmath>
+
+#include "flib/text/fixed_text.h"
+#include "qm_file/show.h"
+
+namespace qm_file {
+namespace {
+
+using flib::quantity;
+using tools::json_value;
+
+/// The value of `fact`, as `told` makes it; null if there is none.
+template <class Fact, class Told>
+json_value if_there(const std::optional<Fact>& fact, Told told) {
+    return fact ? json_value(told(*fact)) : json_value();
+}
+
+/// Arrays are empty rather than null where there is nothing.
+template <class Fact>
+json_value array_of(const std::optional<Fact>& fact) {
+    return fact ? json_value(*fact) : json_value::array();
+}
+
+json_value numbers_of(const std::optional<std::vector<std::int32_t>>& numbers) {
+    json_value all = json_value::array();
+    if (!numbers) return all;
+    for (const std::int32_t number : *numbers) {
+        all.push_back(number == flib::unknown_number ? json_value() : json_value(number));
+    }
+    return all;
+}
+
+json_value result_of(const numfreq::sgn_contents& result) {
+    const numfreq::sgn_parameters& parameters = result.parameters;
+    return {{"sign", parameters.sign},
+            {"basis_functions", parameters.nmo},
+            {"element", parameters.tden_maxloc},
+            {"value", parameters.tden_maxval}};
+}
+
+constexpr std::string_view key_of(quantity which) {
+    switch (which) {
+        case quantity::kind:
+            return "type";
+        case quantity::natom:
+            return "natom";
+        case quantity::numbers:
+            return "nat";
+        case quantity::geometry:
+            return "coord";
+        case quantity::masses:
+            return "mass";
+        case quantity::forces:
+            return "force";
+        case quantity::dipoles:
+            return "tdip";
+        case quantity::oniom:
+            return "oniom";
+        case quantity::basis:
+            return "nbasis";
+        case quantity::excitations:
+            return "nci";
+        case quantity::dump:
+            return "dump";
+    }
+    return {};
+}
+
+}  // namespace
+
+json_value json_of(const file_report& report) {
+    const flib::file_facts& facts = report.facts;
+    json_value json;
+    json["file"] = facts.file;
+    json["type"] = if_there(facts.kind, [](const auto& kind) { return kind.tag; });
+    json["version"] = if_there(facts.kind, [](const auto& kind) { return kind.version; });
+    json["class"] = facts.kind ? facts.kind->class_code : -1;
+    json["natom"] = if_there(facts.natom, [](std::int32_t natom) { return natom; });
+    json["oniom"] = if_there(facts.oniom, [](const auto& layers) {
+        return json_value{
+            {"high", layers.high.size()}, {"all", layers.natom}, {"index", layers.high}};
+    });
+    json["basis"] = if_there(facts.basis, [](const auto& basis) {
+        return json_value{{"alpha_electrons", basis.alpha_electrons},
+                          {"beta_electrons", basis.beta_electrons},
+                          {"functions", basis.functions},
+                          {"independent_functions", basis.independent}};
+    });
+    json["excitations"] = if_there(facts.excitations, [](const auto& space) {
+        return json_value{{"roots", space.roots},
+                          {"alpha_electrons", space.alpha_electrons},
+                          {"frozen_core", space.frozen_core},
+                          {"active_occupied", space.active_occupied},
+                          {"active_virtual", space.active_virtual},
+                          {"frozen_virtual", space.frozen_virtual}};
+    });
+    json["atomic_numbers"] = numbers_of(facts.numbers);
+    json["masses_u"] = array_of(facts.masses);
+    json["geometry"] = if_there(facts.geometry, [](const flib::geometry& geometry) {
+        return json_value{{"which", geometry.last ? "last" : "first"},
+                          {"of", geometry.tables},
+                          {"frame", geometry.frame}};
+    });
+    json["coordinates_bohr"] = facts.geometry ? json_value(facts.geometry->x) : json_value::array();
+    json["forces_hartree_per_bohr"] = array_of(facts.forces);
+    json["transition_dipoles_au"] = array_of(facts.dipoles);
+    json["two_frames"] = facts.geometry && facts.geometry->two_frames;
+    json["dump"] = if_there(facts.dump, [](const auto& dump) {
+        return json_value{{"file", dump.number}, {"values", dump.values}};
+    });
+    json["result"] = if_there(report.result, result_of);
+    json["missing"] = json_value::object();
+    for (const quantity which : flib::all_quantities) {
+        const auto found = facts.missing.find(which);
+        if (found != facts.missing.end()) {
+            json["missing"][std::string(key_of(which))] = found->second.reason;
+        }
+    }
+    return json;
+}
+
+}  // namespace qm_file
