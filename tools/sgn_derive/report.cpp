@@ -100,18 +100,9 @@ void add_forces(report& of) {
 /// are told by the set.)
 void add_file_findings(report& of, const sgn_set::result_file& reference,
                        const std::vector<sgn_set::result_file>& files) {
-    const sgn_check::result_file first{reference.name, reference.contents};
-    std::vector<sgn_check::result_file> others;
-    for (const auto& each : files) others.push_back({each.name, each.contents});
-    const auto verdicts = [&](auto limits) {
-        if constexpr (requires { limits.sum_rules; }) limits.sum_rules = false;
-        auto checked = check(first, others, limits);
-        if constexpr (requires { checked.verdicts; }) {
-            return checked.verdicts;
-        } else {
-            return checked;
-        }
-    }(sgn_check::thresholds{});
+    sgn_check::thresholds limits;
+    limits.sum_rules = false;
+    const auto verdicts = sgn_check::check(reference, files, limits).verdicts;
     for (std::size_t i = 0; i < verdicts.size(); ++i) {
         for (const sgn_check::finding& each : verdicts[i].findings) {
             if (each.kind == sgn_check::doubt::no_partner) continue;
