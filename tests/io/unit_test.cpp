@@ -1,6 +1,7 @@
 #include "flib/io/unit.h"
 
 #include <gmock/gmock.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <array>
@@ -72,6 +73,16 @@ TEST(Units, AreRegularFiles) {
                   text(path) + ": " + reason);
         EXPECT_FALSE(unit_is_open(100));
     }
+    const scratch_directory scratch;
+    const text fifo = (scratch.path() / "fifo").string();
+    const text directory = scratch.path().string();
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    for (const text& taken : {fifo, directory}) {
+        EXPECT_EQ(ending_of([&] { replace_file(taken, "new"); })->text,
+                  taken + ": cannot be written: the name is taken by something else than a file");
+    }
+    EXPECT_EQ(scratch.names(), std::vector<text>{"fifo"});
+    EXPECT_TRUE(fs::is_fifo(fifo));
 }
 
 TEST(Units, NeedTheRightsToTheirFiles) {

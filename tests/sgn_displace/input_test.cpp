@@ -96,7 +96,7 @@ const std::string oniom =
     "\r\n"
     "ONIOM\r\n"
     "\r\n"
-    "0,2,0,1,0,1\r\n"
+    "0/2,0,1,0 1\r\n"
     "Ar -1 4.5 0.8 -3.9 Low\r\n"
     "H-HW-0.4 0 0.0 0.76 -0.472 H\r\n"
     "C-CT--0.25(PDBName=C A,ResNum=3) 0 1 2 3 M H-HC 2 0.7\r\n"
