@@ -129,8 +129,7 @@ std::string known_programs() {
         if (kind.tag != flib::tag::molpro) programs.push_back(kind.program);
     }
     std::ranges::sort(programs);
-    const auto repeated = std::ranges::unique(programs);
-    programs.erase(repeated.begin(), repeated.end());
+    programs.erase(std::unique(programs.begin(), programs.end()), programs.end());
     std::string text;
     for (const std::string_view program : programs) {
         if (!text.empty()) text += ", ";
