@@ -190,8 +190,9 @@ expect_text "derivatives: left out, as sgn_derive is not installed here"
 if [ -x "$build/tools/sgn_derive" ]; then
     PATH=$build/tools:$PATH expect 0 0 0 0 "$workflow/report.sh" h2o_ref
     expect_text "derivatives: in derivatives.txt"
-    [ -s derivatives.json ]
-    [ -s derivatives.html ]
+    for form in json html; do
+        if grep -q -e "--$form=" <("$build/tools/sgn_derive" --help); then [ -s "derivatives.$form" ]; fi
+    done
 fi
 rm h2o_03zp.sgn
 expect 1 0 0 0 "$workflow/report.sh" h2o_ref
