@@ -6,7 +6,8 @@
 set -o pipefail
 # shellcheck source=/dev/null
 . "$(dirname "$0")/common.sh"
-reference=$(job_name "${1:?"usage: jobs.sh REFERENCE [JOB...]"}") || exit 1
+[ "$#" -gt 0 ] || complain "usage: jobs.sh REFERENCE [JOB...]"
+reference=$(job_name "$1") || exit 1
 shift
 jobs=()
 select_jobs "$reference" "$@"

@@ -6,7 +6,8 @@ set -o pipefail
 here=$(dirname "$0")
 # shellcheck source=/dev/null
 . "$here/common.sh"
-reference=$(job_name "${1:?"usage: loop.sh REFERENCE [JOB...]"}") || exit 1
+[ "$#" -gt 0 ] || complain "usage: loop.sh REFERENCE [JOB...]"
+reference=$(job_name "$1") || exit 1
 shift
 jobs=()
 select_jobs "$reference" "$@"

@@ -7,7 +7,8 @@ set -o pipefail
 here=$(dirname "$0")
 # shellcheck source=/dev/null
 . "$here/common.sh"
-name=$(job_name "${1:?"usage: one.sh NAME [REFERENCE]"}") || exit 1
+[ "$#" -gt 0 ] || complain "usage: one.sh NAME [REFERENCE]"
+name=$(job_name "$1") || exit 1
 reference=${2:+$(job_name "$2")} || exit 1
 tool=${STIGRUZ:-stigruz}
 

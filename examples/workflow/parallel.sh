@@ -7,7 +7,8 @@ set -o pipefail
 here=$(dirname "$0")
 # shellcheck source=/dev/null
 . "$here/common.sh"
-reference=$(job_name "${1:?"usage: parallel.sh REFERENCE [PROCESSES] [JOB...]"}") || exit 1
+[ "$#" -gt 0 ] || complain "usage: parallel.sh REFERENCE [PROCESSES] [JOB...]"
+reference=$(job_name "$1") || exit 1
 shift
 processes=$(nproc)
 if [[ ${1-} =~ ^[1-9][0-9]*$ ]]; then

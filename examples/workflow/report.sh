@@ -10,7 +10,8 @@
 set -o pipefail
 # shellcheck source=/dev/null
 . "$(dirname "$0")/common.sh"
-reference=$(job_name "${1:?"usage: report.sh REFERENCE [JOB...]"}") || exit 1
+[ "$#" -gt 0 ] || complain "usage: report.sh REFERENCE [JOB...]"
+reference=$(job_name "$1") || exit 1
 shift
 jobs=() passed_over=()
 select_jobs "$reference" "$@"

@@ -150,5 +150,9 @@ rm a.fchk
 expect 1 0 0 1 "$workflow/dump.sh" a
 expect_text "a.fchk: FAILED: formchk a.chk (see a.fchk.err)"
 [ ! -e a.fchk ] || fail "a file was made of nothing"
+for script in jobs.sh one.sh loop.sh parallel.sh report.sh; do
+    expect 1 0 0 0 "$workflow/$script"
+    expect_text "$script: usage: $script "
+done
 expect 1 0 0 0 "$workflow/dump.sh"
 expect_text "usage: dump.sh NAME..."

@@ -38,6 +38,9 @@ TEST(Route, HasKeywordsWithOptions) {
         {"iop(9/40=3,5/33=1) guess=mix/sp", "iop(9 40(3) 5 33(1)) guess(mix) sp"},
         {"force= nosymm", "force(nosymm)"},
         {"", ""},
+        {"td force=", "nothing follows the '=' of 'force' in the route"},
+        {"td(root = ) nosymm", "nothing follows the '=' of 'root' in the route"},
+        {"td force= ,nosymm", "nothing follows the '=' of 'force' in the route"},
         {"td(", "the parentheses of the route do not match"},
         {"td)", "the parentheses of the route do not match"},
         {"td=(root=1", "the parentheses of the route do not match"},
@@ -118,7 +121,7 @@ TEST(Route, IsOfAnExcitedState) {
         {"td symmetry=loose", "'symmetry' in the route contradicts nosymm"},
         {"td symm", "'symm' in the route contradicts nosymm"},
         {"td symm(none,loose)", "'symm' in the route contradicts nosymm"},
-        {"td(nstates=3,conver=6) scf(conver=9) freqs=", "'freqs' in the route displaces"},
+        {"td(nstates=3,conver=6) scf(conver=9) freqs", "'freqs' in the route displaces"},
         {"td int(opt) scf(restart)", "root 1"},
     };
     for (const auto& [route, kind] : cases) {

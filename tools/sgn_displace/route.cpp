@@ -67,11 +67,15 @@ class route_parser {
             if (take('(')) {
                 std::ranges::move(keywords(depth + 1), std::back_inserter(result.options));
                 if (!take(')')) fail();
-            } else if (equals && !rest_.empty() &&
-                       separators.find(rest_.front()) == separators.npos && rest_.front() != ')') {
-                result.options.push_back(next(depth + 1));
+            } else if (!equals) {
                 return result;
+            } else if (rest_.empty() || rest_.front() == ')' ||
+                       separators.find(rest_.front()) != separators.npos) {
+                // What is added behind it would become its option.
+                throw flib::run_error("nothing follows the '=' of '" +
+                                      flib::printable(result.name).append("' in the route"));
             } else {
+                result.options.push_back(next(depth + 1));
                 return result;
             }
         }
