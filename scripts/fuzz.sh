@@ -17,7 +17,7 @@ scripts/build.sh build-fuzz all -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=
     -DSTIGRUZ_FUZZERS=ON -DSTIGRUZ_TESTS=OFF
 
 # Seeds: the fixtures of the tests, made-up jobs, and the result file of one.
-mkdir -p "$work"/{readers,items,job,result} build-fuzz/found
+mkdir -p "$work"/{readers,items,job,result,displace} build-fuzz/found
 find tests/data -type f | while read -r file; do
     cp "$file" "$work/readers/seed-$(tr / - <<<"${file#tests/data/}")"
 done
@@ -26,6 +26,7 @@ trap 'rm -rf "$scratch"' EXIT
 (cd "$scratch" && "$root/build-fuzz/fuzz/fuzz_seeds" "$work/job" "$work/items")
 cp "$scratch"/a.{log,fchk,cis} "$work/readers"
 cp "$scratch"/a.sgn "$work/result"
+cp examples/water/h2o.gjf "$work/displace"
 
 # An absurd allocation gives no memory, as it does outside the sanitizer. A quarantine larger than
 # what one execution frees and a stack kept for each block only cost time: findings are replayed
@@ -54,7 +55,7 @@ if [ "$amount" = coverage ]; then
         -DSTIGRUZ_FUZZ_COVERAGE=ON
     fuzzers=build-fuzz-coverage/fuzz
 fi
-for name in ${FUZZ_ONLY:-readers items job result}; do
+for name in ${FUZZ_ONLY:-readers items job result displace}; do
     case "$amount" in
         "") run $fuzzers "$name" -max_total_time=10 ;;
         coverage) LLVM_PROFILE_FILE="$scratch/$name.profraw" run $fuzzers "$name" -runs=0 ;;
@@ -65,7 +66,7 @@ done
 if [ "$amount" = coverage ]; then
     llvm-profdata merge "$scratch"/*.profraw -o "$scratch/all.profdata"
     objects=()
-    for name in ${FUZZ_ONLY:-readers items job result}; do
+    for name in ${FUZZ_ONLY:-readers items job result displace}; do
         objects+=(-object "$fuzzers/fuzz_$name")
     done
     llvm-cov report "${objects[@]}" -instr-profile="$scratch/all.profdata" \

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <stdexcept>
@@ -86,6 +87,14 @@ TEST_F(FileSet, LeavesNothingBehindWhenItFails) {
     EXPECT_EQ(write(false, new_text, "b/d"), "b/d: cannot be made: Not a directory");
 }
 
+TEST_F(FileSet, WriteProtectedFilesStay) {
+    if (geteuid() == 0) GTEST_SKIP() << "root may write everywhere";
+    scratch_.file("b", "old b");
+    fs::permissions(path("b"), fs::perms::owner_read);
+    EXPECT_EQ(write(true), "./b: cannot be written: Permission denied");
+    EXPECT_EQ(files(), "b=old b;");
+}
+
 // Something takes the place of the last file while the set is being written: the first two have
 // appeared already when that is seen.
 TEST_F(FileSet, IsTakenBackWhenOneFileCanNotAppear) {
@@ -137,6 +146,7 @@ TEST_F(FileSet, MakesTheDirectoryAndKeepsTheUsersMask) {
     const mode_t before = umask(027);
     EXPECT_EQ(write(false, new_text, "made"), "");
     umask(before);
+    EXPECT_EQ(fs::status(path("made")).permissions(), fs::perms(0750));
     EXPECT_EQ(fs::status(path("made/b")).permissions(), fs::perms(0640));
     EXPECT_EQ(support::contents_of(path("made/c")), "new c");
     EXPECT_EQ(std::distance(fs::directory_iterator(path("made")), {}), 3);

@@ -222,6 +222,7 @@ TEST(Input, IsRefusedWithLineAndReason) {
         {"title\n\n", "5: the file ends where charge and multiplicity was expected"},
         {"0 1>", "6: expected charge and multiplicity, not a second blank line"},
         {"0 1>0 x", "6: expected charge and multiplicity, not '0 x'"},
+        {"0 1>,/,", "6: charges and multiplicities must come in pairs"},
         {"0 1>0 1 0", "6: charges and multiplicities must come in pairs"},
         {"0 1>1 2", "6: multiplicity 2: only amplitudes of closed shells can be used"},
         {"0 1>0 3 1 2", "6: multiplicity 3: only amplitudes of closed shells can be used"},
@@ -247,6 +248,7 @@ TEST(Input, IsRefusedWithLineAndReason) {
          "8: the coordinate '1.0000000000000000001' has more "
          "than 18 digits"},
         {"H 0.0 0.7 0.4>H 0.0 0.7 0.4 H", "8: 'H' stands behind the coordinates"},
+        {"H 0.0 0.7 0.4>,/", "8: expected an atom"},
         {"H 0.0>Tv 0.0", "8: a translation vector: periodic systems cannot be treated"},
         {"H 0.0>Bq 0.0", "8: 'Bq' is a ghost atom: leave it out"},
         {"H 0.0>H-bq 0.0", "8: 'H-bq' is a ghost atom: leave it out"},

@@ -36,17 +36,16 @@ class SgnDisplace : public testing::Test {
 };
 
 TEST_F(SgnDisplace, WritesASet) {
-    EXPECT_EQ(
-        said({"h2o.gjf"}),
-        "0: h2o_ref.gjf and 18 displaced inputs: 3 of 3 atoms, +-0.01 Angstrom along x, y and z\n"
-        "\n"
-        "Next:\n"
-        "  for job in h2o_ref.gjf h2o_[0-9]*[xyz][pm].gjf; do g16 \"$job\"; done\n"
-        "  dump.sh h2o_ref.gjf h2o_[0-9]*[xyz][pm].gjf\n"
-        "  loop.sh h2o_ref\n"
-        "The first is a job of hours, for your queue. The scripts are those of the workflow,\n"
-        "installed in share/doc/stigruz/examples/workflow: text files of the jobs; then signs,\n"
-        "their check, derivatives.\n");
+    EXPECT_EQ(said({"h2o.gjf"}),
+              "0: h2o_ref.gjf and 18 others: 3 of 3 atoms moved by +-0.01 Angstrom along x, y, z\n"
+              "\n"
+              "Next:\n"
+              "  for job in h2o_ref.gjf h2o_[0-9]*[xyz][pm].gjf; do g16 \"$job\"; done\n"
+              "  dump.sh h2o_ref.gjf h2o_[0-9]*[xyz][pm].gjf\n"
+              "  loop.sh h2o_ref\n"
+              "The first takes hours, for your queue. The scripts of the last two are in\n"
+              "share/doc/stigruz/examples/workflow: text files of the jobs; then signs, their\n"
+              "check, derivatives.\n");
     const words names = scratch_.names();
     ASSERT_EQ(names.size(), 20);
     const char* const coordinates[] = {"0.000000",  "0.000000", "0.118000",  "0.000000", "0.760000",
@@ -95,7 +94,7 @@ TEST_F(SgnDisplace, TakesOptions) {
     const support::outcome ended =
         run({"--step=0.005", "--one-sided", "--atoms=2-3,2", "--directory", "my set", "h2o.gjf"});
     EXPECT_EQ(ended.output.substr(0, ended.output.find("  for")),
-              "h2o_ref.gjf and 6 displaced inputs: 2 of 3 atoms, +0.005 Angstrom along x, y and z\n"
+              "h2o_ref.gjf and 6 others: 2 of 3 atoms moved by +0.005 Angstrom along x, y, z\n"
               "\nNext, after  cd 'my set':\n");
     EXPECT_EQ(std::distance(fs::directory_iterator(path("my set")), {}), 7);
     EXPECT_NE(support::contents_of(path("my set/h2o_02yp.gjf")).find("0.765000"),
@@ -129,12 +128,20 @@ TEST_F(SgnDisplace, AsManyDigitsAsThereAreAtoms) {
     scratch_.file("ring.gjf", text + "\n");
     EXPECT_EQ(run({"--list", "ring.gjf", "--atoms=7", "--one-sided"}).output,
               "ring_ref.gjf\nring_007xp.gjf\nring_007yp.gjf\nring_007zp.gjf\n");
+    // Not more than anybody means to run.
+    for (int i = 101; i <= 16'667; ++i) text += "He 0 0 0\n";
+    scratch_.file("wall.gjf", text + "\n");
+    EXPECT_EQ(said({"--list", "wall.gjf"}),
+              "2: sgn_displace: 100003 files: choose the atoms to be displaced with --atoms\n");
+    EXPECT_EQ(run({"--list", "wall.gjf", "--atoms=1-16666"}).status, 0);
 }
 
 TEST_F(SgnDisplace, SaysWhatIsWrong) {
     scratch_.file("two words.gjf", water);
     scratch_.file("empty.gjf", "");
     fs::create_directory(path("room"));
+    const std::string unfit =
+        " cannot be that of a set: give the input one of letters, digits, '_', '.', '+' and '-'";
     const struct {
         words arguments;
         std::string error;
@@ -146,9 +153,10 @@ TEST_F(SgnDisplace, SaysWhatIsWrong) {
         {{"room"}, "room: is a directory"},
         {{"/dev/zero"}, "/dev/zero: is not a regular file"},
         {{"empty.gjf"}, "empty.gjf: the file ends where a route (#...) was expected"},
-        {{"two words.gjf"},
-         "'two words' cannot be the name of a set: give the input a name of "
-         "letters, digits, '_', '.', '+' and '-'"},
+        {{"two words.gjf"}, "the name 'two words'" + unfit},
+        {{".gjf"}, "the name ''" + unfit},
+        {{".hidden.gjf"}, "the name '.hidden'" + unfit},
+        {{"--", "-x.gjf"}, "the name '-x'" + unfit},
         {{"h2o.gjf", "--atoms=4"}, "--atoms: there is no atom 4, the input has 3"},
         {{"h2o.gjf", "--atoms=0"}, "--atoms: expected numbers like 1-3,7, not '0'"},
         {{"h2o.gjf", "--atoms=1,"}, "--atoms: expected numbers like 1-3,7, not '1,'"},

@@ -13,6 +13,11 @@
 namespace sgn_displace {
 namespace {
 
+/// For messages.
+std::string quoted(std::string_view item) {
+    return std::string(1, '\'').append(flib::printable(item)).append("'");
+}
+
 [[noreturn]] void fail(const std::string& message) {
     throw flib::run_error(message);
 }
@@ -20,7 +25,7 @@ namespace {
 /// Throws unless an atom's first item, "C", "6", "C1", "C-CT--0.25(Iso=13)", names an element.
 void judge_element(std::string_view item) {
     const std::string_view label = item.substr(0, item.find_first_of("-("));
-    const std::string shown = "'" + flib::printable(item) + "'";
+    const std::string shown = quoted(item);
     std::int32_t number = 0;
     if (flib::parse_integer(label, number) == flib::number_error::none) {
         if (number < 1 || number > 118) fail(shown + " is not an atomic number");
@@ -43,11 +48,11 @@ coordinate parse_coordinate(std::string_view item, std::string_view line) {
     coordinate result{{}, static_cast<std::size_t>(item.data() - line.data()), item.size()};
     const decimal_error error = parse_decimal(item, result.value);
     if (error == decimal_error::too_long) {
-        fail("the coordinate '" + flib::printable(item) + "' has more than 18 digits");
+        fail("the coordinate " + quoted(item) + " has more than 18 digits");
     }
     if (error != decimal_error::none) {
-        fail("expected a coordinate, not '" + flib::printable(item) +
-             "'; variables and Z-matrices cannot be treated, give Cartesian coordinates");
+        fail("expected a coordinate, not " + quoted(item) +
+             "; variables and Z-matrices cannot be treated, give Cartesian coordinates");
     }
     return result;
 }
@@ -100,7 +105,7 @@ atom parse_atom(std::string_view line, bool oniom) {
     const std::size_t after = first + 3;
     if (!oniom) {
         if (items.size() > after) {
-            fail("'" + flib::printable(items[after]) + "' stands behind the coordinates");
+            fail(quoted(items[after]) + " stands behind the coordinates");
         }
         return result;
     }

@@ -21,8 +21,8 @@ std::string name_of_set(const std::string& file) {
                std::string_view("_.+-").find(c) != std::string_view::npos;
     });
     if (name.empty() || !fit || name.starts_with('-') || name.starts_with('.')) {
-        throw flib::run_error("'" + flib::printable(name) +
-                              "' cannot be the name of a set: give the input a name of letters, "
+        throw flib::run_error("the name '" + flib::printable(name) +
+                              "' cannot be that of a set: give the input one of letters, "
                               "digits, '_', '.', '+' and '-'");
     }
     return name;

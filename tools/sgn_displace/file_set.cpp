@@ -46,7 +46,7 @@ class signals_held_back {
     sigset_t before_{};
 };
 
-/// A directory that is made unless it exists, and removed again unless the files in it are kept.
+/// A directory that is made unless it exists, and removed again if it stays empty.
 class output_directory {
   public:
     explicit output_directory(const std::string& path) : path_(path) {
@@ -59,13 +59,14 @@ class output_directory {
         }
     }
     ~output_directory() {
-        if (made_) rmdir(path_.c_str());
+        if (made_) rmdir(path_.c_str());  // which fails if there are files in it
     }
     output_directory(const output_directory&) = delete;
     output_directory& operator=(const output_directory&) = delete;
 
-    std::string file(const std::string& name) const { return path_ + "/" + name; }
-    void keep() { made_ = false; }
+    std::string file(const std::string& name) const {
+        return path_ == "." ? name : path_ + "/" + name;
+    }
 
   private:
     std::string path_;
@@ -192,14 +193,13 @@ void look_at_places(const output_directory& output, const std::vector<std::strin
 void write_file_set(const std::string& directory, const std::vector<std::string>& names,
                     const std::function<std::string(std::size_t)>& contents, bool overwrite) {
     const signals_held_back until_done;
-    output_directory output(directory);
+    const output_directory output(directory);
     look_at_places(output, names, overwrite);
     waiting_room room(output);
     for (std::size_t i = 0; i < names.size(); ++i) room.write(names[i], contents(i));
     room.flush();
     for (const std::string& name : names) room.let_appear(name, overwrite);
     room.keep();
-    output.keep();
 }
 
 }  // namespace sgn_displace

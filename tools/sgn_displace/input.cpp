@@ -227,7 +227,8 @@ class input_parser {
             }
             numbers.push_back(number);
         }
-        if (numbers.size() % 2 != 0) fail("charges and multiplicities must come in pairs");
+        if (numbers.empty() || numbers.size() % 2 != 0)
+            fail("charges and multiplicities must come in pairs");
         bool singlet = false;
         for (std::size_t i = 1; i < numbers.size(); i += 2) singlet = singlet || numbers[i] == 1;
         if (!singlet) {

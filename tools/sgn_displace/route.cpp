@@ -147,8 +147,10 @@ bool is_excited_state(std::string_view name) {
 }
 
 [[noreturn]] void refuse(const keyword& which, std::string_view reason) {
-    throw flib::run_error("'" + flib::printable(which.name) + "' in the route " +
-                          std::string(reason));
+    throw flib::run_error(std::string(1, '\'')
+                              .append(flib::printable(which.name))
+                              .append("' in the route ")
+                              .append(reason));
 }
 
 std::int32_t root_of(const keyword& option) {

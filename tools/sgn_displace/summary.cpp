@@ -34,9 +34,9 @@ std::string summary(const options& from, const job_template& job,
     const std::size_t per_atom = from.one_sided ? 3 : 6;
     const std::size_t displaced = jobs.size() - 1;
     std::string text = reference + ".gjf and " + std::to_string(displaced) +
-                       " displaced inputs: " + std::to_string(displaced / per_atom) + " of " +
-                       std::to_string(job.atoms.size()) + " atoms, " +
-                       (from.one_sided ? "+" : "+-") + from.step + " Angstrom along x, y and z\n";
+                       " others: " + std::to_string(displaced / per_atom) + " of " +
+                       std::to_string(job.atoms.size()) + " atoms moved by " +
+                       (from.one_sided ? "+" : "+-") + from.step + " Angstrom along x, y, z\n";
     for (const std::string& line : job.told) {
         bool first = true;
         for (const std::string& part : tools::wrapped(line, width - 4)) {
@@ -53,9 +53,9 @@ std::string summary(const options& from, const job_template& job,
     text += "  dump.sh " + reference + ".gjf " + displaced_inputs + "\n";
     text += "  loop.sh " + reference + "\n";
     text +=
-        "The first is a job of hours, for your queue. The scripts are those of the workflow,\n"
-        "installed in share/doc/stigruz/examples/workflow: text files of the jobs; then signs,\n"
-        "their check, derivatives.\n";
+        "The first takes hours, for your queue. The scripts of the last two are in\n"
+        "share/doc/stigruz/examples/workflow: text files of the jobs; then signs, their\n"
+        "check, derivatives.\n";
     return text;
 }
 
