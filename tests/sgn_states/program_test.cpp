@@ -318,6 +318,9 @@ TEST_F(SgnStates, UnderstandsItsCommandLine) {
         EXPECT_EQ(told.status, 2);
         EXPECT_THAT(told.errors, testing::StartsWith(std::string("sgn_states: ") + complaint));
     }
+    // What was found is shown all the same.
+    EXPECT_THAT(run({"--json=no/out", "h2ox_ref.fchk", "h2ox_01zp.fchk"}).output,
+                HasSubstr("1 job: all states the same and clear.\n"));
     EXPECT_THAT(run({"--help"}).output, HasSubstr("\n  -j, --jobs=N "));
 }
 

@@ -101,6 +101,10 @@ TEST_F(ReadingAJob, TellsWhatIsWrong) {
          true,
          "log: tells of 2 frozen core, 4 active occupied, 17 active virtual and 0 frozen virtual "
          "orbitals; the checkpoint has 22"},
+        {{{"log", "NFC=     1", "NFC=     0"}},
+         true,
+         "log: tells of 0 frozen core, 4 active occupied, 17 active virtual and 0 frozen virtual "
+         "orbitals; the checkpoint has 22"},
         {{{"log", "NFC=     1", "NFC=     2"}, {"log", "NFV=     0", "NFV=    -1"}},
          true,
          "log: tells of 2 frozen core, 4 active occupied, 17 active virtual and -1 frozen virtual "

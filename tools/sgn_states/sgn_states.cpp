@@ -24,12 +24,12 @@ int follow_states(std::span<const std::string_view> arguments) {
     for (const sgn_states::job_result& each : result.jobs) {
         if (each.failure) tools::complain("sgn_states", each.reason());
     }
-    if (how.json) tools::write_result(*how.json, sgn_states::json(result, how));
     if (how.csv) {
         tools::show(sgn_states::csv(result));
     } else if (how.json != "-") {
         tools::show(sgn_states::table(result, how, tools::terminal_at(STDOUT_FILENO)));
     }
+    if (how.json) tools::write_result(*how.json, sgn_states::json(result, how));
     return sgn_states::status_of(result);
 }
 
