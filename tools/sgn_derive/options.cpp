@@ -12,7 +12,7 @@ namespace {
 /// At most one result can go to standard output.
 void require_one_stream(const options& of) {
     int streams = 0;
-    for (const auto* file : {&of.json, &of.fchk, &of.molden}) {
+    for (const auto* file : {&of.json, &of.fchk, &of.molden, &of.html}) {
         if (*file == "-") ++streams;
     }
     if (streams > 1) throw flib::run_error("only one result can go to standard output");
@@ -40,6 +40,7 @@ options parse_options(std::span<const std::string_view> arguments) {
         tools::add_file(app, "--template", result.fchk_template,
                         "the reference's checkpoint, whose other sections are kept");
     tools::add_file(app, "--molden", result.molden, "write the normal modes for viewers");
+    tools::add_file(app, "--html", result.html, "write a page to look at");
     tools::add_file(app, "--judge", result.judge,
                     "judge the derivatives in a checkpoint by the sum rules, instead of a set");
 
@@ -50,7 +51,7 @@ options parse_options(std::span<const std::string_view> arguments) {
         throw flib::run_error("--template makes no sense without --fchk");
     }
     if (result.judge) {
-        if (!line.names.empty() || result.json || result.fchk || result.molden) {
+        if (!line.names.empty() || result.json || result.fchk || result.molden || result.html) {
             throw flib::run_error("--judge stands alone");
         }
         return result;

@@ -14,6 +14,7 @@
 #include "common/program.h"
 #include "numfreq/sgn_file.h"
 #include "sgn_derive/checkpoint.h"
+#include "sgn_derive/html.h"
 #include "sgn_derive/json.h"
 #include "sgn_derive/judge.h"
 #include "sgn_derive/molden.h"
@@ -75,6 +76,7 @@ int run(std::span<const std::string_view> arguments) {
                                                 : checkpoint_of(report));
     }
     if (options.molden) results.emplace_back(*options.molden, molden_of(report));
+    if (options.html) results.emplace_back(*options.html, html_of(report));
     bool streamed = false;
     for (const auto& [name, contents] : results) {
         tools::write_result(name, contents);

@@ -36,33 +36,14 @@ std::string count(std::size_t n, const char* one, const char* many) {
     return std::to_string(n) + " " + (n == 1 ? one : many);
 }
 
-/// "H2O", carbon and hydrogen first.
-std::string formula(const std::vector<sgn_set::atom>& atoms) {
-    std::map<std::string, std::size_t> number_of;
-    for (const sgn_set::atom& each : atoms) ++number_of[flib::printable(each.symbol)];
-    std::string text;
-    const auto add = [&](const std::string& symbol) {
-        const auto found = number_of.find(symbol);
-        if (found == number_of.end()) return;
-        text += symbol + (found->second > 1 ? std::to_string(found->second) : "");
-        number_of.erase(found);
-    };
-    if (number_of.contains("C")) {
-        add("C");
-        add("H");
-    }
-    while (!number_of.empty()) add(number_of.begin()->first);
-    return text;
-}
-
 std::string what_it_is(const report& of) {
     const sgn_set::displaced_set& set = of.set;
     std::string steps = decimal(set.largest_step, 4);
     if (set.largest_step - set.smallest_step > sgn_set::rounding) {
         steps = decimal(set.smallest_step, 4) + " to " + steps;
     }
-    std::string text = flib::printable(set.jobs.front().name) + ": " + formula(set.atoms) + ", " +
-                       count(set.atoms.size(), "atom", "atoms") + "; " +
+    std::string text = flib::printable(set.jobs.front().name) + ": " + formula_of(set.atoms) +
+                       ", " + count(set.atoms.size(), "atom", "atoms") + "; " +
                        count(set.pairs, "pair", "pairs") + " of displacements by " + steps +
                        " Angstrom";
     if (set.one_sided > 0) {
@@ -156,6 +137,24 @@ std::string findings_text(const report& of, const tools::terminal& on) {
 }
 
 }  // namespace
+
+std::string formula_of(const std::vector<sgn_set::atom>& atoms) {
+    std::map<std::string, std::size_t> number_of;
+    for (const sgn_set::atom& each : atoms) ++number_of[flib::printable(each.symbol)];
+    std::string text;
+    const auto add = [&](const std::string& symbol) {
+        const auto found = number_of.find(symbol);
+        if (found == number_of.end()) return;
+        text += symbol + (found->second > 1 ? std::to_string(found->second) : "");
+        number_of.erase(found);
+    };
+    if (number_of.contains("C")) {
+        add("C");
+        add("H");
+    }
+    while (!number_of.empty()) add(number_of.begin()->first);
+    return text;
+}
 
 std::string rules_text(const sum_rules& dipole, const sum_rules& forces,
                        const tools::terminal& on) {

@@ -3,12 +3,17 @@
 
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "common/terminal.h"
+#include "set/displaced_set.h"
 #include "set/sum_rules.h"
 #include "sgn_derive/report.h"
 
 namespace sgn_derive {
+
+/// "H2O", carbon and hydrogen first.
+std::string formula_of(const std::vector<sgn_set::atom>& atoms);
 
 /// What the set is, the derivatives, the sum rules, the modes, what deserves doubt, and the
 /// verdict.
