@@ -187,4 +187,13 @@ TEST(Step, IsExactInEitherUnit) {
     EXPECT_EQ(text_of(parse_step("0.01", length_unit::bohr)), "0.0188972599");
 }
 
+TEST(NameOfSet, IsFitForAFileAndForAShell) {
+    using sgn_displace::name_of_set;
+    EXPECT_EQ(name_of_set("d-ir/A_1.opt+0-z.gjf"), "A_1.opt+0-z");
+    EXPECT_EQ(name_of_set("job"), "job");
+    for (const char* const unfit : {"-x.gjf", "..x.gjf", ".gjf", "a$b.gjf", "a/.b.gjf"}) {
+        EXPECT_TRUE(support::ending_of([&] { name_of_set(unfit); })) << unfit;
+    }
+}
+
 }  // namespace
