@@ -71,6 +71,7 @@ programs_for() {
         lib/*density* | lib/*/matrix_product*) near=excited ;;
         lib/*/excited/* | lib/*/qm_file/*) near="qm_file excited" ;;
         lib/*/util/*) near="util qm_file" ;;
+        lib/*/io/*) near="io search" ;;
         lib/*) near=$(cut -d / -f 4 <<<"$2") ;;
         tools/qm_file/*) near=qm_file_tool ;;
         tools/numfreq/*) near="numfreq program hostile" ;;
