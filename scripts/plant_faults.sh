@@ -67,10 +67,11 @@ build() { # build TREE TARGET
 programs_for() {
     local near='' room found
     case "$2" in
-        lib/*/text/*) near="util search io" ;;
+        lib/*/text/*) near="util search io qm_file" ;;
         lib/*density* | lib/*/matrix_product*) near=excited ;;
         lib/*/excited/* | lib/*/qm_file/*) near="qm_file excited" ;;
         lib/*/util/*) near="util qm_file" ;;
+        lib/*/io/atomic_file* | lib/*/io/detail/text_file*) near="io hostile faults" ;;
         lib/*/io/*) near="io search" ;;
         lib/*) near=$(cut -d / -f 4 <<<"$2") ;;
         tools/qm_file/*) near=qm_file_tool ;;

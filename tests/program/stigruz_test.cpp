@@ -129,6 +129,14 @@ TEST(Stigruz, LooksForTheOtherFilesInTheWorkingDirectory) {
     jobs.run_quietly({"else where/a.b.chk", "h2o_ref.sgn"});
     EXPECT_TRUE(fs::exists(jobs.path("a.b.sgn")));
     EXPECT_FALSE(fs::exists(jobs.path("else where/a.b.sgn")));
+    // Nobody asks the checkpoint elsewhere how many there are of anything.
+    fs::copy(jobs.path("h2o_ref.fchk"), jobs.path("else where"));
+    jobs.edit("else where/h2o_ref.fchk", "atoms                            I                3",
+              "atoms                            I                4");
+    jobs.edit("else where/h2o_ref.fchk", "functions                  I               22",
+              "functions                  I               23");
+    jobs.run_quietly({"else where/h2o_ref.fchk"});
+    EXPECT_EQ(contents_of(jobs.path("h2o_ref.sgn")), reference_result);
     // Blanks around the name do not stay.
     fs::copy(jobs.path("else where/a.b.chk"), jobs.path("  a.b  .chk"));
     fs::remove(jobs.path("a.b.sgn"));
