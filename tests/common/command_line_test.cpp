@@ -58,6 +58,8 @@ TEST(CommandLine, TakesOptionsAnywhereAndEverythingElseAsNames) {
         const char* meaning;
     } cases[] = {
         {{}, "|"},
+        {{"--limit=-3"}, "| limit -3.0"},  // the least there may be
+        {{"--page", "-"}, "| page -"},
         {{"a", "--quick", "b"}, "a b | quick"},
         {{"-q", "a", "-q", "--quick", "-", "b"}, "a - b | quick"},
         {{"a", "--limit", "-1", "b", "--page=x.html"}, "a b | limit -1.0 page x.html"},
