@@ -168,14 +168,6 @@ class number_printer {
 
 }  // namespace
 
-std::int64_t job_size::model_bytes() const {
-    const std::int64_t n = nbasis;
-    const std::int64_t ni = occupied + 1;
-    const std::int64_t matrices = 2 * n * n + 2 * n * ni + std::int64_t{virtuals()} * ni;
-    const std::int64_t amplitudes = std::int64_t{occupied} * virtuals() * 2 * roots;
-    return 8 * (matrices + amplitudes + 8 * std::int64_t{natom});
-}
-
 void write_log(const job_size& size, const std::string& path) {
     std::ofstream log(path);
     write_head(size, log);

@@ -40,9 +40,6 @@ struct job_size {
     std::int64_t log_bytes = 0;  // optimisation steps fill the log up to about this length
 
     std::int32_t virtuals() const { return nbasis - occupied - 1; }
-    /// Bytes of the arrays that a run cannot do without: coefficients, density, amplitudes, the
-    /// density's three work matrices and what is kept of each atom.
-    std::int64_t model_bytes() const;
 };
 
 void write_log(const job_size& size, const std::string& path);

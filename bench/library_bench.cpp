@@ -14,6 +14,7 @@
 
 #include "compare.h"
 #include "flib/excited/detail/matrix_product.h"
+#include "flib/io/detail/columns.h"
 #include "flib/io/free_format.h"
 #include "flib/io/unit.h"
 #include "flib/qm_file/qm_file_type.h"
@@ -120,7 +121,8 @@ BENCHMARK(type_detection)->UseManualTime();
 
 // Numbers, against std::from_chars on the bare tokens in memory.
 
-void numbers(benchmark::State& state, char exponent_letter, bool noisy) {
+void numbers(benchmark::State& state, char exponent_letter, bool noisy, bool in_columns = true) {
+    flib::allow_scan_columns(in_columns);
     constexpr std::int64_t count = 2'000'000;
     const bench::temporary_directory directory;
     const std::string path = directory.file("numbers");
@@ -147,6 +149,7 @@ void numbers(benchmark::State& state, char exponent_letter, bool noisy) {
                 std::from_chars(begin, begin + tokens[i].size(), expected[i]);
             }
         });
+    flib::allow_scan_columns(true);
     if (values != expected) state.SkipWithError("the values differ");
     state.counters["ns_per_number"] = state.counters["shortest_ms"] * 1e6 / count;
 }
@@ -154,6 +157,11 @@ BENCHMARK_CAPTURE(numbers, checkpoint, 'E', false)->UseManualTime();
 BENCHMARK_CAPTURE(numbers, checkpoint_with_noise, 'E', true)->UseManualTime();
 BENCHMARK_CAPTURE(numbers, dump, 'D', false)->UseManualTime();
 BENCHMARK_CAPTURE(numbers, dump_with_noise, 'D', true)->UseManualTime();
+// As processors without the instructions read them, and all other forms.
+BENCHMARK_CAPTURE(numbers, checkpoint_one_by_one, 'E', false, false)->UseManualTime();
+BENCHMARK_CAPTURE(numbers, checkpoint_with_noise_one_by_one, 'E', true, false)->UseManualTime();
+BENCHMARK_CAPTURE(numbers, dump_one_by_one, 'D', false, false)->UseManualTime();
+BENCHMARK_CAPTURE(numbers, dump_with_noise_one_by_one, 'D', true, false)->UseManualTime();
 
 // The density's two products, at 2000 functions and 200 occupied orbitals.
 
@@ -167,10 +175,11 @@ void plain_loop(matrix_view<const double> a, matrix_view<const double> b, matrix
 }
 
 #ifdef HAVE_OPENBLAS
+/// Adds the product, as the variants do.
 void openblas(matrix_view<const double> a, matrix_view<const double> b, matrix_view<double> c) {
     openblas_set_num_threads(1);
     cblas_dgemm(CblasColMajor, CblasNoTrans, CblasNoTrans, c.rows(), c.columns(), a.columns(), 1,
-                a.data(), a.rows(), b.data(), b.rows(), 0, c.data(), c.rows());
+                a.data(), a.rows(), b.data(), b.rows(), 1, c.data(), c.rows());
 }
 #endif
 
@@ -212,7 +221,7 @@ BENCHMARK_CAPTURE(density, against_plain_loop, flib::multiply, plain_loop, true)
 [[maybe_unused]] const bool registered = [] {
     for (const flib::product_variant& variant : flib::product_variants()) {
         const std::string name = std::string("density/against_openblas/") + variant.name;
-        benchmark::RegisterBenchmark(name.c_str(), density, variant.multiply, openblas, false)
+        benchmark::RegisterBenchmark(name.c_str(), density, variant.multiply_add, openblas, false)
             ->UseManualTime();
     }
     return true;

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Checks that both compilers, with and without optimisation, give the same result files for all
-# bundled jobs, byte for byte.
+# bundled jobs, byte for byte; and that their parameter blocks are those that the public routines
+# give, which hold all of a density in memory and read numbers one by one.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -26,6 +27,19 @@ for compiler in g++ clang++; do
         sha256sum ./*.sgn >"$work/$name.sums"
         cd "$root"
         cmp "$work/g++-O0.sums" "$work/$name.sums"
-        echo "$name: $(wc -l <"$work/$name.sums") results, the same bits"
+
+        "$compiler" "$level" -std=c++20 -ffp-contract=off -Ilib/src -Itools -Itests \
+            tests/support/whole_run.cpp "build-bits-$name"/tools/libnumfreq.a \
+            "build-bits-$name"/lib/libflib.a -o "$work/whole_run"
+        (
+            cd "$work/$name"
+            for checkpoint in h2o_*.fchk; do
+                reference=(h2o_ref.sgn)
+                [ "$checkpoint" != h2o_ref.fchk ] || reference=()
+                "$work/whole_run" "$checkpoint" whole "${reference[@]}"
+                head -n 11 "${checkpoint%.fchk}.sgn" | cmp - whole
+            done
+        )
+        echo "$name: $(wc -l <"$work/$name.sums") results, the same bits, also as a whole"
     done
 done
