@@ -1,6 +1,7 @@
 #include "flib/excited/detail/density_parts.h"
 
 #include <algorithm>
+#include <iterator>
 #include <string>
 
 #include "flib/excited/detail/matrix_product.h"
@@ -53,10 +54,10 @@ density_element::density_element(const orbital_counts& counts, const element_loc
     : counts_(counts), at_(at) {}
 
 void density_element::take(matrix_view<const double> columns) {
-    const auto ni = static_cast<std::size_t>(counts_.mi + counts_.nfc);
+    const std::int32_t ni = counts_.mi + counts_.nfc;
     const auto [row, column] = at_;
     for (std::int32_t j = 1; j <= columns.columns(); ++j) {
-        const bool occupied = coefficients_.size() < ni;
+        const bool occupied = std::ssize(coefficients_) < ni;
         coefficients_.push_back(columns(occupied ? column : row, j));
     }
 }
