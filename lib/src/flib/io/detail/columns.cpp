@@ -241,7 +241,8 @@ template <int width>
                                                    std::size_t most) {
     constexpr bool has_head = width > tail_length;
     constexpr const tail_shape& shape = has_head ? dump_tail : checkpoint_tail;
-    constexpr const auto& powers = powers_of_ten < has_head ? 12 : 8 > ;
+    constexpr int decimals = has_head ? 12 : 8;
+    constexpr const auto& powers = powers_of_ten<decimals>;
     constexpr int line_length = numbers_of_line * width + 1;
     constexpr int text_length = numbers_at_once / numbers_of_line * line_length;
     std::size_t done = 0;
