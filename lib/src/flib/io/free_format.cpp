@@ -274,25 +274,25 @@ void item_reader::begin_reals(std::size_t count) {
     begin_array(count, a_real);
 }
 
-/// Takes whole lines of numbers in fixed columns, if such are next; returns how many numbers.
-std::size_t item_reader::take_lines(std::span<double> values) {
-    if (first_ || at_ == end_ || *at_ != '\n') return 0;
-    const char* line = at_ + 1;
-    const std::size_t taken = scan_columns(line, end_, values.data(), values.size());
-    // Behind the last item, as ever: its newline is still to come.
-    if (taken > 0) at_ = line - 1;
-    return taken;
-}
-
 void item_reader::take_part(std::span<double> values) {
-    while (!values.empty()) {
-        std::size_t taken = take_lines(values);
-        if (taken == 0) {
-            take(values.front());
-            taken = 1;
+    const auto at_end_of_line = [&] { return at_ != end_ && *at_ == '\n'; };
+    for (std::size_t done = 0; done < values.size();) {
+        if (!first_ && at_end_of_line()) {
+            // Whole lines of numbers in fixed columns, if such are next.
+            const char* line = at_ + 1;
+            const std::size_t taken =
+                scan_columns(line, end_, values.data() + done, values.size() - done);
+            if (taken > 0) {
+                done += taken;
+                done_ += taken;
+                at_ = line - 1;  // behind the last item, as ever: its newline is still to come
+                continue;
+            }
         }
-        done_ += taken;
-        values = values.subspan(taken);
+        do {
+            take(values[done++]);
+            ++done_;
+        } while (done < values.size() && !at_end_of_line());
     }
     if (done_ == wanted_) wanted_ = 0;
 }

@@ -80,7 +80,6 @@ class item_reader {
     template <class Value, class Parse>
     void take_number(Value& value, Parse parse, const char* expected);
     void begin_array(std::size_t count, const char* expected);
-    std::size_t take_lines(std::span<double> values);
     std::string count_of_array() const;
     [[noreturn]] void fail(const std::string& message);
 
