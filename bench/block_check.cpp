@@ -182,8 +182,12 @@ bool check_changes(const shape& form) {
     const std::size_t behind = 5 * first;
     const auto taken_from = [&](const std::string& block) {
         const char* at = block.data() + first;
+        const char* also_at = at;
         double unused[20];
-        return flib::scan_columns(at, block.data() + behind, unused, 20) == 20;
+        const std::size_t taken = flib::scan_columns(at, block.data() + behind, unused, 20);
+        const std::size_t looked_at =
+            flib::scan_columns(also_at, block.data() + behind, nullptr, 20);
+        return taken == 20 && looked_at == 20;
     };
     const bool has_vectors = taken_from(text);
     std::int64_t wrong = 0;

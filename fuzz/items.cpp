@@ -185,8 +185,23 @@ void check_array(std::string_view text, std::size_t more, bool in_file) {
         count += !ends(text[i]) && (i + 1 == text.size() || ends(text[i + 1])) ? 1 : 0;
     }
     const flib::held_text held{"text", 1, text};
-    fuzz::require(take_array(held, count, true) == take_array(held, count, false),
+    const std::string taken_one_by_one = take_array(held, count, false);
+    fuzz::require(take_array(held, count, true) == taken_one_by_one,
                   "numbers in columns differ from single ones");
+    std::string message;
+    fuzz::ending_of([&] {
+        try {
+            flib::item_reader reader(held);
+            reader.begin_reals(count);
+            reader.check_part(count);
+        } catch (const flib::io_error& error) {
+            message = error.what();
+            throw;
+        }
+    });
+    fuzz::require(taken_one_by_one.starts_with(message) &&
+                      taken_one_by_one.size() == message.size() + count * sizeof(double),
+                  "numbers that are only looked at are judged differently");
     if (!in_file) return;
     // The window's end falls among the numbers.
     static fuzz::memory_file file(std::string(flib::text_file::window_size - 300, ' ') + "\n");

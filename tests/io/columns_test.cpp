@@ -119,6 +119,8 @@ bool taken_at_once(const std::string& text, std::size_t count) {
     const char* at = text.data();
     const std::size_t taken = scan_columns(at, text.data() + text.size(), values.data(), count);
     EXPECT_EQ(at, text.data() + (taken == count ? text.size() : 0));
+    at = text.data();
+    EXPECT_EQ(scan_columns(at, text.data() + text.size(), nullptr, count), taken);
     return taken == count;
 }
 

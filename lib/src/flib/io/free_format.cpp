@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <cerrno>
 #include <cstdint>
@@ -274,14 +273,16 @@ void item_reader::begin_reals(std::size_t count) {
     begin_array(count, a_real);
 }
 
-void item_reader::take_part(std::span<double> values) {
+/// Takes `count` reals of an array, into memory if `values` is not null.
+void item_reader::take_reals(double* values, std::size_t count) {
     const auto at_end_of_line = [&] { return at_ != end_ && *at_ == '\n'; };
-    for (std::size_t done = 0; done < values.size();) {
+    double unused = 0;
+    for (std::size_t done = 0; done < count;) {
         if (!first_ && at_end_of_line()) {
             // Whole lines of numbers in fixed columns, if such are next.
             const char* line = at_ + 1;
-            const std::size_t taken =
-                scan_columns(line, end_, values.data() + done, values.size() - done);
+            double* const to = values == nullptr ? nullptr : values + done;
+            const std::size_t taken = scan_columns(line, end_, to, count - done);
             if (taken > 0) {
                 done += taken;
                 done_ += taken;
@@ -290,20 +291,20 @@ void item_reader::take_part(std::span<double> values) {
             }
         }
         do {
-            take(values[done++]);
+            take(values == nullptr ? unused : values[done]);
+            ++done;
             ++done_;
-        } while (done < values.size() && !at_end_of_line());
+        } while (done < count && !at_end_of_line());
     }
     if (done_ == wanted_) wanted_ = 0;
 }
 
+void item_reader::take_part(std::span<double> values) {
+    if (!values.empty()) take_reals(values.data(), values.size());
+}
+
 void item_reader::check_part(std::size_t count) {
-    std::array<double, 2000> unused;
-    while (count > 0) {
-        const std::size_t part = std::min(count, unused.size());
-        take_part(std::span(unused).first(part));
-        count -= part;
-    }
+    take_reals(nullptr, count);
 }
 
 /// Where in an array an item stands, for a diagnostic.

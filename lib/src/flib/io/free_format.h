@@ -80,6 +80,7 @@ class item_reader {
     template <class Value, class Parse>
     void take_number(Value& value, Parse parse, const char* expected);
     void begin_array(std::size_t count, const char* expected);
+    void take_reals(double* values, std::size_t count);
     std::string count_of_array() const;
     [[noreturn]] void fail(const std::string& message);
 

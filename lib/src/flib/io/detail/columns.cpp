@@ -235,8 +235,8 @@ constexpr auto tail_places = [] {
     return places;
 }();
 
-/// scan_columns() for fields of `width` columns.
-template <int width>
+/// scan_columns() for fields of `width` columns, with values or without.
+template <int width, bool keep>
 [[gnu::target("avx2,fma")]] std::size_t scan_lines(const char*& at, const char* end, double* values,
                                                    std::size_t most) {
     constexpr bool has_head = width > tail_length;
@@ -258,14 +258,20 @@ template <int width>
             four_parts parts = take_tails(tails, shape);
             if constexpr (has_head) add_heads<width - tail_length>(tails, parts);
             fit = _mm256_and_si256(fit, parts.fits);
-            _mm256_store_pd(numbers + n, join(parts, powers.data(), doubt));
+            if constexpr (keep) _mm256_store_pd(numbers + n, join(parts, powers.data(), doubt));
         }
         good = good && _mm256_movemask_epi8(fit) == -1 && _mm256_movemask_pd(doubt) == 0;
         if (!good) break;
-        std::memcpy(values + done, numbers, sizeof numbers);
+        if constexpr (keep) std::memcpy(values + done, numbers, sizeof numbers);
         done += numbers_at_once;
     }
     return done;
+}
+
+template <int width>
+std::size_t scan_lines(const char*& at, const char* end, double* values, std::size_t most) {
+    return values != nullptr ? scan_lines<width, true>(at, end, values, most)
+                             : scan_lines<width, false>(at, end, values, most);
 }
 
 bool has_instructions() {

@@ -13,7 +13,7 @@ namespace flib {
 /// single numbers.
 ///
 /// Returns how many numbers were read into `values`, correctly rounded; `at` then stands behind the
-/// newline of their last line.
+/// newline of their last line. If `values` is null, they are only looked at.
 std::size_t scan_columns(const char*& at, const char* end, double* values, std::size_t most);
 
 /// Whether scan_columns() may read anything, for the whole process: to compare both ways.
