@@ -204,6 +204,12 @@ TEST(SumRules, FailForATurnedFrameAndForForcesOfAnotherState) {
     const judged other_state(model::reference(model::bent), files);
     EXPECT_TRUE(other_state.dipole.satisfied);
     EXPECT_FALSE(other_state.forces.satisfied);
+    // Squares that are too large for a number.
+    files[9].contents.frc[1] = {1e300, -1e300, 1e300};
+    files[2].contents.corrected_tdip[1] = 1e300;
+    const judged absurd(model::reference(model::bent), files);
+    EXPECT_FALSE(absurd.dipole.satisfied || absurd.forces.satisfied);
+    EXPECT_TRUE(absurd.found.unsound);
 }
 
 TEST(Suspects, AreTheSignsThatWereReversed) {

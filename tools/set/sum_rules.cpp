@@ -3,6 +3,7 @@
 #include <Eigen/Geometry>
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
@@ -77,13 +78,16 @@ sum_rules evaluate(const rigid_motions& motions, const Eigen::VectorXd& values,
     rotation_uncertainty.colwise() += known.rotation;
     rotation_uncertainty = rotation_uncertainty.cwiseSqrt();
 
+    constexpr double too_large = std::numeric_limits<double>::infinity();
     sum_rules result;
     result.judged = true;
     const auto count = [&](double residue, double uncertainty) {
-        const double ratio = residue == 0 ? 0 : residue / uncertainty;
+        double ratio = residue == 0 ? 0 : std::abs(residue) / uncertainty;
+        // Absurd values, whose squares are too large: nothing is known, so nothing holds.
+        if (!std::isfinite(uncertainty) || !std::isfinite(ratio)) ratio = too_large;
         ++result.sums;
         result.chi2 += ratio * ratio;
-        result.largest = std::max(result.largest, std::abs(ratio));
+        result.largest = std::max(result.largest, ratio);
         result.largest_residue = std::max(result.largest_residue, std::abs(residue));
     };
     for (Eigen::Index l = 0; l < 3; ++l) {

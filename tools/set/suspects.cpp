@@ -161,8 +161,9 @@ double search::cost(const signs& reversed, const residues& left) const {
     for (const sign_pair& pair : pairs_) total += pair.cost[pair.choice(reversed)];
     const auto count = static_cast<double>(std::count(reversed.begin(), reversed.end(), true));
     // All signs reversed are as good as none.
-    return total +
-           cost_per_sign * std::min(count, static_cast<double>(2 * pairs_.size() + 1) - count);
+    const auto all = static_cast<double>(2 * pairs_.size() + 1);
+    total += cost_per_sign * std::min(count, all - count);
+    return std::isnan(total) ? std::numeric_limits<double>::infinity() : total;
 }
 
 guess search::with(signs reversed) const {

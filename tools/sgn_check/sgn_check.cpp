@@ -1,6 +1,5 @@
 // sgn_check REFERENCE.sgn FILE.sgn...: which signs of a set of result files deserve doubt.
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <span>
@@ -9,6 +8,7 @@
 #include <vector>
 
 #include "common/program.h"
+#include "common/same_file.h"
 #include "flib/io/stop_run.h"
 #include "numfreq/sgn_file.h"
 #include "sgn_check/check.h"
@@ -30,13 +30,6 @@ void read_file(const std::string& name, std::vector<sgn_check::result_file>& rea
     }
 }
 
-bool is_same_file(const std::string& a, const std::string& b) {
-    struct stat first {};
-    struct stat second {};
-    return stat(a.c_str(), &first) == 0 && stat(b.c_str(), &second) == 0 &&
-           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
-}
-
 int run(std::span<const std::string_view> arguments) {
     const sgn_check::options options = sgn_check::parse_options(arguments);
     if (options.shown) {
@@ -50,7 +43,7 @@ int run(std::span<const std::string_view> arguments) {
     bool others = false;
     for (const std::string& name : options.files) {
         // A pattern like *.sgn stands for the reference too.
-        if (is_same_file(name, options.reference)) continue;
+        if (tools::is_same_file(name, options.reference)) continue;
         others = true;
         read_file(name, files, unreadable);
     }

@@ -1,6 +1,9 @@
 #include "sgn_derive/molden.h"
 
+#include <algorithm>
+
 #include "flib/io/fixed_field.h"
+#include "flib/io/stop_run.h"
 #include "flib/util/units.h"
 
 namespace sgn_derive {
@@ -11,15 +14,19 @@ void append_vector(std::string& text, const sgn_set::vec3& v, double unit) {
     text += '\n';
 }
 
+std::string symbol_of(const sgn_set::atom& of) {
+    std::string symbol = flib::printable(of.symbol);
+    symbol.resize(std::max<std::size_t>(2, symbol.size()), ' ');
+    return symbol;
+}
+
 }  // namespace
 
 std::string molden_of(const report& of) {
     std::string text = "[Molden Format]\n[Atoms] AU\n";
     for (std::size_t i = 0; i < of.set.atoms.size(); ++i) {
         const sgn_set::atom& each = of.set.atoms[i];
-        std::string symbol = each.symbol;
-        symbol.resize(2, ' ');
-        text += symbol + flib::integer_field(static_cast<std::int64_t>(i) + 1, 7) +
+        text += symbol_of(each) + flib::integer_field(static_cast<std::int64_t>(i) + 1, 7) +
                 flib::integer_field(each.number, 5);
         append_vector(text, each.x, flib::bohr_radius);
     }
@@ -27,9 +34,7 @@ std::string molden_of(const report& of) {
     for (const auto& mode : of.modes) text += flib::fixed_field(mode.wavenumber, 14, 4) + '\n';
     text += "[FR-COORD]\n";
     for (const sgn_set::atom& each : of.set.atoms) {
-        std::string symbol = each.symbol;
-        symbol.resize(2, ' ');
-        text += symbol;
+        text += symbol_of(each);
         append_vector(text, each.x, flib::bohr_radius);
     }
     text += "[FR-NORM-COORD]\n";

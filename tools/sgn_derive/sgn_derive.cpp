@@ -1,6 +1,5 @@
 // sgn_derive REFERENCE.sgn FILE.sgn...: from a set of result files to derivatives.
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <optional>
@@ -12,6 +11,7 @@
 
 #include "common/output_file.h"
 #include "common/program.h"
+#include "common/same_file.h"
 #include "numfreq/sgn_file.h"
 #include "sgn_derive/checkpoint.h"
 #include "sgn_derive/html.h"
@@ -31,13 +31,6 @@ int status_of(bool fine) {
     return fine ? tools::exit_status::fine : tools::exit_status::doubtful;
 }
 
-bool is_same_file(const std::string& a, const std::string& b) {
-    struct stat first {};
-    struct stat second {};
-    return stat(a.c_str(), &first) == 0 && stat(b.c_str(), &second) == 0 &&
-           first.st_dev == second.st_dev && first.st_ino == second.st_ino;
-}
-
 sgn_derive::report report_on(const sgn_derive::options& options) {
     sgn_derive::progress progress(STDERR_FILENO, options.files.size() + 1);
     const sgn_set::result_file reference{options.reference,
@@ -46,7 +39,7 @@ sgn_derive::report report_on(const sgn_derive::options& options) {
     for (const std::string& name : options.files) {
         progress.at(files.size() + 1, "reading");
         // A pattern like *.sgn stands for the reference too.
-        if (is_same_file(name, options.reference)) continue;
+        if (tools::is_same_file(name, options.reference)) continue;
         files.push_back({name, numfreq::read_sgn_file(name)});
     }
     progress.at(options.files.size() + 1, "computing");

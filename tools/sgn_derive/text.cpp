@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <map>
 
 #include "common/number_text.h"
@@ -170,7 +171,10 @@ std::string residues_text(const sum_rules& rules, std::string_view of_what) {
         std::size_t component;
         double value;
         double uncertainty;
-        double ratio() const { return std::abs(value) / uncertainty; }
+        double ratio() const {
+            const double of = std::abs(value) / uncertainty;
+            return std::isnan(of) ? std::numeric_limits<double>::infinity() : of;
+        }
     };
     std::vector<residue> all;
     for (std::size_t l = 0; l < 3; ++l) {

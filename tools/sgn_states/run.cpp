@@ -3,14 +3,13 @@
 #include <algorithm>
 #include <atomic>
 #include <exception>
-#include <filesystem>
 #include <map>
 #include <mutex>
 #include <set>
-#include <system_error>
 #include <thread>
 #include <utility>
 
+#include "common/same_file.h"
 #include "flib/io/stop_run.h"
 #include "flib/qm_file/qm_file_type.h"
 #include "flib/qm_file/type_tag.h"
@@ -22,11 +21,6 @@ namespace sgn_states {
 namespace {
 
 using states::job_files;
-
-bool is_same_file(const std::string& a, const std::string& b) {
-    std::error_code unknown;
-    return a == b || std::filesystem::equivalent(a, b, unknown);
-}
 
 /// Whether it is at least a checkpoint. What is none is told when it is read.
 bool is_checkpoint(const std::string& name) {
@@ -45,7 +39,7 @@ std::exception_ptr refusal_of(const std::string& checkpoint,
         const std::string name = states::files_of(checkpoint).name;
         if (!is_checkpoint(checkpoint)) return {};
         const std::string& known = first.try_emplace(name, checkpoint).first->second;
-        if (is_same_file(known, checkpoint)) return {};
+        if (tools::is_same_file(known, checkpoint)) return {};
         throw flib::io_error(
             checkpoint, 0,
             "has the name of " + flib::printable(known) + ", and so the same log and dump");
@@ -63,7 +57,7 @@ std::vector<job_result> jobs_of(const options& how, const job_files& reference) 
         const std::string name = flib::name_main(checkpoint);
         std::vector<std::string>& others = listed[name];
         const auto is_this = [&](const std::string& other) {
-            return is_same_file(other, checkpoint);
+            return tools::is_same_file(other, checkpoint);
         };
         if (std::ranges::any_of(others, is_this)) continue;
         others.push_back(checkpoint);
