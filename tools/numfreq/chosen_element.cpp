@@ -74,7 +74,7 @@ flib::extremum largest_of_density(const density_source& source) {
     take_all(moc, density);
     const flib::extremum largest = density.find();
     require_within(counts.nbasis, largest.at,
-                       ": no element of the density is above zero in magnitude");
+                   ": no element of the density is above zero in magnitude");
     return largest;
 }
 
