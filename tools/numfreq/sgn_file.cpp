@@ -24,16 +24,6 @@ constexpr std::string_view maxval = "tden_maxval";
 constexpr std::string_view tdip = "Corrected_tdip";
 }  // namespace name
 
-/// The counts, in the order of their records.
-constexpr struct {
-    std::string_view name;
-    std::int32_t sgn_parameters::*value;
-} counts[] = {
-    {"natom", &sgn_parameters::natom}, {"nmo", &sgn_parameters::nmo}, {"mi", &sgn_parameters::mi},
-    {"ma", &sgn_parameters::ma},       {"mci", &sgn_parameters::mci}, {"NFC", &sgn_parameters::nfc},
-    {"NFV", &sgn_parameters::nfv},
-};
-
 /// Records that hold nothing but a text.
 namespace heading {
 constexpr std::string_view parameters = "INFORMATION";
@@ -90,15 +80,11 @@ void read_values(std::int32_t fid, std::string_view name, Values&... values) {
     throw flib::error_at_last_record(fid, message);
 }
 
-std::string quoted(std::string_view text) {
-    return std::string("'").append(text).append("'");
-}
-
 /// Reads the record that holds `text` and nothing else.
 void require_heading(std::int32_t fid, std::string_view text) {
     flib::line_buffer line;
     flib::require_record(fid, line);
-    if (flib::trim_left(line.trimmed()) != text) fail(fid, "expected " + quoted(text));
+    if (flib::trim_left(line.trimmed()) != text) fail(fid, "expected " + flib::quoted(text));
 }
 
 /// Reads the next record, which must reach to its last column: a number that was cut short there
@@ -146,7 +132,7 @@ void read_body(std::int32_t fid, sgn_contents& contents) {
     flib::line_buffer found;
     flib::read_items(flib::held_record{fid, dipole.padded()}, found, flib::discard{1},
                      std::span<double>(contents.corrected_tdip));
-    if (!(found == name::tdip)) fail(fid, "expected " + quoted(name::tdip));
+    if (!(found == name::tdip)) fail(fid, "expected " + flib::quoted(name::tdip));
     require_heading(fid, heading::forces);
     for (std::int32_t i = 1; i <= natom; ++i) {
         auto& force = contents.frc.emplace_back();
@@ -163,7 +149,7 @@ void read_body(std::int32_t fid, sgn_contents& contents) {
 void write_sgn_parameters(std::int32_t fid, const sgn_parameters& parameters) {
     flib::write_record(fid, heading::parameters);
     write_count(fid, name::sign, parameters.sign);
-    for (const auto& [name, value] : counts) write_count(fid, name, parameters.*value);
+    for (const auto& [name, value] : sgn_counts) write_count(fid, name, parameters.*value);
     write(fid, label(name::maxloc) + integer_field(parameters.tden_maxloc[0], integer_width) +
                    integer_field(parameters.tden_maxloc[1], integer_width));
     write(fid, label(name::maxval) + real_field(parameters.tden_maxval));
@@ -199,7 +185,7 @@ void write_sgn_body(std::int32_t fid, const sgn_body& body) {
 sgn_parameters read_sgn_parameters(std::int32_t fid) {
     sgn_parameters parameters;
     // The search only goes forward, so they must stand in this order.
-    for (const auto& [name, value] : counts) read_values(fid, name, parameters.*value);
+    for (const auto& [name, value] : sgn_counts) read_values(fid, name, parameters.*value);
     read_values(fid, name::maxloc, parameters.tden_maxloc[0], parameters.tden_maxloc[1]);
     read_values(fid, name::maxval, parameters.tden_maxval);
     return parameters;
@@ -223,7 +209,7 @@ sgn_contents read_sgn_file(std::string_view fname) {
     if (!begins_as_result(fid)) {
         throw flib::io_error(
             flib::trim_right(fname), 0,
-            "is not a result file: it does not begin with " + quoted(heading::parameters));
+            "is not a result file: it does not begin with " + flib::quoted(heading::parameters));
     }
     sgn_contents contents;
     try {

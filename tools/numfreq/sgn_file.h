@@ -27,6 +27,19 @@ struct sgn_parameters {
     double tden_maxval = 0;                    ///< this job's own value of it, as it is
 };
 
+/// A count of the parameter block and the name of its record.
+struct named_count {
+    std::string_view name;
+    std::int32_t sgn_parameters::*value;
+};
+
+/// The counts, in the order of their records.
+inline constexpr named_count sgn_counts[] = {
+    {"natom", &sgn_parameters::natom}, {"nmo", &sgn_parameters::nmo}, {"mi", &sgn_parameters::mi},
+    {"ma", &sgn_parameters::ma},       {"mci", &sgn_parameters::mci}, {"NFC", &sgn_parameters::nfc},
+    {"NFV", &sgn_parameters::nfv},
+};
+
 /// Element symbols as the geometry table shows them.
 using report_symbol = flib::fixed_text<2>;
 

@@ -52,16 +52,8 @@ std::string element_text(const sgn_parameters& parameters) {
 
 /// Which sizes differ, or nothing.
 std::string other_sizes(const sgn_parameters& file, const sgn_parameters& reference) {
-    constexpr std::array<std::pair<const char*, std::int32_t sgn_parameters::*>, 7> sizes{
-        {{"natom", &sgn_parameters::natom},
-         {"nmo", &sgn_parameters::nmo},
-         {"mi", &sgn_parameters::mi},
-         {"ma", &sgn_parameters::ma},
-         {"mci", &sgn_parameters::mci},
-         {"NFC", &sgn_parameters::nfc},
-         {"NFV", &sgn_parameters::nfv}}};
     std::string text;
-    for (const auto& [name, size] : sizes) {
+    for (const auto& [name, size] : numfreq::sgn_counts) {
         if (file.*size == reference.*size) continue;
         if (!text.empty()) text += ", ";
         text.append(name).append(" ").append(std::to_string(file.*size));

@@ -13,10 +13,7 @@
 namespace sgn_displace {
 namespace {
 
-/// For messages.
-std::string quoted(std::string_view item) {
-    return std::string(1, '\'').append(flib::printable(item)).append("'");
-}
+using flib::quoted;
 
 [[noreturn]] void fail(const std::string& message) {
     throw flib::run_error(message);

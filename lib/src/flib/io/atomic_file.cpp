@@ -13,6 +13,7 @@
 
 #include "flib/io/detail/text_file.h"
 #include "flib/io/stop_run.h"
+#include "flib/io/write_out.h"
 
 namespace flib {
 namespace {
@@ -90,13 +91,7 @@ class file_beside {
     file_beside& operator=(const file_beside&) = delete;
 
     void write_all(std::string_view contents) {
-        while (!contents.empty()) {
-            const ssize_t written = ::write(descriptor_, contents.data(), contents.size());
-            if (written < 0 && errno == EINTR) continue;
-            if (written < 0) fail_errno();
-            if (written == 0) fail("nothing more can be written");
-            contents.remove_prefix(static_cast<std::size_t>(written));
-        }
+        if (!write_out(descriptor_, contents)) fail_errno();
         if (fsync(descriptor_) != 0) fail_errno();
         const int descriptor = descriptor_;
         descriptor_ = -1;

@@ -48,12 +48,12 @@ const char* first_not_blank(const char* p, const char* end) {
 }
 
 /// An item as a diagnostic shows it.
-std::string quoted(std::string_view item) {
+std::string shown(std::string_view item) {
     constexpr std::size_t most_shown = 40;
     if (item.empty()) return "nothing between two commas";
-    std::string shown = printable(item.substr(0, most_shown));
-    shown.insert(shown.begin(), '\'');
-    return shown.append(item.size() > most_shown ? "...'" : "'");
+    std::string text = quoted(item.substr(0, most_shown));
+    if (item.size() > most_shown) text.insert(text.size() - 1, "...");
+    return text;
 }
 
 }  // namespace
@@ -215,10 +215,10 @@ void item_reader::take_number(Value& value, Parse parse, const char* expected) {
     const number_error error =
         item.size() < longest_item ? parse(item, value) : number_error::not_a_number;
     if (error == number_error::too_large) {
-        fail(quoted(item) + " is too large for " + expected + count_of_array());
+        fail(shown(item) + " is too large for " + expected + count_of_array());
     }
     if (error == number_error::not_a_number) {
-        fail(quoted(item) + " stands where " + expected + " was expected" + count_of_array());
+        fail(shown(item) + " stands where " + expected + " was expected" + count_of_array());
     }
     at_ += item.size();
 }

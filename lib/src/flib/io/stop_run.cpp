@@ -4,8 +4,8 @@
 #include <cstring>
 #include <utility>
 
+#include "flib/text/detail/utf8.h"
 #include "flib/text/fixed_text.h"
-#include "flib/text/utf8.h"
 
 namespace flib {
 namespace {
@@ -65,6 +65,10 @@ std::string printable(std::string_view text) {
         text.remove_prefix(taken);
     }
     return shown;
+}
+
+std::string quoted(std::string_view text) {
+    return "'" + printable(text) + "'";
 }
 
 std::string errno_text(int error_number) {

@@ -66,6 +66,9 @@ class io_error : public run_error {
 /// as `\n`, `\t` or `\xNN`.
 std::string printable(std::string_view text);
 
+/// `text` between single quotes, printable.
+std::string quoted(std::string_view text);
+
 /// The reason behind an errno value, in the words of the C locale.
 std::string errno_text(int error_number);
 
