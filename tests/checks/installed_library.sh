@@ -64,7 +64,7 @@ if [ -e "$shared" ]; then
     [ "${#programs[@]}" -eq 4 ] || fail "no program was built with the shared library"
     # Shown are the names of the library's namespace only.
     others=$(nm -DC --defined-only --format=posix "$shared" |
-        grep -Ev '^((typeinfo|typeinfo name|vtable) for )?flib::|^FLIB_1 A ' || true)
+        grep -Ev '^((typeinfo|typeinfo name|vtable) for )?flib::|^FLIB_2 A ' || true)
     [ -z "$others" ] || fail "the shared library shows foreign names:" "$others"
     readelf -d "$shared" | grep -q 'soname: \[libflib\.so\.[0-9]*\]' || fail "no versioned soname"
 fi

@@ -26,7 +26,7 @@ ending::ending(int status, std::vector<std::string> lines, std::string in_one_li
     : how_(std::make_shared<const contents>(
           contents{status, std::move(lines), std::move(in_one_line)})) {}
 
-stop_run::stop_run(int status, std::vector<std::string> lines)
+stop_run::stop_run(int status, const std::vector<std::string>& lines)
     : ending(status, lines, joined(lines)) {}
 
 io_error::io_error(std::string_view file, std::int64_t line, std::string_view message)

@@ -45,7 +45,7 @@ class ending : public std::exception {
 /// output.
 class stop_run : public ending {
   public:
-    stop_run(int status, std::vector<std::string> lines);
+    stop_run(int status, const std::vector<std::string>& lines);
 };
 
 /// Thrown when a run cannot go on: a one-line diagnostic for standard error, status 2.
