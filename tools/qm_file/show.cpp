@@ -203,7 +203,7 @@ std::string missing_lines(const file_facts& facts, const terminal& on) {
     }
     std::string text;
     for (const auto& [reason, quantities] : reasons) {
-        text += entry("missing", quantities + ": " + reason, on);
+        text += entry("missing", std::string(quantities).append(": ").append(reason), on);
     }
     return text;
 }
