@@ -168,6 +168,7 @@ std::string molecule_drawing(const report& of) {
     const std::vector<sgn_set::atom>& atoms = of.set.atoms;
     const view from = view_of(atoms);
     std::vector<Vector3d> at;
+    at.reserve(atoms.size());
     for (const auto& each : atoms) at.push_back(from.turned(each.x));
     std::vector<std::size_t> order(atoms.size());
     std::iota(order.begin(), order.end(), 0U);

@@ -59,7 +59,8 @@ std::vector<double> ticks(double low, double high, int about) {
         if (factor * power >= 0.999 * raw) step = factor * power;
     }
     std::vector<double> result;
-    for (double i = std::ceil(low / step - 1e-9); i * step <= high + 1e-9 * step; ++i) {
+    const auto last = static_cast<int>(std::floor(high / step + 1e-9));
+    for (auto i = static_cast<int>(std::ceil(low / step - 1e-9)); i <= last; ++i) {
         result.push_back(i * step);
     }
     return result;
