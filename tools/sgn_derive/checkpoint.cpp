@@ -110,12 +110,11 @@ void require_same_molecule(const sections& from, const report& of) {
     const auto numbers = from.integers(section_name::numbers, count);
     const auto x = from.reals(section_name::coordinates, 3 * count);
     for (std::size_t i = 0; i < count; ++i) {
-        const std::string which = "atom " + std::to_string(i + 1);
+        std::string wrong = "atom " + std::to_string(i + 1);
         if (numbers[i] != atoms[i].number) {
-            throw flib::io_error(from.file, 0,
-                                 which + " is a " + std::to_string(numbers[i]) +
-                                     " instead of the " + std::to_string(atoms[i].number) +
-                                     reference);
+            wrong.append(" is a ").append(std::to_string(numbers[i]));
+            wrong.append(" instead of the ").append(std::to_string(atoms[i].number));
+            throw flib::io_error(from.file, 0, wrong.append(reference));
         }
         sgn_set::vec3 place{};
         for (std::size_t k = 0; k < 3; ++k) place[k] = x[3 * i + k] * flib::bohr_radius;
@@ -123,9 +122,9 @@ void require_same_molecule(const sections& from, const report& of) {
         constexpr double tolerance = 1e-4;
         const double distance = sgn_set::length(sgn_set::difference(place, atoms[i].x));
         if (!(distance <= tolerance)) {
+            wrong.append(" stands ").append(tools::decimal(distance, 4));
             throw flib::io_error(from.file, 0,
-                                 which + " stands " + tools::decimal(distance, 4) +
-                                     " Angstrom from that" + reference);
+                                 wrong.append(" Angstrom from that").append(reference));
         }
     }
 }

@@ -15,7 +15,6 @@
 namespace sgn_derive {
 namespace {
 
-using flib::fixed_field;
 using sgn_set::axis_names;
 using sgn_set::role;
 using sgn_set::sum_rules;
