@@ -13,7 +13,7 @@ root=$PWD
 work=$root/build-fuzz/inputs
 
 scripts/setup.sh fuzz
-scripts/build.sh build-fuzz all -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+scripts/build.sh build-fuzz fuzzers -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DSTIGRUZ_FUZZERS=ON -DSTIGRUZ_TESTS=OFF
 
 # Seeds: the fixtures of the tests, made-up jobs, and the result file of one.
@@ -50,7 +50,7 @@ run() {
 
 fuzzers=build-fuzz/fuzz
 if [ "$amount" = coverage ]; then
-    scripts/build.sh build-fuzz-coverage all -DCMAKE_CXX_COMPILER=clang++ \
+    scripts/build.sh build-fuzz-coverage fuzzers -DCMAKE_CXX_COMPILER=clang++ \
         -DCMAKE_BUILD_TYPE=Debug -DSTIGRUZ_FUZZERS=ON -DSTIGRUZ_TESTS=OFF \
         -DSTIGRUZ_FUZZ_COVERAGE=ON
     fuzzers=build-fuzz-coverage/fuzz

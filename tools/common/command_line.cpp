@@ -1,7 +1,5 @@
 #include "common/command_line.h"
 
-#include <CLI/Config.hpp>
-#include <CLI/Formatter.hpp>
 #include <algorithm>
 #include <cmath>
 #include <utility>

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include <CLI/App.hpp>
+#include <CLI/CLI.hpp>
 
 namespace tools {
 
