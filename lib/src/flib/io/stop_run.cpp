@@ -68,7 +68,7 @@ std::string printable(std::string_view text) {
 }
 
 std::string quoted(std::string_view text) {
-    return "'" + printable(text) + "'";
+    return std::string("'").append(printable(text)).append("'");
 }
 
 std::string errno_text(int error_number) {
