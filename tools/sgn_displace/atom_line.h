@@ -1,4 +1,4 @@
-// Lines of the molecule specification of a Gaussian input.
+// Lines of the molecule section of a Gaussian input.
 //
 //     O                 0.000000   0.000000   0.118000
 //     C-CT--0.25(PDBName=CA,ResName=ALA)  -1  1.5  0.0  0.2  L  H-HC  3
