@@ -12,6 +12,7 @@
 #include "common/table.h"
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
+#include "set/json.h"
 
 namespace sgn_check {
 namespace {
@@ -83,18 +84,6 @@ std::string summary(const assessment& of, std::size_t unreadable) {
     return "All " + all + " files are fine.";
 }
 
-json_value row_of(const sgn_set::table& table, std::size_t i) {
-    json_value row = json_value::array();
-    for (const double value : table.row(i)) row.push_back(value);
-    return row;
-}
-
-json_value rows_of(const sgn_set::table& table) {
-    json_value rows = json_value::array();
-    for (std::size_t i = 0; i < table.rows; ++i) rows.push_back(row_of(table, i));
-    return rows;
-}
-
 json_value displacement_json(const verdict& of) {
     if (!of.moved) return nullptr;
     const displacement& moved = *of.moved;
@@ -141,22 +130,7 @@ json_value names_json(const assessment& of, const std::vector<std::size_t>& flip
 }
 
 json_value rules_json(const assessment& of) {
-    const sgn_set::sum_rules& rules = of.rules;
-    json_value json = {{"judged", rules.judged}};
-    if (rules.judged) {
-        json["satisfied"] = rules.satisfied;
-        json["chi2"] = rules.chi2;
-        json["sums"] = rules.sums;
-        json["largest"] = rules.largest;
-        json["largest_residue"] = rules.largest_residue;
-        json["translation"] = rows_of(rules.translation);
-        json["translation_uncertainty"] = rows_of(rules.translation_uncertainty);
-        json["rotation"] = rows_of(rules.rotation);
-        json["rotation_uncertainty"] = rows_of(rules.rotation_uncertainty);
-    } else {
-        json["why_not"] = rules.why_not;
-        json["satisfied"] = nullptr;
-    }
+    json_value json = sgn_set::json_of(of.rules);
     const auto& flips = of.suspects.flips;
     json["suspects"] = flips.empty() ? json_value::array() : names_json(of, flips.front());
     json["alternatives"] = json_value::array();

@@ -3,21 +3,14 @@
 #include <string_view>
 
 #include "common/json_text.h"
+#include "set/json.h"
 
 namespace sgn_derive {
 namespace {
 
+using sgn_set::json_of;
 using sgn_set::role;
 using tools::json_value;
-
-json_value rows_of(const sgn_set::table& of) {
-    json_value rows = json_value::array();
-    for (std::size_t i = 0; i < of.rows; ++i) {
-        const auto row = of.row(i);
-        rows.push_back(std::vector<double>(row.begin(), row.end()));
-    }
-    return rows;
-}
 
 std::string_view role_name(role of) {
     switch (of) {
@@ -62,25 +55,6 @@ json_value names(const std::vector<std::size_t>& jobs, const report& of) {
     return result;
 }
 
-json_value rules_of(const sgn_set::sum_rules& rules) {
-    json_value result{{"judged", rules.judged}};
-    if (!rules.judged) {
-        result["why_not"] = rules.why_not;
-        result["satisfied"] = nullptr;
-        return result;
-    }
-    result["satisfied"] = rules.satisfied;
-    result["chi2"] = rules.chi2;
-    result["sums"] = rules.sums;
-    result["largest"] = rules.largest;
-    result["largest_residue"] = rules.largest_residue;
-    result["translation"] = rows_of(rules.translation);
-    result["translation_uncertainty"] = rows_of(rules.translation_uncertainty);
-    result["rotation"] = rows_of(rules.rotation);
-    result["rotation_uncertainty"] = rows_of(rules.rotation_uncertainty);
-    return result;
-}
-
 json_value mode_of(const sgn_set::normal_mode& mode) {
     json_value displacement = json_value::array();
     for (const sgn_set::vec3& each : mode.displacement) displacement.push_back(each);
@@ -108,7 +82,7 @@ std::string json_of(const report& of) {
     result["step"] = {{"smallest", set.smallest_step}, {"largest", set.largest_step}};
     result["decimals"] = {{"dipole", set.dipole_decimals}, {"forces", set.force_decimals}};
     result["dipole"] = set.jobs.front().dipole;
-    result["dipole_derivatives"] = rows_of(of.derivatives.dipole);
+    result["dipole_derivatives"] = json_of(of.derivatives.dipole);
     json_value& uncertainty = result["dipole_uncertainty"] = json_value::array();
     for (const double each : of.derivatives.dipole_uncertainty) {
         uncertainty.push_back(std::vector<double>(3, each));
@@ -116,20 +90,20 @@ std::string json_of(const report& of) {
     result["dipole_step_error"] = of.derivatives.dipole_step_error;
     json_value& forces = result["forces"] = json_value::array();
     for (const sgn_set::vec3& each : set.jobs.front().forces) forces.push_back(each);
-    result["force_constants"] = rows_of(of.force_constants);
+    result["force_constants"] = json_of(of.force_constants);
     result["force_constants_asymmetry"] = of.asymmetry;
     result["force_step_error"] = of.derivatives.force_step_error;
     result["stationary"] = of.stationary();
     json_value& modes = result["modes"] = json_value::array();
     for (const sgn_set::normal_mode& each : of.modes) modes.push_back(mode_of(each));
 
-    json_value dipole = rules_of(of.dipole_rules);
+    json_value dipole = json_of(of.dipole_rules);
     const auto& flips = of.suspects.flips;
     dipole["suspects"] = flips.empty() ? json_value::array() : names(flips.front(), of);
     json_value& others = dipole["alternatives"] = json_value::array();
     for (std::size_t i = 1; i < flips.size(); ++i) others.push_back(names(flips[i], of));
     dipole["unsound"] = of.suspects.unsound;
-    json_value forces_rules = rules_of(of.force_rules);
+    json_value forces_rules = json_of(of.force_rules);
     forces_rules["suspects"] = json_value::array();
     result["sum_rules"] = {{"dipole", dipole}, {"forces", forces_rules}};
 
