@@ -217,6 +217,11 @@ std::vector<keyword> parse_route(std::string_view text) {
 }
 
 job_kind judge_route(const std::vector<keyword>& route) {
+    for_all(route, [](const keyword& each) {
+        if (each.name.starts_with("frac")) {
+            refuse(each, "means fractional coordinates; give Cartesian coordinates");
+        }
+    });
     job_kind kind;
     for (const keyword& each : route) judge_job(each, kind);
     bool excited = false;
