@@ -65,9 +65,13 @@ decimal parse_step(const std::string& text, length_unit unit) {
     return exact;
 }
 
+std::size_t digits_of_numbers(std::size_t natom) {
+    return std::max<std::size_t>(2, std::to_string(natom).size());
+}
+
 std::vector<displaced_job> jobs_of_set(std::string_view set, const std::vector<std::size_t>& atoms,
                                        std::size_t natom, bool one_sided) {
-    const std::size_t digits = std::max<std::size_t>(2, std::to_string(natom).size());
+    const std::size_t digits = digits_of_numbers(natom);
     std::vector<displaced_job> jobs{{std::string(set) + "_ref"}};
     for (const std::size_t atom : atoms) {
         std::string number = std::to_string(atom);

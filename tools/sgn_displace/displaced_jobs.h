@@ -38,9 +38,11 @@ std::vector<std::size_t> usual_atoms(const job_template& job);
 /// unless it is 0.0001 to 1 Angstrom.
 decimal parse_step(const std::string& text, length_unit unit);
 
+/// How many digits the numbers of atoms have in names: as many as the last needs, at least two.
+std::size_t digits_of_numbers(std::size_t natom);
+
 /// The reference and, for each of `atoms` (counted from 1) and each axis, the displacements by +
-/// and, unless `one_sided`, by -. Atoms have as many digits as the last of `natom` needs, at least
-/// two.
+/// and, unless `one_sided`, by -.
 std::vector<displaced_job> jobs_of_set(std::string_view set, const std::vector<std::size_t>& atoms,
                                        std::size_t natom, bool one_sided);
 

@@ -48,7 +48,12 @@ std::string summary(const options& from, const job_template& job,
     if (from.directory != ".") text += ", after  cd " + quoted(from.directory);
     text += ":\n";
     // Printed as they are, the names hold nothing that a shell takes for something else.
-    const std::string displaced_inputs = set + "_[0-9]*[xyz][pm].gjf";
+    // NAME_2_01xp.gjf is of another set than NAME_01xp.gjf.
+    std::string displaced_inputs = set + "_";
+    for (std::size_t i = digits_of_numbers(job.atoms.size()); i > 0; --i) {
+        displaced_inputs += "[0-9]";
+    }
+    displaced_inputs += from.one_sided ? "[xyz]p.gjf" : "[xyz][pm].gjf";
     text += "  for job in " + reference + ".gjf " + displaced_inputs + "; do g16 \"$job\"; done\n";
     text += "  dump.sh " + reference + ".gjf " + displaced_inputs + "\n";
     text += "  loop.sh " + reference + "\n";
