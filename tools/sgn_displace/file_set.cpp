@@ -64,6 +64,7 @@ class output_directory {
     output_directory(const output_directory&) = delete;
     output_directory& operator=(const output_directory&) = delete;
 
+    const std::string& path() const { return path_; }
     std::string file(const std::string& name) const {
         return path_ == "." ? name : path_ + "/" + name;
     }
@@ -82,12 +83,12 @@ class waiting_room {
         if (mkdtemp(room_.data()) == nullptr) {
             const int error = errno;
             room_.clear();
-            fail_to_write(output.file("."), error);
+            fail_to_write(output.path(), error);
         }
         if (mkdir(old_file("").c_str(), 0700) != 0) {
             const int error = errno;
             rmdir(room_.c_str());
-            fail_to_write(output.file("."), error);
+            fail_to_write(output.path(), error);
         }
     }
     ~waiting_room() {

@@ -41,7 +41,11 @@ int run(std::span<const std::string_view> arguments) {
     write_file_set(
         given.directory, files, [&](std::size_t i) { return input_of(job, jobs[i], step); },
         given.overwrite);
-    tools::show(summary(given, job, jobs));
+    try {
+        tools::show(summary(given, job, jobs));
+    } catch (const flib::run_error& error) {
+        throw flib::run_error(std::string("all files were written, but ") + error.what());
+    }
     return tools::exit_status::fine;
 }
 
