@@ -1,0 +1,47 @@
+// Commands and what they say, as in a terminal.
+#pragma once
+
+#include <functional>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "support/support.h"
+
+namespace support {
+
+struct session_step {
+    std::string command;
+    std::string said;  // on either output, and "[status N]" unless that is 0
+};
+
+/// The steps of a fixture below tests/data: lines "$ COMMAND", under each of them what it says.
+inline std::vector<session_step> session_of(std::string_view fixture) {
+    std::vector<session_step> steps;
+    std::istringstream lines(contents_of(data_file(fixture)));
+    for (std::string line; std::getline(lines, line);) {
+        if (line.starts_with("$ ")) {
+            steps.push_back({line.substr(2), ""});
+        } else {
+            steps.at(steps.size() - 1).said += line + "\n";
+        }
+    }
+    return steps;
+}
+
+/// Runs the steps of a fixture in a directory, by the shell and with the tools at hand, and
+/// compares what they say, as `plain` puts it, with what is written there.
+inline void expect_session(
+    std::string_view fixture, const std::filesystem::path& directory,
+    const std::function<std::string(const std::string&)>& plain = std::identity()) {
+    for (const auto& [line, said] : session_of(fixture)) {
+        const std::string shell =
+            "exec 2>&1; export LC_ALL=C; PATH=" TOOL_DIRECTORY ":$PATH; " + line;
+        outcome ended = run({"/bin/sh", {"-c", shell}, directory});
+        if (ended.status != 0) ended.output += "[status " + std::to_string(ended.status) + "]\n";
+        EXPECT_EQ(plain(ended.output), said) << "$ " << line;
+    }
+}
+
+}  // namespace support
