@@ -77,6 +77,7 @@ programs_for() {
         tools/qm_file/*) near=qm_file_tool ;;
         tools/numfreq/*) near="numfreq program hostile" ;;
         tools/common/*) near="common sgn_check qm_file_tool" ;;
+        tools/states/*) near="states sgn_states" ;;
         tools/*) near=$(cut -d / -f 2 <<<"$2") ;;
     esac
     found=$(cmake --build "$1/build" --target help | grep -oE '\b[a-z_]+_tests\b' |
