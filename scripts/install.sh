@@ -7,8 +7,11 @@ cd "$(dirname "$0")/.."
 if [ "$(id -u)" -eq 0 ]; then prefix=/usr/local; else prefix=$HOME/.local; fi
 prefix=${1:-$prefix}
 
-scripts/setup.sh build
-scripts/setup.sh tools || echo "Going on without them: all tools but stigruz are left out."
+# All that is missing is named at once; but the headers of the other tools can be done without.
+if ! scripts/setup.sh build tools; then
+    scripts/setup.sh build 2>/dev/null
+    echo "Going on without them: all tools but stigruz are left out."
+fi
 scripts/build.sh build-install all -DSTIGRUZ_TESTS=OFF
 cmake --install build-install --prefix "$prefix" >/dev/null
 

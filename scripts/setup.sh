@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Makes sure that what a task needs is installed: setup.sh build|tools|test|lint|fuzz|docs|package
+# Makes sure that what tasks need is installed: setup.sh build|tools|test|lint|fuzz|docs|package...
 # (tools: the header libraries of all tools but stigruz)
 # As root, what is missing is installed through apt; else it is named and the script fails.
 set -euo pipefail
@@ -25,42 +25,45 @@ need_tools() {
     need nlohmann-json3-dev /usr/include/nlohmann/json.hpp
 }
 
-case "${1:-build}" in
-    build) ;;
-    tools) need_tools ;;
-    test)
-        need libgtest-dev /usr/include/gtest/gtest.h
-        need libgmock-dev /usr/include/gmock/gmock.h
-        ;;
-    lint)
-        need_tools
-        need clang clang++
-        need clang-format clang-format
-        need clang-tidy clang-tidy
-        need cppcheck cppcheck
-        need shellcheck shellcheck
-        ;;
-    fuzz)
-        need clang clang++
-        need libclang-rt-dev \
-            "$(clang++ -print-resource-dir 2>/dev/null)/lib/linux/libclang_rt.fuzzer-$(uname -m).a"
-        need llvm llvm-cov
-        ;;
-    docs) need doxygen doxygen ;;
-    package)
-        need_tools
-        need dpkg-dev dpkg-shlibdeps
-        need file file
-        ;;
-    *)
-        echo "usage: setup.sh build|tools|test|lint|fuzz|docs|package" >&2
-        exit 2
-        ;;
-esac
+for task in "${@:-build}"; do
+    case "$task" in
+        build) ;;
+        tools) need_tools ;;
+        test)
+            need libgtest-dev /usr/include/gtest/gtest.h
+            need libgmock-dev /usr/include/gmock/gmock.h
+            ;;
+        lint)
+            need_tools
+            need clang clang++
+            need clang-format clang-format
+            need clang-tidy clang-tidy
+            need cppcheck cppcheck
+            need shellcheck shellcheck
+            ;;
+        fuzz)
+            need clang clang++
+            need libclang-rt-dev \
+                "$(clang++ -print-resource-dir 2>/dev/null)/lib/linux/libclang_rt.fuzzer-$(uname -m).a"
+            need llvm llvm-cov
+            ;;
+        docs) need doxygen doxygen ;;
+        package)
+            need_tools
+            need dpkg-dev dpkg-shlibdeps
+            need file file
+            ;;
+        *)
+            echo "usage: setup.sh build|tools|test|lint|fuzz|docs|package..." >&2
+            exit 2
+            ;;
+    esac
+done
 
 if [ "${#missing[@]}" -eq 0 ]; then
     exit 0
 fi
+mapfile -t missing < <(printf '%s\n' "${missing[@]}" | sort -u)
 
 if [ "$(id -u)" -ne 0 ]; then
     echo "These packages are missing: ${missing[*]}" >&2
