@@ -70,6 +70,7 @@ programs_for() {
         lib/*/text/*) near="util search io qm_file" ;;
         lib/*density* | lib/*/matrix_product*) near=excited ;;
         lib/*/excited/* | lib/*/qm_file/*) near="qm_file excited" ;;
+        lib/*/util/units.h) near="sgn_states util qm_file" ;;
         lib/*/util/*) near="util qm_file" ;;
         lib/*/io/atomic_file* | lib/*/io/detail/text_file*) near="io hostile faults" ;;
         lib/*/io/*) near="io search" ;;
