@@ -12,8 +12,9 @@ namespace flib {
 namespace {
 
 /// What a file's reads give, in one line. Of `steps`, i r t take an integer, a real and a text, R
-/// takes an array of three reals, - drops an item, ; ends a read, L reads a record, and H takes
-/// the items that follow from it. An error ends it.
+/// and I take an array of three of them, - drops an item, ; ends a read, L reads a record, and H
+/// takes the items that follow from it. An error ends it; behind it "END" tells that the end mark
+/// has been passed, which is so still after a step back.
 std::string taken(std::string_view contents, std::string_view steps) {
     const support::scratch_directory scratch;
     const std::string path = scratch.file("f", contents);
@@ -23,6 +24,7 @@ std::string taken(std::string_view contents, std::string_view steps) {
     line_buffer held;
     std::int32_t integer = 0;
     std::array<double, 3> reals{};
+    std::array<std::int32_t, 3> integers{};
     fixed_text<6> text;
     const auto end = support::ending_of([&] {
         for (const char what : steps) {
@@ -37,10 +39,18 @@ std::string taken(std::string_view contents, std::string_view steps) {
                 reader->take(std::span<double>(reals));
                 for (const double real : reals) shown << real << ' ';
             }
+            if (what == 'I') {
+                reader->take(std::span<std::int32_t>(integers));
+                for (const int value : integers) shown << value << ' ';
+            }
             if (what == ';') reader->finish(), reader.reset();
         }
     });
-    if (end) shown << (end->text.starts_with(path) ? end->text.substr(path.size() + 2) : end->text);
+    if (end) shown << support::replaced(end->text, path + ": ", "");
+    if (end && is_past_end(fid)) {
+        step_back(fid);
+        shown << (read_record(fid, held) ? " AGAIN" : " END");
+    }
     return std::string(trim_right(shown.str()));
 }
 

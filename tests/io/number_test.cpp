@@ -1,3 +1,4 @@
+// Numbers as texts: read, and written into fields.
 #include "flib/io/number.h"
 
 #include <gtest/gtest.h>
@@ -12,6 +13,7 @@
 #include <sstream>
 #include <vector>
 
+#include "flib/io/fixed_field.h"
 #include "flib/io/free_format.h"
 #include "flib/io/unit.h"
 #include "support/support.h"
@@ -68,7 +70,7 @@ std::string random_real(std::mt19937_64& random) {
 }
 
 TEST(Number, CorrectlyRoundedAloneAndInFiles) {
-    constexpr std::size_t count = 300000;
+    constexpr std::size_t count = 100000;
     constexpr const char* separators[] = {" ", "\n", ",", "\r\n", " , ", "\t", "\n \n", ",\n"};
     std::mt19937_64 random(4);
     std::vector<double> expected;
@@ -89,6 +91,29 @@ TEST(Number, CorrectlyRoundedAloneAndInFiles) {
     std::vector<double> values(count);
     read_items(fid, std::span(values));
     EXPECT_EQ(values, expected);
+}
+
+TEST(Fields, RightAlignedOrAsterisks) {
+    const double inf = HUGE_VAL;
+    EXPECT_EQ(text_field("Cl", 4) + text_field("Cl", 2) + text_field("Clx", 2), "  ClCl**");
+    EXPECT_EQ(integer_field(-17, 5) + integer_field(-1234, 4), "  -17****");
+    EXPECT_EQ(fixed_field(-0.0, 8, 3) + fixed_field(-1e-9, 6, 3), "  -0.000-0.000");
+    EXPECT_EQ(fixed_field(std::nan(""), 6, 2) + fixed_field(-inf, 6, 2), "   nan  -inf");
+    EXPECT_EQ(scientific_field(inf, 8, 2) + scientific_field(-0.0, 12, 4), "     INF -0.0000E+00");
+    std::mt19937_64 random(20);
+    for (int i = 0; i < 30000; ++i) {
+        // Half of them any bits at all, half of the sizes that are printed: as printf does it.
+        const std::uint64_t bits = random();
+        const double value = i % 2 == 0 ? std::bit_cast<double>(bits)
+                                        : static_cast<double>(static_cast<std::int64_t>(bits)) *
+                                              std::pow(10.0, -static_cast<int>(bits % 25));
+        char fixed[400];
+        char scientific[40];
+        const bool fits = std::snprintf(fixed, sizeof fixed, "%15.8f", value) == 15;
+        std::snprintf(scientific, sizeof scientific, "%20.10E", value);
+        ASSERT_EQ(fixed_field(value, 15, 8), fits ? fixed : "***************");
+        ASSERT_EQ(scientific_field(value, 20, 10), scientific);
+    }
 }
 
 }  // namespace
