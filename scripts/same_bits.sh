@@ -29,7 +29,7 @@ for compiler in g++ clang++; do
         cmp "$work/g++-O0.sums" "$work/$name.sums"
 
         "$compiler" "$level" -std=c++20 -ffp-contract=off -Ilib/src -Itools -Itests \
-            tests/support/whole_run.cpp "build-bits-$name"/tools/libnumfreq.a \
+            scripts/whole_run.cpp "build-bits-$name"/tools/libnumfreq.a \
             "build-bits-$name"/lib/libflib.a -o "$work/whole_run"
         (
             cd "$work/$name"

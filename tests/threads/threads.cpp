@@ -1,7 +1,6 @@
 // Readers called from several threads at once, compiled with ThreadSanitizer. Every thread must get
 // what a single one gets, number its units from 100 up, and lose nothing when it ends.
 #include <algorithm>
-#include <array>
 #include <atomic>
 #include <cstdio>
 #include <filesystem>
@@ -11,14 +10,9 @@
 #include <thread>
 #include <vector>
 
-#include "flib/excited/qm_file_nci.h"
 #include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
-#include "flib/qm_file/qm_file_coord.h"
-#include "flib/qm_file/qm_file_force_tdip.h"
-#include "flib/qm_file/qm_file_mass.h"
-#include "flib/qm_file/qm_file_nat.h"
-#include "flib/qm_file/qm_file_natom.h"
+#include "flib/qm_file/file_facts.h"
 
 namespace {
 
@@ -31,44 +25,28 @@ constexpr const char* files[] = {
     TEST_DATA "/gaussian/water.fchk",    TEST_DATA "/none",
 };
 
-/// All that the readers tell of one file, endings included.
+/// What the readers find in a file, and why not the rest.
 std::string told_of(const char* file) {
     std::ostringstream told;
     told.precision(17);
-    const auto ask = [&](auto reader) {
-        try {
-            reader();
-        } catch (const std::exception& ending) {
-            told << ending.what() << '\n';
-        }
+    const auto tell = [&](const auto& values) {
+        for (const auto& value : values) told << value << ' ';
     };
-    std::int32_t info = 0;
-    std::int32_t natom = 0;
-    ask([&] { flib::qm_file_natom(file, natom, info); });
-    const auto n = static_cast<std::size_t>(natom);
-    std::vector<std::int32_t> nat(n);
-    std::vector<double> x(3 * n);
-    std::vector<double> mass(n);
-    std::vector<double> force(3 * n);
-    std::array<double, 3> tdip{};
-    std::array<std::int32_t, 6> counts{};
-    ask([&] { flib::qm_file_nat(file, natom, nat, info); });
-    ask([&] { flib::qm_file_coord(file, natom, {x.data(), 3, natom}, info); });
-    ask([&] { flib::qm_file_mass(file, natom, mass, info); });
-    ask([&] {
-        flib::qm_file_force_tdip(file, natom, 1, {force.data(), 3, natom}, {tdip.data(), 3, 1},
-                                 info);
-    });
-    ask([&] {
-        flib::qm_file_nci(file, counts[0], counts[1], counts[2], counts[3], counts[4], counts[5],
-                          info);
-    });
-    for (const std::int32_t number : nat) told << number << ' ';
-    for (const std::int32_t number : counts) told << number << ' ';
-    for (const auto& values : {x, mass, force}) {
-        for (const double value : values) told << value << ' ';
+    try {
+        const flib::file_facts facts = flib::facts_of(file);
+        if (facts.kind) told << facts.kind->tag << facts.kind->version << '\n';
+        if (facts.numbers) tell(*facts.numbers);
+        if (facts.masses) tell(*facts.masses);
+        if (facts.geometry) std::ranges::for_each(facts.geometry->x, tell);
+        if (facts.forces) std::ranges::for_each(*facts.forces, tell);
+        if (facts.dipoles) std::ranges::for_each(*facts.dipoles, tell);
+        if (facts.oniom) tell(facts.oniom->high);
+        if (facts.excitations) told << facts.excitations->active_virtual;
+        for (const auto& [which, why] : facts.missing) told << '\n' << why.reason;
+    } catch (const flib::ending& end) {
+        told << end.what();
     }
-    return told.str() + std::to_string(tdip[0]);
+    return told.str();
 }
 
 /// Descriptors that the process has open.

@@ -23,35 +23,27 @@ namespace {
 using support::ending;
 using support::ending_of;
 
-TEST(String, ChangesInPlace) {
-    std::string text = "  N A\t[ \xc9";
-    del_space(text);
-    lowercase(text);
-    EXPECT_EQ(text, "na\t[\xc9    ");
-    EXPECT_EQ(strlowcase("@AZ`") + string_utility::strlowcase("NFC "), "@az`nfc ");
-    for (const auto& [given, word, expected] : {std::tuple{"XYaXYb ", "xY", "a      "},
-                                                {"abXYc", "XY", "ab   "},
-                                                {"aXYbcd", "XY ", "abcd  "},
-                                                {"short ", "longer", "short "},
-                                                {"XY ", "xy", "   "},
-                                                {"a b", "", "a b"}}) {
-        text = given;
-        str_delete(text, word);
-        EXPECT_EQ(text, expected);
-    }
+/// What a routine of this name makes of `text`, as the table tells it.
+std::string told_by(const std::string& routine, std::string text, const std::string& more) {
+    const auto judged = [&](bool yes) { return (yes ? "yes " : "no ") + text; };
+    if (routine == "del_space") return del_space(text), text;
+    if (routine == "lowercase") return lowercase(text), text;
+    if (routine == "str_delete") return str_delete(text, more), text;
+    if (routine == "strlowcase") return string_utility::strlowcase(text);
+    if (routine == "is_letter") return judged(is_letter(text));
+    if (routine == "is_number") return judged(is_number(text));
+    if (routine == "number_of_words") return std::to_string(number_of_words(text));
+    if (routine == "after_first") return std::string(after_first(more[0], text));
+    if (routine == "name_base") return name_base(text);
+    if (routine == "name_main") return name_main(text);
+    if (routine == "element_number") return std::to_string(element_number(text));
+    return "no such routine";
 }
 
-TEST(String, LettersDigitsAndWords) {
-    for (const std::string given :
-         {"Az", "09", "A b", "-1", "1.", " ", "a\t", "@", "[", "`", "{", "/", ":"}) {
-        std::string letters = " " + given;
-        std::string digits = letters;
-        EXPECT_EQ(is_letter(letters), given == "Az") << given;
-        EXPECT_EQ(is_number(digits), given == "09") << given;
-        EXPECT_EQ(letters + digits, given + " " + given + " ");
+TEST(Texts, ByTable) {
+    for (const auto& row : support::table_of("texts.txt")) {
+        EXPECT_EQ(told_by(row[0], row[1], row[2]), row[3]) << row[0] << " of '" << row[1] << "'";
     }
-    EXPECT_EQ(number_of_words("a bc  d e  "), 4);
-    EXPECT_EQ(number_of_words("  a\tb c"), 1);  // as many columns are walked as without margins
 }
 
 TEST(File, Lines) {
@@ -60,41 +52,24 @@ TEST(File, Lines) {
     EXPECT_EQ(num_file_lines(path + "  "), 3);
     std::vector<line_buffer> lines(7);
     read_lines(path, 3, lines);
-    EXPECT_TRUE(lines.size() == 3 && lines[0] == "a" && lines[2] == "b");
+    EXPECT_TRUE(lines.size() == 3 && lines[0] == "a" && lines[1] == "" && lines[2] == "b");
     EXPECT_THROW(read_lines(path, 4, lines), io_error);
     EXPECT_EQ(ending_of([] { num_file_lines("/no "); }),
               (ending{1, " Error in opening file '/no' in function num_file_lines, stop!", true}));
 }
 
-TEST(File, NamesWithoutDirectoryAndExtension) {
-    for (const auto& [name, base, main] : {std::tuple{"/a.b/c.opt.fchk", "c.opt.fchk", "c.opt"},
-                                           {".hidden", ".hidden", ""},
-                                           {"  d/ a\\b.c", " a\\b.c", " a\\b"},
-                                           {"a/ ", "", ""}}) {
-        EXPECT_EQ(name_base(name), base);
-        EXPECT_EQ(name_main(name), main);
-    }
-}
-
 TEST(Gjf, SectionsOfTheLastJob) {
-    // Of route, title, charge and first atom, and the number of atoms.
-    const std::pair<const char*, std::vector<std::int32_t>> cases[] = {
-        {"  # a\nb\n  \nt\n\n0 1\nH\nO", {1, 4, 6, 7, 2}},
-        {"# a\n\nt\n\n0 1\nH\n\n--Link1--\n# b\n\nt\n\n0 1\nC\nC\n\nH\n", {9, 11, 13, 14, 2}},
-        {"# a\n\t\n\n\n\n0 1\n\n", {1, 4, 6, 7, 0}},
-        {"# a\n\nt\n0 1\nH\n", {1, 3, 0, 0, 0}},
-        {"# a\n\nt\n\n", {1, 3, 5, 6, 0}},
-        {"title\n\n", {0, 0, 0, 0, 0}},
-    };
-    for (const auto& [contents, expected] : cases) {
+    for (const auto& row : support::table_of("gjf.txt")) {
         const support::scratch_directory scratch;
-        std::vector<std::int32_t> got;
+        std::string found;
         for (const auto locate :
              {get_gjf_route_linenumber, get_gjf_title_linenumber, get_gjf_charge_linenumber,
               get_gjf_atom_linenumber, get_gjf_natom}) {
-            locate(scratch.file("f", contents), got.emplace_back(-7));
+            std::int32_t number = -7;
+            locate(scratch.file("f", row[0]), number);
+            found += (found.empty() ? "" : " ") + std::to_string(number);
         }
-        EXPECT_EQ(got, expected) << contents;
+        EXPECT_EQ(found, row[1]) << row[0];
     }
 }
 
@@ -126,19 +101,18 @@ TEST(Elements, WholeTable) {
               "rRaAcThPaUNpPuAmCmBkCfEsFmMdNoLrRfDbSgBhHsMtDsRgCnUutFlUupLvUusUuo");
 }
 
-TEST(Elements, SymbolsInFields) {
-    std::array<fixed_text<2>, 4> symbol;
+TEST(Elements, InArrays) {
+    std::array<fixed_text<2>, 5> symbol;
     const auto end = ending_of([&] { nat_to_symbol(4, std::array{118, 6, 0, -1}, symbol); });
     EXPECT_EQ(end, (ending{0, "Error!\nnat(4) = -1 is out of [1,118]", true}));
     EXPECT_TRUE(symbol[0] == "Uu" && symbol[1] == "C" && symbol[2] == "X" && symbol[3] == "");
-    std::array<std::int32_t, 4> nat{7, 7, 7, 7};
+    symbol[4] = "O";
+    std::array<std::int32_t, 5> nat{7, 7, 7, 7, 7};
     symbol_to_nat(4, symbol, nat);  // of "Uu", "C", "X" and ""
-    EXPECT_EQ(nat, (std::array{7, 6, 7, 7}));
-    EXPECT_EQ(element_number(" cL") + element_number("Uuox"), 17 + 118);
-    std::array mass{-1.0, -2.0, -3.0};
-    nat_to_mass(3, std::array{0, -1, 119}, mass);  // of no element
-    EXPECT_EQ(mass, (std::array{-1.0, -2.0, -3.0}));
-    EXPECT_EQ(element_number("C1") + element_number("Og") + element_number("chlorine"), 0);
+    EXPECT_EQ(nat, (std::array{7, 6, 7, 7, 7}));
+    std::array mass{-1.0, -2.0, -3.0, -4.0, -5.0};
+    nat_to_mass(4, std::array{0, -1, 119, 1, 1}, mass);  // three are no elements
+    EXPECT_EQ(mass, (std::array{-1.0, -2.0, -3.0, 1.007825037, -5.0}));
 }
 
 TEST(Extremum, IsTheFirstOfARowByRowScan) {
@@ -165,10 +139,11 @@ TEST(Extremum, IsTheFirstOfARowByRowScan) {
 }
 
 TEST(SameSign, LooksAtTheProduct) {
-    EXPECT_EQ(same_sign_d(-1e200, 1e200), -1);
-    EXPECT_EQ(same_sign_d(-1, -1), 1);
-    EXPECT_EQ(same_sign_d(std::nan(""), 1), 0);
-    EXPECT_EQ(same_sign_d(-1e-200, -1e-200), 0);  // it underflows
+    const double factors[][2] = {{-1e200, 1e200}, {-1, -1},          {2, 3},
+                                 {0, -1},         {std::nan(""), 1}, {-1e-200, -1e-200}};
+    std::vector<std::int32_t> signs;  // the last product underflows
+    for (const auto& [a, b] : factors) signs.push_back(same_sign_d(a, b));
+    EXPECT_EQ(signs, (std::vector<std::int32_t>{-1, 1, 1, 0, 0, 0}));
 }
 
 TEST(Matrix, CountsItsElements) {
