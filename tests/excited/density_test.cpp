@@ -1,4 +1,5 @@
-// The transition density and the matrix product that it is built from.
+// The transition density, as a whole and in parts, and the matrix product that it is built from:
+// the bits of plain triple loops.
 #include <gmock/gmock.h>
 
 #include <bit>
@@ -6,6 +7,7 @@
 #include <limits>
 #include <random>
 
+#include "flib/excited/detail/density_parts.h"
 #include "flib/excited/detail/matrix_product.h"
 #include "flib/excited/get_ci_density_nbasis_nbsuse.h"
 #include "support/support.h"
@@ -15,17 +17,28 @@ namespace {
 using flib::matrix;
 using testing::HasSubstr;
 
-/// Magnitudes far apart, so that another order of summation shows in the last bits.
-matrix<double> random_matrix(std::int32_t rows, std::int32_t columns) {
-    static std::mt19937_64 random(20);
+std::mt19937_64 generator(20);
+
+std::int32_t below(std::int32_t n) {
+    return static_cast<std::int32_t>(generator() % static_cast<unsigned>(n));
+}
+
+/// Magnitudes far apart, so that another order of summation shows in the last bits; one of
+/// `per_odd_one` numbers, if that is not 0, is as it should never be.
+matrix<double> random_matrix(std::int32_t rows, std::int32_t columns, int per_odd_one = 0) {
+    constexpr double inf = std::numeric_limits<double>::infinity();
+    constexpr double odd[] = {inf,  -inf, std::numeric_limits<double>::quiet_NaN(),
+                              -0.0, 0.0,  5e-324};
     std::normal_distribution<double> normal;
-    std::uniform_int_distribution<int> exponent(-30, 30);
     matrix<double> made(rows, columns, "random numbers");
-    for (double& x : made.view().all()) x = std::ldexp(normal(random), exponent(random));
+    for (double& x : made.view().all()) {
+        x = std::ldexp(normal(generator), below(60) - 30);
+        if (per_odd_one > 0 && below(per_odd_one) == 0) x = odd[below(6)];
+    }
     return made;
 }
 
-/// The triple loop, each element one running sum in ascending order.
+/// Each element one running sum in ascending order.
 matrix<double> plain_product(const matrix<double>& a, const matrix<double>& b) {
     matrix<double> c(a.view().rows(), b.view().columns(), "the product");
     for (std::int32_t j = 1; j <= b.view().columns(); ++j) {
@@ -36,12 +49,14 @@ matrix<double> plain_product(const matrix<double>& a, const matrix<double>& b) {
     return c;
 }
 
-/// Whether two matrices have the same bits; one NaN is as good as another.
+/// One NaN is as good as another.
+bool same_bits(double x, double y) {
+    return (std::isnan(x) && std::isnan(y)) ||
+           std::bit_cast<std::uint64_t>(x) == std::bit_cast<std::uint64_t>(y);
+}
+
 bool identical(const matrix<double>& found, const matrix<double>& expected) {
-    return std::ranges::equal(found.view().all(), expected.view().all(), [](double x, double y) {
-        return (std::isnan(x) && std::isnan(y)) ||
-               std::bit_cast<std::uint64_t>(x) == std::bit_cast<std::uint64_t>(y);
-    });
+    return std::ranges::equal(found.view().all(), expected.view().all(), same_bits);
 }
 
 TEST(MatrixProduct, HasTheBitsOfTheTripleLoop) {
@@ -52,38 +67,47 @@ TEST(MatrixProduct, HasTheBitsOfTheTripleLoop) {
                   {7, 9, 2},      {24, 8, 16},    {25, 7, 255}, {23, 17, 256},
                   {240, 48, 257}, {241, 13, 513}, {5, 3073, 3}};
     for (const auto& [rows, columns, terms] : shapes) {
-        matrix<double> a = random_matrix(rows, terms);
+        const matrix<double> a = random_matrix(rows, terms, 300);
         const matrix<double> b = random_matrix(terms, columns);
-        if (a.view().all().size() > 2) a.view().all()[1] = -0.0;
-        if (a.view().all().size() > 20) {
-            a.view().all()[20] = std::numeric_limits<double>::infinity();
-        }
         const matrix<double> expected = plain_product(a, b);
         for (const flib::product_variant& variant : flib::product_variants()) {
-            matrix<double> c = random_matrix(rows, columns);
-            std::ranges::fill(c.view().all(), 0.0);
+            matrix<double> c(rows, columns, "sums");
             variant.multiply_add(a.view(), b.view(), c.view());
             EXPECT_TRUE(identical(c, expected)) << variant.name << " of " << rows << " rows";
         }
     }
 }
 
-struct orbitals {
-    std::int32_t nfc, mi, ma, nfv;
-    std::int32_t nbasis() const { return nfc + mi + ma + nfv; }
-};
+/// Gives the columns of the coefficients in parts of any width.
+template <class Density>
+void give(const matrix<double>& moc, Density& density) {
+    const std::int32_t n = moc.view().columns();
+    for (std::int32_t first = 1; first <= n;) {
+        const std::int32_t count = 1 + below(n - first + 1);
+        density.take({moc.view().column(first).data(), n, count});
+        first += count;
+    }
+}
 
-TEST(Density, HasTheBitsOfTheTripleLoops) {
-    for (const orbitals n : {orbitals{0, 1, 0, 0},
-                             {0, 0, 1, 0},
-                             {1, 2, 3, 1},
-                             {0, 7, 26, 0},
-                             {3, 9, 20, 2},
-                             {2, 61, 66, 1}}) {
-        const std::int32_t nb = n.nbasis();
+TEST(Density, HasTheBitsOfTheTripleLoopsAsAWholeAndInParts) {
+    for (int round = 0; round < 120; ++round) {
+        SCOPED_TRACE(round);
+        flib::orbital_counts n{0, 0, below(7), below(40), below(4), below(4)};
+        // The largest need more than one block of the second product.
+        if (round % 30 == 7) n.ma += 780;
+        if (round % 30 == 17) n.mi += 60;
         const std::int32_t ni = n.nfc + n.mi;
-        const matrix<double> moc = random_matrix(nb, nb);
-        const matrix<double> xpy = random_matrix(n.ma, n.mi);
+        const std::int32_t nb = n.nbasis = n.nbsuse = ni + n.ma + n.nfv;
+        if (nb == 0) continue;
+        constexpr int per_odd_one[] = {0, 1, 20, 300, 10000};
+        matrix<double> moc = random_matrix(nb, nb, per_odd_one[round % 5]);
+        const matrix<double> xpy = random_matrix(n.ma, n.mi, per_odd_one[round / 5 % 5]);
+        // Equal magnitudes: the same function twice, with another sign.
+        if (nb > 2 && round % 3 == 0) {
+            const std::int32_t p = 1 + below(nb - 1);
+            for (std::int32_t j = 1; j <= nb; ++j) moc(p + 1, j) = -moc(p, j);
+        }
+
         matrix<double> cm(nb, nb - ni, "virtual orbitals");
         matrix<double> cnt(ni, nb, "occupied orbitals, as rows");
         matrix<double> z(nb - ni, ni, "amplitudes, of frozen orbitals too");
@@ -97,32 +121,47 @@ TEST(Density, HasTheBitsOfTheTripleLoops) {
         matrix<double> den = random_matrix(nb, nb);
         flib::get_ci_density_nbasis_nbsuse(nb, nb, n.mi, n.ma, n.nfc, n.nfv, moc.view(),
                                            xpy.view().all(), den.view());
-        EXPECT_TRUE(identical(den, plain_product(plain_product(cm, z), cnt))) << nb;
+        EXPECT_TRUE(identical(den, plain_product(plain_product(cm, z), cnt)));
+
+        flib::element_location largest;
+        flib::mat_abs_maxval_d(nb, den.view(), largest);
+        flib::density_extremum extremum(n, xpy.view().all());
+        give(moc, extremum);
+        const flib::extremum found = extremum.find();
+        EXPECT_EQ(found.at, largest);
+        EXPECT_TRUE(same_bits(found.value, largest[0] == 0 ? 0.0 : den(largest[0], largest[1])));
+        for (int i = 0; i < 20; ++i) {
+            const flib::element_location at{1 + below(nb), 1 + below(nb)};
+            flib::density_element element(n, at);
+            give(moc, element);
+            EXPECT_TRUE(same_bits(element.value(xpy.view().all()), den(at[0], at[1])))
+                << at[0] << ' ' << at[1];
+        }
     }
 }
 
 TEST(Density, StatesWhichPreconditionFails) {
     const matrix<double> moc = random_matrix(5, 5);
     matrix<double> den(5, 5, "the density");
-    const auto of = [&](std::int32_t nbsuse, orbitals n, std::size_t amplitudes,
+    const auto of = [&](flib::orbital_counts n, std::size_t amplitudes,
                         std::int32_t coefficients = 5, std::int32_t results = 5) {
         return support::answer_of("", [&] {
             flib::get_ci_density_nbasis_nbsuse(
-                5, nbsuse, n.mi, n.ma, n.nfc, n.nfv, {moc.view().data(), 5, coefficients},
+                n.nbasis, n.nbsuse, n.mi, n.ma, n.nfc, n.nfv, {moc.view().data(), 5, coefficients},
                 moc.view().all().first(amplitudes), {den.view().data(), results, 5});
             return "built";
         });
     };
-    EXPECT_EQ(of(5, {1, 1, 3, -1}, 3),
+    EXPECT_EQ(of({5, 5, 1, 3, 1, -1}, 3),
               "exit 2: the transition density cannot be built: a count is negative (nbasis = 5, "
               "nbsuse = 5, mi = 1, nfc = 1, ma = 3, nfv = -1)");
-    EXPECT_THAT(of(4, {1, 1, 3, 0}, 3), HasSubstr("differs from that of basis functions"));
-    EXPECT_THAT(of(5, {1, 1, 4, 0}, 4), HasSubstr("mi + nfc + ma + nfv = 6 differs from nbasis"));
-    EXPECT_THAT(of(5, {INT32_MAX, INT32_MAX, 4, 3}, 4),
-                HasSubstr("= 4294967301 differs from nbasis"));
-    EXPECT_THAT(of(5, {1, 1, 3, 0}, 2), HasSubstr("there are 2 amplitudes of 3"));
-    EXPECT_THAT(of(5, {1, 1, 3, 0}, 3, 4), HasSubstr("there are 20 MO coefficients of 25"));
-    EXPECT_THAT(of(5, {1, 1, 3, 0}, 3, 5, 4), HasSubstr("20 elements for the result of 25"));
+    EXPECT_THAT(of({5, 4, 1, 3, 1, 0}, 3), HasSubstr("differs from that of basis functions"));
+    EXPECT_THAT(of({5, 6, 1, 3, 1, 0}, 3), HasSubstr("differs from that of basis functions"));
+    EXPECT_THAT(of({5, 5, 1, 4, 1, 0}, 4), HasSubstr("mi + nfc + ma + nfv = 6 differs from nb"));
+    EXPECT_THAT(of({5, 5, INT32_MAX, 4, INT32_MAX, 3}, 4), HasSubstr("= 4294967301 differs from"));
+    EXPECT_THAT(of({5, 5, 1, 3, 1, 0}, 2), HasSubstr("there are 2 amplitudes of 3"));
+    EXPECT_THAT(of({5, 5, 1, 3, 1, 0}, 3, 4), HasSubstr("there are 20 MO coefficients of 25"));
+    EXPECT_THAT(of({5, 5, 1, 3, 1, 0}, 3, 5, 4), HasSubstr("20 elements for the result of 25"));
     EXPECT_TRUE(identical(den, matrix<double>(5, 5, "zeros")));
 }
 

@@ -5,7 +5,6 @@
 #include <iterator>
 #include <sstream>
 
-#include "flib/excited/qm_file_ci_xpy.h"
 #include "flib/excited/qm_file_mo_coeff_nbasis_nbsuse.h"
 #include "support/support.h"
 
@@ -40,46 +39,6 @@ TEST(MoCoefficients, AreZeroBeforeAnythingIsRead) {
         EXPECT_TRUE(support::ending_of(
             [&] { flib::qm_file_mo_coeff_nbasis_nbsuse(file, 4, 3, mo.view(), info); }));
         EXPECT_THAT(mo.view().all(), testing::Each(0.0)) << file;
-    }
-}
-
-// A short array is told before anything is stored beyond it; one that is just long enough will do.
-TEST(ExcitedStateReaders, NeedRoomForAllValues) {
-    const std::string dump = support::data_file("gaussian/water.cis");
-    const std::string checkpoint = support::data_file("gaussian/water.fchk");
-    const struct {
-        const char* values;
-        std::size_t count;
-        std::string file;
-        std::function<void(std::span<double>, std::int32_t&)> read;
-        const char* ends_with;
-    } rows[] = {
-        {"amplitudes", 48, dump,
-         [&](std::span<double> to, std::int32_t& info) {
-             flib::qm_file_ci_xpy(dump, 2, 4, 3, to, info);
-         },
-         "48 amplitudes were asked for, but there is room for 47"},
-        {"energies", 3, dump,
-         [&](std::span<double> to, std::int32_t& info) {
-             flib::qm_file_ci_energy(dump, 3, to, info);
-         },
-         "3 excitation energies were asked for, but there is room for 2"},
-        {"coefficients", 12, checkpoint,
-         [&](std::span<double> to, std::int32_t& info) {
-             const auto n = static_cast<std::int32_t>(to.size());
-             flib::qm_file_mo_coeff_nbasis_nbsuse(checkpoint, 4, 3, {to.data(), n, 1}, info);
-         },
-         "12 MO coefficients were asked for, but there is room for 11"},
-    };
-    for (const auto& row : rows) {
-        std::vector<double> to(row.count + 1, -7.0);
-        std::int32_t info = 9;
-        EXPECT_EQ(support::ending_of([&] { row.read(std::span(to).first(row.count - 1), info); }),
-                  (support::ending{2, row.file + ": " + row.ends_with, false}));
-        row.read(std::span(to).first(row.count), info);
-        EXPECT_EQ(info, row.file == dump ? 1 : 0) << row.values;
-        EXPECT_NE(to[row.count - 1], -7.0) << row.values;
-        EXPECT_EQ(to[row.count], -7.0) << row.values;
     }
 }
 

@@ -4,7 +4,6 @@
 
 #include <gmock/gmock.h>
 
-#include <cstring>
 #include <random>
 
 #include "support/job.h"
@@ -14,76 +13,71 @@
 namespace {
 
 namespace fs = std::filesystem;
-using numfreq::density_source;
 using support::job;
-using support::scratch_directory;
 
-density_source source_of(const job& what, const std::string& ffch, const std::string& fcis) {
-    return {
-        ffch, fcis, {what.nbasis(), what.nbasis(), what.mi, what.ma, what.nfc, what.nfv}, what.mci};
-}
+class ChosenElement : public testing::Test {
+  protected:
+    numfreq::density_source write(const job& what, const support::writing& how = {}) const {
+        support::write_job(scratch_.path(), "a", what, how);
+        const std::int32_t n = what.nbasis();
+        return {ffch, fcis, {n, n, what.mi, what.ma, what.nfc, what.nfv}, what.mci};
+    }
 
-/// What both ways come to; a failure of the test if they differ.
-std::string told(const density_source& source, const flib::element_location* at) {
-    const std::string by_tool = support::told_by_tool(source, at);
-    EXPECT_EQ(by_tool, support::told_by([&] { return support::whole_density(source, at); }));
-    return by_tool;
-}
+    /// What both ways come to; a failure of the test if they differ.
+    static std::string told(const numfreq::density_source& source,
+                            const flib::element_location* at) {
+        const std::string by_tool = support::told_by_tool(source, at);
+        EXPECT_EQ(by_tool, support::told_by([&] { return support::whole_density(source, at); }));
+        return by_tool;
+    }
 
-job next_job(std::mt19937_64& random) {
-    const auto count = [&](int low, int high) {
-        return std::uniform_int_distribution<int>(low, high)(random);
-    };
-    return support::random_job(random, 1, count(0, 3), count(1, 6), count(1, 30), count(0, 3),
-                               count(1, 4));
-}
+    int number(int low, int high) { return std::uniform_int_distribution<int>(low, high)(random); }
 
-/// Puts `text` in the place of one number behind the heading.
-void spoil_number(std::mt19937_64& random, const std::string& path, std::string_view heading,
-                  const std::string& text) {
-    std::string contents = support::contents_of(path);
-    std::size_t at = contents.find('\n', contents.find(heading));
-    at += random() % (contents.size() - at);
-    const std::size_t from = contents.find_first_not_of(" \n", at);
-    if (from == std::string::npos) return;
-    const std::size_t to = std::min(contents.find_first_of(" \n", from), contents.size());
-    support::write_file(path, contents.replace(from, to - from, text));
-}
+    /// Puts `text` in the place of one number behind the heading.
+    void spoil_number(const std::string& path, std::string_view heading, const std::string& text) {
+        std::string contents = support::contents_of(path);
+        std::size_t at = contents.find('\n', contents.find(heading));
+        at += random() % (contents.size() - at);
+        const std::size_t from = contents.find_first_not_of(" \n", at);
+        if (from == std::string::npos) return;
+        const std::size_t to = std::min(contents.find_first_of(" \n", from), contents.size());
+        support::write_file(path, contents.replace(from, to - from, text));
+    }
 
-TEST(ChosenElement, IsThatOfTheWholeDensity) {
+    std::mt19937_64 random{32};
+    const support::scratch_directory scratch_;
+    const std::string ffch = scratch_.path() / "a.fchk";
+    const std::string fcis = scratch_.path() / "a.cis";
+};
+
+TEST_F(ChosenElement, IsThatOfTheWholeDensity) {
     const char* const numbers[] = {"NaN",   "-inf", "Infinity", "-0.0", "1D+300", "-9.99E-310",
                                    "1e999", "x",    "1.5.5",    "1,,2", "",       "1 2"};
-    std::mt19937_64 random(32);
-    const scratch_directory scratch;
-    const std::string ffch = scratch.path() / "a.fchk";
-    const std::string fcis = scratch.path() / "a.cis";
     int returned = 0;
     for (int round = 0; round < 250; ++round) {
-        const job now = next_job(random);
+        const job now = support::random_job(random, 1, number(0, 3), number(1, 6), number(1, 30),
+                                            number(0, 3), number(1, 4));
         support::writing how;
         if (round % 4 == 1) how.end_of_line = "\r\n";
-        if (round % 4 == 2) how.per_line = 1 + static_cast<int>(random() % 7);
-        support::write_job(scratch.path(), "a", now, how);
-        for (std::uint64_t i = random() % 4; i > 0; --i) {
-            const bool coefficient = random() % 2 == 0;
+        if (round % 4 == 2) how.per_line = number(1, 7);
+        numfreq::density_source source = write(now, how);
+        for (int i = number(0, 3); i > 0; --i) {
+            const bool coefficient = number(0, 1) == 0;
             const std::string& path = coefficient ? ffch : fcis;
             // Half of them numbers, however odd.
-            spoil_number(random, path, coefficient ? "Alpha MO" : "Dump of file",
-                         numbers[random() % (random() % 2 == 0 ? 6 : std::size(numbers))]);
-            if (random() % 16 == 0) {
+            spoil_number(path, coefficient ? "Alpha MO" : "Dump of file",
+                         numbers[number(0, number(0, 1) == 0 ? 5 : 11)]);
+            if (number(0, 15) == 0) {
                 fs::resize_file(path, fs::file_size(path) - random() % 300);
             }
         }
-        density_source source = source_of(now, ffch, fcis);
         // Counts as a reference of another job may have them.
         std::int32_t* const counts[] = {
             &source.counts.nbasis, &source.counts.nbsuse, &source.counts.mi, &source.counts.ma,
             &source.counts.nfc,    &source.counts.nfv,    &source.mci};
         constexpr std::int32_t others[] = {-1, 0, 1, 2, 60};
-        if (random() % 4 == 0) *counts[random() % 7] = others[random() % 5];
-        const auto n = static_cast<unsigned>(now.nbasis());
-        const flib::element_location at{static_cast<std::int32_t>(random() % (n + 2)),
-                                        static_cast<std::int32_t>(1 + random() % n)};
+        if (number(0, 3) == 0) *counts[number(0, 6)] = others[number(0, 4)];
+        const flib::element_location at{number(0, now.nbasis() + 1), number(1, now.nbasis())};
         SCOPED_TRACE(round);
         returned += told(source, nullptr).starts_with("(") ? 1 : 0;
         returned += told(source, &at).starts_with("(") ? 1 : 0;
@@ -92,23 +86,19 @@ TEST(ChosenElement, IsThatOfTheWholeDensity) {
     EXPECT_LT(returned, 380);
 }
 
-TEST(ChosenElement, TellsWhatIsWrongInTheOrderOfTheWholeRun) {
-    std::mt19937_64 random(33);
+TEST_F(ChosenElement, TellsWhatIsWrongInTheOrderOfTheWholeRun) {
     const job now = support::random_job(random, 1, 1, 2, 12, 1, 2);
-    const scratch_directory scratch;
-    const std::string ffch = scratch.path() / "a.fchk";
-    const std::string fcis = scratch.path() / "a.cis";
-    density_source source;
+    numfreq::density_source source;
     flib::element_location at;
-    const auto spoil = [](const std::string& path, const char* behind, const char* here,
+    const auto spoil = [](const std::string& path, std::string_view behind, std::string_view here,
                           const char* after) {
         std::string text = support::contents_of(path);
-        const std::size_t from = text.find(here, text.find(behind) + std::strlen(behind));
-        support::write_file(path, text.replace(from, std::strlen(here), after));
+        const std::size_t from = text.find(here, text.find(behind) + behind.size());
+        support::write_file(path, text.replace(from, here.size(), after));
     };
     // Of two of them, the first is told.
     const struct {
-        const char* says;
+        std::string says;
         std::function<void()> make;
     } faults[] = {
         {"status 0: Error! nbasis = ", [&] { source.counts.nbasis = 0; }},
@@ -123,20 +113,16 @@ TEST(ChosenElement, TellsWhatIsWrongInTheOrderOfTheWholeRun) {
         {"a.cis: line 4: '-' stands", [&] { spoil(fcis, "right):\n", "\n", "\n - "); }},
         {"mi + nfc + ma + nfv = 17", [&] { source.counts.nfv = 2; }},
         {"there are 0 amplitudes of 24", [&] { source.mci = 0; }},
-        {"lies outside",
-         [&] {
-             at = {1, 17};
-         }},
+        {"lies outside", [&] { at[1] = 17; }},
     };
     for (std::size_t first = 0; first < std::size(faults); ++first) {
         for (std::size_t second = first; second < std::size(faults); ++second) {
-            support::write_job(scratch.path(), "a", now);
-            source = source_of(now, ffch, fcis);
+            source = write(now);
             at = {1, 1};
             faults[second].make();
             if (second > first) faults[first].make();
             // Without roots none of the dump's numbers is asked for.
-            if (source.mci == 0 && std::string(faults[first].says).ends_with("stands")) continue;
+            if (source.mci == 0 && faults[first].says.ends_with("stands")) continue;
             SCOPED_TRACE(std::to_string(first) + " and " + std::to_string(second));
             EXPECT_THAT(told(source, &at), testing::HasSubstr(faults[first].says));
             if (first + 1 == std::size(faults)) continue;

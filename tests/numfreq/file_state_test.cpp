@@ -12,60 +12,55 @@ namespace {
 namespace fs = std::filesystem;
 using numfreq::file_state;
 
-class FileState : public testing::Test {
-  protected:
-    void set_time(std::string_view name, time_t seconds, long nanoseconds) const {
-        const timespec times[] = {{0, 0}, {seconds, nanoseconds}};
-        ASSERT_EQ(utimensat(AT_FDCWD, (scratch.path() / name).c_str(), times, 0), 0);
-    }
-
+TEST(FileState, SeesEveryChange) {
     const support::scratch_directory scratch;
-    const std::string path = scratch.file("f", "as it was");
-};
-
-TEST_F(FileState, SeesEveryChange) {
-    set_time("f", 1000, 5);
+    const fs::path path = scratch.path() / "f";
+    const auto write = [&](const char* name, std::string_view text, time_t seconds, long more) {
+        const std::string file = scratch.file(name, text);
+        const timespec times[] = {{0, 0}, {seconds, more}};
+        EXPECT_EQ(utimensat(AT_FDCWD, file.c_str(), times, 0), 0);
+    };
     const std::pair<const char*, std::function<void()>> changes[] = {
-        {"seconds", [&] { set_time("f", 1001, 5); }},
-        {"nanoseconds", [&] { set_time("f", 1000, 6); }},
-        {"size", [&] { fs::resize_file(path, 8), set_time("f", 1000, 5); }},
+        {"nothing", [] {}},
+        {"seconds", [&] { write("f", "as it was", 1001, 5); }},
+        {"nanoseconds", [&] { write("f", "as it was", 1000, 6); }},
+        {"size", [&] { write("f", "as it wa", 1000, 5); }},
         {"another file",
          [&] {
-             scratch.file("other", "as it was");
-             set_time("other", 1000, 5);
+             write("other", "as it was", 1000, 5);
              fs::rename(scratch.path() / "other", path);
          }},
         {"gone", [&] { fs::remove(path); }},
     };
     for (const auto& [name, change] : changes) {
-        const file_state before(path + "   ");
-        EXPECT_FALSE(support::ending_of([&] { before.require_unchanged(); })) << name;
+        write("f", "as it was", 1000, 5);
+        const file_state before(path.string() + "   ");
         change();
-        EXPECT_EQ(support::ending_of([&] { before.require_unchanged(); }),
-                  (support::ending{2, path + ": was changed while it was being read", false}))
+        const bool changed = name != changes[0].first;
+        EXPECT_EQ(support::answer_of(path, [&] { return before.require_unchanged(), "as it was"; }),
+                  changed ? "exit 2: was changed while it was being read" : "as it was")
             << name;
-        scratch.file("f", "as it was");
-        set_time("f", 1000, 5);
     }
-    fs::remove(path);
-    const file_state missing(path);
+    const file_state missing(path.string());
     EXPECT_FALSE(support::ending_of([&] { missing.require_unchanged(); }));
-    scratch.file("f", "");
+    write("f", "", 0, 0);
     EXPECT_TRUE(support::ending_of([&] { missing.require_unchanged(); }));
 }
 
-TEST_F(FileState, HasRoomForAtomsOfSixCharacters) {
-    const auto ending = [&](const std::string& file, std::int32_t natom) {
-        return support::ending_of([&] { file_state(file).require_room_for_atoms(natom); });
+TEST(FileState, HasRoomForAtomsOfSixCharacters) {
+    const support::scratch_directory scratch;
+    const auto answer = [](const std::string& file, std::int32_t natom) {
+        return support::answer_of(
+            file, [&] { return file_state(file).require_room_for_atoms(natom), "room"; });
     };
-    EXPECT_FALSE(ending(path, 1000));
-    EXPECT_EQ(ending(path, 1001),
-              (support::ending{2, path + ": is too short to hold 1001 atoms", false}));
-    fs::resize_file(path, 6 * 1001);
-    EXPECT_FALSE(ending(path, 1001));
-    EXPECT_TRUE(ending(path, 1002));
+    const std::string little = scratch.file("little", "as it was");
+    EXPECT_EQ(answer(little, 1000), "room");
+    EXPECT_EQ(answer(little, 1001), "exit 2: is too short to hold 1001 atoms");
+    const std::string enough = scratch.file("enough", std::string(6 * 1001, ' '));
+    EXPECT_EQ(answer(enough, 1001), "room");
+    EXPECT_EQ(answer(enough, 1002), "exit 2: is too short to hold 1002 atoms");
     // Whoever reads a file that is not there says so.
-    EXPECT_FALSE(ending("/no", 2000000000));
+    EXPECT_EQ(answer("/no", 2000000000), "room");
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 // What the readers make of files in which something is edited or missing, and the rules of single
-// programs that the common questions do not reach.
+// programs that the listing of all files does not reach.
 #include <gtest/gtest.h>
 
 #include "qm_file/ask.h"
@@ -17,13 +17,28 @@ TEST(Readers, AnswerAsTheRowsSay) {
     }
 }
 
+TEST(QmFileType, GoesByTheBanners) {
+    const support::scratch_directory scratch;
+    for (const auto& row : support::table_of("qm_file_types.txt")) {
+        EXPECT_EQ(ask("type", scratch.file("sample", row[1])), row[2]) << row[0];
+    }
+}
+
+TEST(QmFileType, CutsToTheCallersLengths) {
+    std::string type(8, '#');
+    std::string version(3, '#');
+    std::int32_t info = 0;
+    flib::qm_file_type(support::data_file("gaussian/water_cis.log"), type, version, info);
+    EXPECT_EQ(type + version, "GAUSSIANG16");
+}
+
 TEST(Layers, PositionsLieWithinTheSystem) {
     for (const std::int32_t atom : {0, 1, 3, 4}) {
         const auto end = support::ending_of([&] { flib::require_in_system("f ", atom, 3); });
-        const bool within = atom >= 1 && atom <= 3;
-        EXPECT_EQ(end ? end->text : "", within ? ""
-                                               : "f: the index of the high layer names atom " +
-                                                     std::to_string(atom) + " of 3");
+        EXPECT_EQ(end ? end->text : "within 3", atom % 4 == 0
+                                                    ? "f: the index of the high layer names atom " +
+                                                          std::to_string(atom) + " of 3"
+                                                    : "within 3");
     }
 }
 

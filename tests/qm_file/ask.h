@@ -1,12 +1,16 @@
 // Putting one question to a file: which reader, how many atoms. The answer is a text.
 #pragma once
 
-#include <algorithm>
 #include <iomanip>
+#include <map>
 #include <span>
 #include <sstream>
 #include <vector>
 
+#include "flib/excited/qm_file_ci_xpy.h"
+#include "flib/excited/qm_file_mo_coeff_nbasis_nbsuse.h"
+#include "flib/excited/qm_file_nbasis_nbsuse.h"
+#include "flib/excited/qm_file_nci.h"
 #include "flib/qm_file/qm_file_coord.h"
 #include "flib/qm_file/qm_file_force_tdip.h"
 #include "flib/qm_file/qm_file_mass.h"
@@ -16,23 +20,28 @@
 #include "flib/qm_file/qm_file_type.h"
 #include "support/support.h"
 
-/// What the reader `who` (natom, nat, coord, mass, force_tdip, ifoniom, layer_count or layers)
-/// answers: "INFO: VALUES", with '-' for what the reader leaves as it was; or how it ends the run.
-/// The values of force_tdip are the forces and room for the dipoles of three states, of which two
-/// are asked for; those of layers are the high layer's count, that of all atoms and the positions.
-inline std::string ask(std::string_view who, const std::string& file, std::int32_t atoms = 3,
-                       int digits = 10) {
+/// What the reader `who` answers: "INFO: VALUES", with '-' for what it leaves as it was, or of type
+/// "INFO: TAG [VERSION]"; or how it ends the run. The values of force_tdip are the forces and room
+/// for the dipoles of three states, of which two are asked for; those of layers are the high
+/// layer's count, that of all atoms and the positions. Orbitals are three of four functions,
+/// amplitudes those of three roots, from two occupied to four virtual orbitals.
+inline std::string ask(std::string_view who, const std::string& file, std::int32_t atoms = 3) {
     constexpr std::int32_t untouched = -77;
     const auto n = static_cast<std::size_t>(std::max(atoms, 0));
+    const std::map<std::string_view, std::size_t> integers = {
+        {"natom", 1},      {"nat", n},    {"ifoniom", 1}, {"layer_count", 2},
+        {"layers", n + 2}, {"nbasis", 4}, {"nci", 6}};
+    const std::map<std::string_view, std::size_t> reals = {
+        {"coord", 3 * n}, {"mass", n}, {"force_tdip", 3 * n + 9},
+        {"mo", 12},       {"xpy", 48}, {"energy", 3}};
+    std::vector<std::int32_t> whole(integers.contains(who) ? integers.at(who) : 0, untouched);
+    std::vector<double> real(reals.contains(who) ? reals.at(who) : 0, untouched);
+    flib::line_buffer type{"unset"};
+    flib::line_buffer version{"unset"};
     std::int32_t info = untouched;
-    std::vector<std::int32_t> whole(who == "nat"           ? n
-                                    : who == "layers"      ? n + 2
-                                    : who == "layer_count" ? 2
-                                                           : 1,
-                                    untouched);
-    std::vector<double> real(who == "mass" ? n : who == "coord" ? 3 * n : 3 * n + 9, untouched);
-    const flib::matrix_view<double> x(real.data(), 3, atoms);
     return support::answer_of(file, [&] {
+        const flib::matrix_view<double> x(real.data(), 3, atoms);
+        if (who == "type") flib::qm_file_type(file, type, version, info);
         if (who == "natom") flib::qm_file_natom(file, whole[0], info);
         if (who == "nat") flib::qm_file_nat(file, atoms, whole, info);
         if (who == "coord") flib::qm_file_coord(file, atoms, x, info);
@@ -45,32 +54,31 @@ inline std::string ask(std::string_view who, const std::string& file, std::int32
             flib::qm_file_ifoniom(file, named, info);
             whole[0] = named;
         }
-        if (who == "layer_count") {
+        if (who.starts_with("layer")) {
             flib::qm_file_natom_oniom_qm(file, whole[0], whole[1], info);
         }
         if (who == "layers") {
-            flib::qm_file_natom_oniom_qm(file, whole[0], whole[1], info);
             flib::qm_file_oniom_index(file, atoms, whole[1], std::span(whole).subspan(2), info);
         }
-        const bool is_whole = who != "coord" && who != "mass" && who != "force_tdip";
-        if (is_whole) real.assign(whole.begin(), whole.end());
+        if (who == "nbasis") {
+            flib::qm_file_nbasis_nbsuse(file, whole[0], whole[1], whole[2], whole[3], info);
+        }
+        if (who == "nci") {
+            flib::qm_file_nci(file, whole[0], whole[1], whole[2], whole[3], whole[4], whole[5],
+                              info);
+        }
+        if (who == "mo") {
+            flib::qm_file_mo_coeff_nbasis_nbsuse(file, 4, 3, {real.data(), 3, 4}, info);
+        }
+        if (who == "xpy") flib::qm_file_ci_xpy(file, 2, 4, 3, real, info);
+        if (who == "energy") flib::qm_file_ci_energy(file, 3, real, info);
         std::ostringstream answer;
-        answer << std::setprecision(digits) << info << ':';
+        answer << std::setprecision(10) << info << ':';
+        if (who == "type") answer << ' ' << type.trimmed() << " [" << version.trimmed() << ']';
+        real.insert(real.end(), whole.begin(), whole.end());
         for (const double value : real) {
             value == untouched ? answer << " -" : answer << ' ' << value;
         }
         return answer.str();
-    });
-}
-
-/// What qm_file_type() tells: "TAG, VERSION, INFO".
-inline std::string type_of(const std::string& file) {
-    flib::line_buffer type{"unset"};
-    flib::line_buffer version{"unset"};
-    std::int32_t info = 0;
-    return support::answer_of(file, [&] {
-        flib::qm_file_type(file, type, version, info);
-        return std::string(type.trimmed()) + ", " + std::string(version.trimmed()) + ", " +
-               std::to_string(info);
     });
 }
