@@ -17,13 +17,13 @@ namespace hostile {
 class place {
   public:
     explicit place(std::vector<std::string> of_tool = {"a.fchk"}, const std::string& change = ":",
-                   std::int32_t virtual_orbitals = 3)
+                   std::int32_t virtual_orbitals = 3, std::int32_t atoms = 3)
         : arguments(std::move(of_tool)) {
         // What cannot be allocated is no error of the program's.
         setenv("ASAN_OPTIONS", "allocator_may_return_null=1:max_allocation_size_mb=1024", 0);
         std::mt19937_64 random(17);
         support::write_job(at(""), "a",
-                           support::random_job(random, 3, 1, 2, virtual_orbitals, 1, 2));
+                           support::random_job(random, atoms, 1, 2, virtual_orbitals, 1, 2));
         write("a.sgn", earlier_);
         run("\"$0\" a.fchk && mv a.sgn ref.sgn; echo an earlier result >a.sgn; " + change);
         for (const std::string& name : directory_.names()) {
