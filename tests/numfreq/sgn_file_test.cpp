@@ -37,7 +37,11 @@ const std::string whole = R"(INFORMATION
       2   -2.1000000000E-01    2.2000000000E-02   -2.3000000000E-03
 )";
 
-const std::string whole_read = "";
+const std::string whole_read =
+    "-1 natom2 nmo31 mi4 ma15 mci6 NFC7 NFV5 (19 28) -0.0012345678901 Cl 17 34.96885273 [-0.529177 "
+    "1.058354 1234.567891] [0.11 -0.012 0.0013] H  1 1.00782504 [3 -4.25 5.5] [-0.21 0.022 "
+    "-0.0023] "
+    "[0.15 -2.5 3.5e+101]";
 
 /// Everything that is read, in one text; or how reading ends.
 std::string read_back(const std::string& file) {

@@ -24,8 +24,10 @@
 /// "INFO: TAG [VERSION]"; or how it ends the run. The values of force_tdip are the forces and room
 /// for the dipoles of three states, of which two are asked for; those of layers are the high
 /// layer's count, that of all atoms and the positions. Orbitals are three of four functions,
-/// amplitudes those of three roots, from two occupied to four virtual orbitals.
-inline std::string ask(std::string_view who, const std::string& file, std::int32_t atoms = 3) {
+/// amplitudes those of three roots, from two occupied to four virtual orbitals. The array handed in
+/// is too short by `missing` values.
+inline std::string ask(std::string_view who, const std::string& file, std::int32_t atoms = 3,
+                       std::size_t missing = 0) {
     constexpr std::int32_t untouched = -77;
     const auto n = static_cast<std::size_t>(std::max(atoms, 0));
     const std::map<std::string_view, std::size_t> integers = {
@@ -34,20 +36,25 @@ inline std::string ask(std::string_view who, const std::string& file, std::int32
     const std::map<std::string_view, std::size_t> reals = {
         {"coord", 3 * n}, {"mass", n}, {"force_tdip", 3 * n + 9},
         {"mo", 12},       {"xpy", 48}, {"energy", 3}};
-    std::vector<std::int32_t> whole(integers.contains(who) ? integers.at(who) : 0, untouched);
-    std::vector<double> real(reals.contains(who) ? reals.at(who) : 0, untouched);
+    const auto room = [&](const auto& sizes) {
+        return sizes.contains(who) ? sizes.at(who) - missing : 0;
+    };
+    std::vector<std::int32_t> whole(room(integers), untouched);
+    std::vector<double> real(room(reals), untouched);
     flib::line_buffer type{"unset"};
     flib::line_buffer version{"unset"};
     std::int32_t info = untouched;
     return support::answer_of(file, [&] {
-        const flib::matrix_view<double> x(real.data(), 3, atoms);
+        const auto columns = static_cast<std::int32_t>(real.size() / 3);
+        const flib::matrix_view<double> x(real.data(), 3, columns);
         if (who == "type") flib::qm_file_type(file, type, version, info);
         if (who == "natom") flib::qm_file_natom(file, whole[0], info);
         if (who == "nat") flib::qm_file_nat(file, atoms, whole, info);
         if (who == "coord") flib::qm_file_coord(file, atoms, x, info);
         if (who == "mass") flib::qm_file_mass(file, atoms, real, info);
         if (who == "force_tdip") {
-            flib::qm_file_force_tdip(file, atoms, 2, x, {real.data() + 3 * n, 3, 3}, info);
+            const flib::matrix_view<double> tdip(real.data() + real.size() - 9, 3, 3);
+            flib::qm_file_force_tdip(file, atoms, 2, {real.data(), 3, columns - 3}, tdip, info);
         }
         if (who == "ifoniom") {
             bool named = true;
@@ -68,7 +75,7 @@ inline std::string ask(std::string_view who, const std::string& file, std::int32
                               info);
         }
         if (who == "mo") {
-            flib::qm_file_mo_coeff_nbasis_nbsuse(file, 4, 3, {real.data(), 3, 4}, info);
+            flib::qm_file_mo_coeff_nbasis_nbsuse(file, 4, 3, x, info);
         }
         if (who == "xpy") flib::qm_file_ci_xpy(file, 2, 4, 3, real, info);
         if (who == "energy") flib::qm_file_ci_energy(file, 3, real, info);
