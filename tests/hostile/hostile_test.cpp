@@ -10,7 +10,6 @@
 
 namespace {
 
-namespace fs = std::filesystem;
 using hostile::place;
 using testing::StartsWith;
 using words = std::vector<std::string>;
@@ -34,27 +33,6 @@ TEST(Hostile, Places) {
                 << row[0] << ": " << ended;
             if (!of_each_input) break;
         }
-    }
-}
-
-TEST(Hostile, Names) {
-    const std::string longest(195, 'x');  // an argument of 200 characters
-    for (const std::string& name : words{"with blanks  inside", "new\nline", "*$(id);'\"\\",
-                                         "-\xff\xc3\x28", longest, longest + "y"}) {
-        SCOPED_TRACE(name);
-        place here;
-        for (const char* const suffix : {".log", ".fchk", ".cis"}) {
-            fs::copy(here.at("a").concat(suffix), here.at(name).concat(suffix));
-        }
-        fs::create_symlink("a.sgn", here.at(name).concat(".sgn"));
-        here.arguments = {name + ".fchk"};
-        const bool too_long = name.size() > longest.size();
-        EXPECT_THAT(here.run(), StartsWith(too_long ? "diagnostic" : "complete"));
-        here.restore();
-        fs::remove(here.at(name).concat(".cis"));
-        EXPECT_THAT(here.run(), StartsWith("diagnostic"));
-        here.arguments = {name + std::string(300, 'n')};
-        EXPECT_THAT(here.run(), StartsWith("diagnostic"));
     }
 }
 

@@ -13,72 +13,62 @@ namespace {
 using flib::file_facts;
 using flib::quantity;
 
+void add(std::ostream& text, std::int32_t number) {
+    text << ' ' << number;
+}
+void add(std::ostream& text, double value) {
+    std::isnan(value) ? text << " ?" : text << ' ' << value;
+}
+void add(std::ostream& text, const std::array<double, 3>& vector) {
+    for (const double component : vector) add(text, component);
+    text << ',';
+}
+template <class Value>
+void add(std::ostream& text, const std::vector<Value>& list) {
+    for (const Value& value : list) add(text, value);
+}
+
 /// All of the facts: "QUANTITY VALUES; ...", and "QUANTITY - REASON; ..." for what is missing.
-class facts_text {
-  public:
-    explicit facts_text(const file_facts& facts) : facts_(facts) {
-        const auto values = [&](const auto&... all) { (add(all), ...); };
-        fact(quantity::kind, facts.kind, [&](const flib::file_kind& kind) {
-            text_ << ' ' << kind.tag << ", " << kind.in_words << ", " << kind.version << ", "
-                  << kind.class_code;
-        });
-        fact(quantity::natom, facts.natom, values);
-        fact(quantity::numbers, facts.numbers, values);
-        fact(quantity::geometry, facts.geometry, [&](const flib::geometry& geometry) {
-            add(geometry.x);
-            text_ << (geometry.last ? " last of " : " first of ") << geometry.tables << ' '
-                  << geometry.frame << (geometry.two_frames ? " (two frames)" : "");
-        });
-        fact(quantity::masses, facts.masses, values);
-        fact(quantity::forces, facts.forces, values);
-        fact(quantity::dipoles, facts.dipoles, values);
-        fact(quantity::oniom, facts.oniom, [&](const flib::oniom_layers& layers) {
-            text_ << ' ' << layers.natom << ':';
-            add(layers.high);
-        });
-        fact(quantity::basis, facts.basis, [&](const flib::basis_counts& n) {
-            values(n.alpha_electrons, n.beta_electrons, n.functions, n.independent);
-        });
-        fact(quantity::excitations, facts.excitations, [&](const flib::excitation_counts& n) {
-            values(n.roots, n.alpha_electrons, n.frozen_core, n.active_occupied, n.active_virtual,
-                   n.frozen_virtual);
-        });
-        fact(quantity::dump, facts.dump,
-             [&](const flib::dump_header& dump) { values(dump.number, dump.values); });
-    }
-
-    std::string text() const { return text_.str(); }
-
-  private:
-    template <class Value, class Teller>
-    void fact(quantity which, const std::optional<Value>& value, const Teller& tell) {
-        const auto why = facts_.missing.find(which);
-        if (!value && why == facts_.missing.end()) return;
-        text_ << flib::name_of(which);
-        if (value) tell(*value);
-        if (why != facts_.missing.end()) {
-            text_ << (why->second.damaged ? " ! " : " - ") << why->second.reason;
-        }
-        text_ << "; ";
-    }
-
-    void add(std::int32_t number) { text_ << ' ' << number; }
-    void add(double value) { std::isnan(value) ? text_ << " ?" : text_ << ' ' << value; }
-    void add(const std::array<double, 3>& vector) {
-        for (const double component : vector) add(component);
-        text_ << ',';
-    }
-    template <class Value>
-    void add(const std::vector<Value>& list) {
-        for (const Value& value : list) add(value);
-    }
-
-    const file_facts& facts_;
-    std::ostringstream text_{};
-};
-
 std::string told(const file_facts& facts) {
-    return facts_text(facts).text();
+    std::ostringstream text;
+    const auto values = [&](const auto&... all) { (add(text, all), ...); };
+    const auto fact = [&](quantity which, const auto& value, const auto& tell) {
+        const auto why = facts.missing.find(which);
+        if (!value && why == facts.missing.end()) return;
+        text << flib::name_of(which);
+        if (value) tell(*value);
+        if (why != facts.missing.end()) {
+            text << (why->second.damaged ? " ! " : " - ") << why->second.reason;
+        }
+        text << "; ";
+    };
+    fact(quantity::kind, facts.kind, [&](const auto& kind) {
+        text << ' ' << kind.tag << ", " << kind.in_words << ", " << kind.version << ", "
+             << kind.class_code;
+    });
+    fact(quantity::natom, facts.natom, values);
+    fact(quantity::numbers, facts.numbers, values);
+    fact(quantity::geometry, facts.geometry, [&](const auto& geometry) {
+        add(text, geometry.x);
+        text << (geometry.last ? " last of " : " first of ") << geometry.tables << ' '
+             << geometry.frame << (geometry.two_frames ? " (two frames)" : "");
+    });
+    fact(quantity::masses, facts.masses, values);
+    fact(quantity::forces, facts.forces, values);
+    fact(quantity::dipoles, facts.dipoles, values);
+    fact(quantity::oniom, facts.oniom, [&](const auto& layers) {
+        text << ' ' << layers.natom << ':';
+        add(text, layers.high);
+    });
+    fact(quantity::basis, facts.basis, [&](const auto& n) {
+        values(n.alpha_electrons, n.beta_electrons, n.functions, n.independent);
+    });
+    fact(quantity::excitations, facts.excitations, [&](const auto& n) {
+        values(n.roots, n.alpha_electrons, n.frozen_core, n.active_occupied, n.active_virtual,
+               n.frozen_virtual);
+    });
+    fact(quantity::dump, facts.dump, [&](const auto& dump) { values(dump.number, dump.values); });
+    return text.str();
 }
 
 TEST(FileFacts, AreToldAsTheRowsSay) {

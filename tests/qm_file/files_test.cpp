@@ -132,23 +132,6 @@ TEST_F(Files, NeedNotBeOfAProgram) {
     EXPECT_EQ(told(scratch_.path()), ".2222.2222222");
     EXPECT_EQ(told(scratch_.file("empty", "")), "2222222222222");
     EXPECT_EQ(told(scratch_.file("binary", {"\0\xff\r\x80\0\n\n\x01", 8})), ".............");
-    const std::string unknown = scratch_.file("unknown", "nothing that is known\n");
-    const answers expected{
-        "-1: unset [unset]",
-        "-1: 0",
-        "-1: - - -",
-        "-1: - - - - - - - - -",
-        "-1: - - -",
-        "-1: 0 0 0 0 0 0 0 0 0 - - - - - - - - -",
-        "-1: 0",
-        "-1: 0 - - - -",
-        "exit 1:   The method has not been implemented, stop!",
-        "-1: 0 0 0 0",
-        "exit 1:   The method has not been implemented, stop!",
-        "exit 1:   The method has not been implemented, stop!",
-        "exit 1:   The method has not been implemented, stop!",
-    };
-    EXPECT_EQ(answers_of(unknown), expected);
 }
 
 }  // namespace
