@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "common/csv.h"
 #include "common/json_text.h"
 #include "common/number_text.h"
 #include "common/table.h"
@@ -17,6 +18,7 @@
 namespace sgn_check {
 namespace {
 
+using tools::csv_real;
 using tools::decimal;
 using tools::json_value;
 
@@ -141,21 +143,9 @@ json_value rules_json(const assessment& of) {
     return json;
 }
 
-/// A field of a CSV line.
-std::string csv_text(std::string_view text) {
-    if (text.find_first_of(",\"\r\n") == std::string_view::npos) return std::string(text);
-    std::string quoted = "\"";
-    for (const char c : text) quoted.append(c == '"' ? 2 : 1, c);
-    return quoted + '"';
-}
-
-std::string csv_real(double value) {
-    return std::isfinite(value) ? tools::shortest_real(value) : "";
-}
-
 std::vector<std::string> csv_fields(const verdict& of) {
     const numfreq::sgn_contents& contents = of.file->contents;
-    std::vector<std::string> fields{csv_text(of.file->name),
+    std::vector<std::string> fields{of.file->name,
                                     std::to_string(contents.parameters.sign),
                                     std::to_string(contents.parameters.tden_maxloc[0]),
                                     std::to_string(contents.parameters.tden_maxloc[1]),
@@ -170,14 +160,14 @@ std::vector<std::string> csv_fields(const verdict& of) {
     fields.push_back(of.moved ? std::to_string(of.moved->moved) : "");
     if (of.moved && of.moved->moved > 0) {
         fields.push_back(std::to_string(of.moved->farthest + 1));
-        fields.push_back(csv_text(contents.symbol[of.moved->farthest].trimmed()));
+        fields.emplace_back(contents.symbol[of.moved->farthest].trimmed());
         add_vector(of.moved->shift[of.moved->farthest]);
         fields.push_back(csv_real(of.moved->distance));
     } else {
         fields.resize(fields.size() + 6);
     }
     fields.push_back(csv_real(of.rotation));
-    fields.push_back(of.partner != nullptr ? csv_text(of.partner->name) : "");
+    fields.push_back(of.partner != nullptr ? of.partner->name : "");
     fields.push_back(csv_real(of.asymmetry));
     return fields;
 }
@@ -257,8 +247,7 @@ std::string csv(const assessment& of) {
             names.append(names.empty() ? "" : " ").append(name_of(found.kind));
         }
         fields.push_back(names);
-        for (std::size_t i = 0; i < fields.size(); ++i) text += (i > 0 ? "," : "") + fields[i];
-        text += "\r\n";
+        text += tools::csv_line(fields);
     }
     return text;
 }
