@@ -308,11 +308,13 @@ std::string rows_of(const file_report& report, const named_quantity& which, bool
             rows.push_back(formatted(title, i + 1) + columns(vectors[i], real));
         }
     };
+    // A terminal makes up to eight columns of a tab.
+    const char* const tab = on.width ? "  " : "\t";
     switch (which.parts.front()) {
         case quantity::kind:
             rows.push_back(facts.kind
-                               ? facts.kind->tag + '\t' + flib::printable(facts.kind->version) +
-                                     formatted("\t%d", facts.kind->class_code)
+                               ? facts.kind->tag + tab + flib::printable(facts.kind->version) +
+                                     tab + std::to_string(facts.kind->class_code)
                                : "not recognised");
             if (!report.readable) rows.clear();
             break;
