@@ -72,14 +72,16 @@ std::string entry(std::string_view heading, std::string_view text, const termina
     return lines;
 }
 
+/// A number in a column of `format`, or as wide a "?" for what the file does not tell.
+std::string column(double value, const char* format) {
+    const std::string number = formatted(format, value);
+    return std::isnan(value) ? std::string(number.size() - 1, ' ') + '?' : number;
+}
+
 /// One vector's numbers in columns of `format`.
 std::string columns(const std::array<double, 3>& vector, const char* format, double factor = 1) {
     std::string text;
-    for (const double value : vector) {
-        // As wide as a number, for what the file does not tell.
-        const std::string number = formatted(format, value * factor);
-        text += std::isnan(value) ? std::string(number.size() - 1, ' ') + '?' : number;
-    }
+    for (const double value : vector) text += column(value * factor, format);
     return text;
 }
 
@@ -111,8 +113,7 @@ std::vector<column_group> groups_of(const file_facts& facts) {
     }
     if (facts.masses) {
         groups.push_back({"        mass", "u", [](const file_facts& of, std::size_t i) {
-                              const double mass = (*of.masses)[i];
-                              return std::isnan(mass) ? "           ?" : formatted("%12.6f", mass);
+                              return column((*of.masses)[i], "%12.6f");
                           }});
     }
     if (facts.forces) {
@@ -336,7 +337,7 @@ std::string rows_of(const file_report& report, const named_quantity& which, bool
             break;
         case quantity::masses:
             for (std::size_t i = 0; facts.masses && i < facts.masses->size(); ++i) {
-                rows.push_back(formatted("%6zu", i + 1) + formatted(real, (*facts.masses)[i]));
+                rows.push_back(formatted("%6zu", i + 1) + column((*facts.masses)[i], real));
             }
             break;
         case quantity::forces:
