@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
+#include <iomanip>
 #include <sstream>
 #include <stdexcept>
 
@@ -59,6 +60,13 @@ std::vector<std::vector<std::string>> table_of(std::string_view fixture) {
     }
     if (rows.empty()) throw std::runtime_error("no rows in " + std::string(fixture));
     return rows;
+}
+
+std::vector<std::string> words_of(std::string_view text) {
+    std::istringstream in{std::string(text)};
+    std::vector<std::string> words;
+    for (std::string word; in >> std::quoted(word);) words.push_back(word);
+    return words;
 }
 
 std::string contents_of(const fs::path& path) {
@@ -137,13 +145,36 @@ void redirect(const fs::path& path, int flags, int descriptor) {
     close(opened);
 }
 
+constexpr const char* terminal_maker = "/usr/bin/script";
+
+outcome run_on_terminal(const command& what, const std::string& tool) {
+    std::string line = "stty cols 80; NO_COLOR= TERM=" + what.terminal + " '" + tool + "'";
+    for (const std::string& argument : what.arguments) line += " '" + argument + "'";
+    outcome ended = run(
+        {terminal_maker, {"-qeE", "never", "-c", line, "/dev/null"}, what.directory, what.input});
+    std::erase(ended.output, '\r');
+    return ended;
+}
+
 }  // namespace
 
+bool has_terminals() {
+    return fs::exists(terminal_maker) &&
+           run({terminal_maker, {"-qeE", "never", "-c", "true", "/dev/null"}, "/"}).status == 0;
+}
+
+std::string written_by(const command& what) {
+    const outcome ended = run(what);
+    return std::to_string(ended.status) + ": " + ended.output +
+           (ended.errors.empty() ? "" : "errors: " + ended.errors);
+}
+
 outcome run(const command& what) {
-    const scratch_directory streams;
-    const std::string input = streams.file("input", what.input);
     const std::string tool =
         what.tool.starts_with("/") ? what.tool : std::string(TOOL_DIRECTORY "/") + what.tool;
+    if (!what.terminal.empty()) return run_on_terminal(what, tool);
+    const scratch_directory streams;
+    const std::string input = streams.file("input", what.input);
     std::vector<char*> arguments{const_cast<char*>(tool.c_str())};
     for (const std::string& argument : what.arguments) {
         arguments.push_back(const_cast<char*>(argument.c_str()));

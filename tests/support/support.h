@@ -18,6 +18,9 @@ std::string data_file(std::string_view name);
 /// TEXT. Empty lines and those that start with # are left out.
 std::vector<std::vector<std::string>> table_of(std::string_view fixture);
 
+/// The words of a text; quotes keep blanks together ("a b", "").
+std::vector<std::string> words_of(std::string_view text);
+
 std::string contents_of(const std::filesystem::path& path);
 void write_file(const std::filesystem::path& path, std::string_view contents);
 
@@ -65,6 +68,7 @@ struct command {
     std::vector<std::string> arguments;
     std::filesystem::path directory;  // where it runs
     std::string input{};              // its standard input
+    std::string terminal{};           // the kind of a terminal of 80 columns that it writes to
 };
 
 struct outcome {
@@ -73,6 +77,13 @@ struct outcome {
     std::string errors;
 };
 
+/// On a terminal all that it writes is its output.
 outcome run(const command& what);
+
+/// "STATUS: OUTPUT" of a run, and "errors: ERRORS" if there are any.
+std::string written_by(const command& what);
+
+/// Whether there are terminals to run a tool on.
+bool has_terminals();
 
 }  // namespace support
