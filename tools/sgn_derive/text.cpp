@@ -36,7 +36,18 @@ std::string count(std::size_t n, const char* one, const char* many) {
     return std::to_string(n) + " " + (n == 1 ? one : many);
 }
 
-std::string what_it_is(const report& of) {
+/// A paragraph, on a terminal no wider than that.
+std::string paragraph(std::string_view words, const tools::terminal& on) {
+    constexpr std::size_t usual = 84;
+    std::string text;
+    for (const std::string& line :
+         tools::wrapped(words, std::min(usual, on.width.value_or(usual)))) {
+        text += line + '\n';
+    }
+    return text;
+}
+
+std::string what_it_is(const report& of, const tools::terminal& on) {
     const sgn_set::displaced_set& set = of.set;
     std::string steps = decimal(set.largest_step, 4);
     if (set.largest_step - set.smallest_step > sgn_set::rounding) {
@@ -53,7 +64,8 @@ std::string what_it_is(const report& of) {
         return job.is == role::undisplaced || job.is == role::repeated;
     });
     if (left_out > 0) text += ", " + std::to_string(left_out) + " left out";
-    return text + ".\n";
+    text += '.';
+    return on.width ? paragraph(text, on) : text + '\n';
 }
 
 std::string coordinate_text(const report& of, std::size_t c) {
@@ -61,15 +73,19 @@ std::string coordinate_text(const report& of, std::size_t c) {
            left(flib::printable(of.set.atoms[c / 3].symbol), 3) + axis_names[c % 3];
 }
 
-std::string dipole_text(const report& of) {
+std::string dipole_text(const report& of, const tools::terminal& on) {
     const auto& d = of.derivatives;
     const sgn_set::vec3& dipole = of.set.jobs.front().dipole;
     std::string text =
-        "\nDerivatives of the transition dipole (au: e, by Bohr), and what the rounding of the\n"
-        "dipoles to " +
-        std::to_string(of.set.dipole_decimals) +
-        " decimals makes them uncertain by; the finite step adds some " +
-        decimal(d.dipole_step_error, 4) + "\n\n   Atom            x          y          z    +-\n";
+        '\n' +
+        paragraph(
+            "Derivatives of the transition dipole (au: e, by Bohr), and what the rounding of "
+            "the dipoles to " +
+                std::to_string(of.set.dipole_decimals) +
+                " decimals makes them uncertain by; the finite step adds some " +
+                decimal(d.dipole_step_error, 4),
+            on) +
+        "\n   Atom            x          y          z    +-\n";
     for (std::size_t c = 0; c < d.dipole.rows; ++c) {
         text += coordinate_text(of, c);
         for (const double value : d.dipole.row(c)) text += number(value, 11, 4);
@@ -92,32 +108,66 @@ std::string rule_line(const char* name, const sum_rules& rules, const tools::ter
            '\n';
 }
 
-std::string modes_text(const report& of) {
+std::string vector_text(const sgn_set::vec3& of, int width, int decimals) {
+    std::string text;
+    for (const double value : of) text += number(value, width, decimals);
+    return text;
+}
+
+/// Columns that the table of modes takes with all derivatives side by side.
+constexpr std::size_t wide_modes = 118;
+
+std::string modes_table(const report& of, bool narrow) {
+    std::string text =
+        narrow
+            ? "         Wavenumber   Reduced  Dipole derivatives (au) by the       Square of them\n"
+              "  Mode       (1/cm)  mass (u)  dimensionless coordinate: x, y, z     / "
+              "dipole\u00b2\n"
+            : "         Wavenumber   Reduced    Derivatives of the dipole (au) by the coordinate "
+              "of the mode            Square of the\n  Mode       (1/cm)  mass (u)             "
+              "mass-weighted: x, y, z          dimensionless: x, y, z    latter / dipole\u00b2\n";
+    std::string rest =
+        "\n  Mode  Dipole derivatives (au) by the mass-weighted coordinate: x, y, z\n";
+    for (std::size_t m = 0; m < of.modes.size(); ++m) {
+        const sgn_set::normal_mode& mode = of.modes[m];
+        const std::string name = flib::integer_field(static_cast<std::int64_t>(m) + 1, 6);
+        const std::string weighted = vector_text(mode.dipole_derivative, 11, 6);
+        text += name + number(mode.wavenumber, 13, 1) + number(mode.reduced_mass, 10, 4) +
+                (narrow ? "" : "   " + weighted) + "  " +
+                vector_text(mode.dipole_derivative_q, 10, 5) + number(mode.borrowed, 17, 5) + '\n';
+        rest += name + weighted + '\n';
+    }
+    return narrow ? text + rest : text;
+}
+
+std::string modes_text(const report& of, const tools::terminal& on) {
     if (!of.set.has_forces) return "\nThe files hold no forces: no force constants, no modes.\n";
     if (of.modes.empty()) return {};
     std::string text =
-        "\nHarmonic modes, translations and rotations projected out; the force constants are\n"
-        "symmetric within " +
-        decimal(of.asymmetry, 5) + " Hartree/Bohr^2\n";
+        '\n' + paragraph(
+                   "Harmonic modes, translations and rotations projected out; the force "
+                   "constants are symmetric within " +
+                       decimal(of.asymmetry, 5) + " Hartree/Bohr^2",
+                   on);
     if (!of.stationary()) {
-        text += "The reference is no stationary point: a force of " + decimal(of.largest_force, 4) +
-                " Hartree/Bohr is left, and\nthe wavenumbers are those of a slope.\n";
+        text += paragraph("The reference is no stationary point: a force of " +
+                              decimal(of.largest_force, 4) +
+                              " Hartree/Bohr is left, and the wavenumbers are those of a slope.",
+                          on);
     }
-    text +=
-        "\n         Wavenumber   Reduced    Derivatives of the dipole (au) by the coordinate of "
-        "the "
-        "mode            Square of the\n"
-        "  Mode       (1/cm)  mass (u)             mass-weighted: x, y, z          dimensionless: "
-        "x, y, z    latter / dipole\u00b2\n";
-    for (std::size_t m = 0; m < of.modes.size(); ++m) {
-        const sgn_set::normal_mode& mode = of.modes[m];
-        text += flib::integer_field(static_cast<std::int64_t>(m) + 1, 6) +
-                number(mode.wavenumber, 13, 1) + number(mode.reduced_mass, 10, 4) + "   ";
-        for (const double value : mode.dipole_derivative) text += number(value, 11, 6);
-        text += "  ";
-        for (const double value : mode.dipole_derivative_q) text += number(value, 10, 5);
-        text += number(mode.borrowed, 17, 5) + '\n';
+    return text + '\n' + modes_table(of, on.width.value_or(wide_modes) < wide_modes);
+}
+
+/// An indented line, its beginning in red; on a terminal as many as it takes.
+std::string item(const std::string& name, const std::string& rest, const tools::terminal& on) {
+    constexpr std::size_t indent = 3;
+    auto lines = on.width ? tools::wrapped(name + rest, std::max(indent + 1, *on.width) - indent)
+                          : std::vector{name + rest};
+    if (lines.front().starts_with(name)) {
+        lines.front().replace(0, name.size(), painted(name, paint::bad, on));
     }
+    std::string text;
+    for (const std::string& line : lines) text += std::string(indent, ' ') + line + '\n';
     return text;
 }
 
@@ -127,11 +177,11 @@ std::string findings_text(const report& of, const tools::terminal& on) {
     for (const finding& each : of.findings) {
         const std::string file =
             each.job == finding::no_job ? "the set" : flib::printable(of.set.jobs[each.job].name);
-        text += "   " + painted(file, paint::bad, on) + ": " + each.text + '\n';
+        text += item(file, ": " + each.text, on);
     }
     for (std::size_t i = 1; i < of.suspects.flips.size(); ++i) {
-        text +=
-            "   as good a guess at the wrong signs: " + names_of(of.suspects.flips[i], of) + '\n';
+        text += item(
+            "", "as good a guess at the wrong signs: " + names_of(of.suspects.flips[i], of), on);
     }
     return text;
 }
@@ -208,10 +258,16 @@ std::string residues_text(const sum_rules& rules, std::string_view of_what) {
 
 std::string text_of(const report& of, const tools::terminal& on) {
     std::string text =
-        what_it_is(of) + dipole_text(of) + rules_text(of.dipole_rules, of.force_rules, on);
+        what_it_is(of, on) + dipole_text(of, on) + rules_text(of.dipole_rules, of.force_rules, on);
     if (of.suspects.flips.empty()) text += residues_text(of.dipole_rules, "dipole");
-    return text + residues_text(of.force_rules, "forces") + modes_text(of) + findings_text(of, on) +
-           '\n' + painted(verdict_of(of), of.fine() ? paint::good : paint::bad, on) + '\n';
+    text +=
+        residues_text(of.force_rules, "forces") + modes_text(of, on) + findings_text(of, on) + '\n';
+    const std::string verdict = verdict_of(of);
+    for (const std::string& line :
+         on.width ? tools::wrapped(verdict, *on.width) : std::vector{verdict}) {
+        text += painted(line, of.fine() ? paint::good : paint::bad, on) + '\n';
+    }
+    return text;
 }
 
 }  // namespace sgn_derive
