@@ -68,4 +68,11 @@ inline const set_files& crossing() {
     return set;
 }
 
+/// Turns the dipole, the sign, and the element of a result round.
+inline void reverse(sgn_set::result_file& file, bool element) {
+    for (double& component : file.contents.corrected_tdip) component = -component;
+    file.contents.parameters.sign *= -1;
+    if (element) file.contents.parameters.tden_maxval *= -1;
+}
+
 }  // namespace sets
