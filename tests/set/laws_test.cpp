@@ -1,12 +1,11 @@
-// What must hold of any molecule: derivatives are those of the model, sums vanish, wrong signs are
-// found, modes neither move nor turn the molecule.
+// What must hold of any molecule: derivatives are those of the model, sums vanish, and wrong signs
+// are found.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <cmath>
 
 #include "model.h"
-#include "set/modes.h"
 #include "set/suspects.h"
 
 namespace {
@@ -192,98 +191,6 @@ TEST(Suspects, OfSetsThatAreWrongInOtherWays) {
     model::reverse(files[26]);
     model::reverse(files[27]);
     EXPECT_EQ(verdict(model::reference(with_far_atom), files), "satisfied: 5y+ 5y-");
-}
-
-TEST(SumRules, OfALineTurnOnlyAcrossIt) {
-    // A dipole across the line turns along only if the line turns.
-    const molecule along_z{{8, 6, 1}, {{0, 0, -1.1}, {0, 0, 0}, {0, 0, 1.2}}};
-    result_file reference = model::reference(along_z);
-    auto files = model::displaced(along_z);
-    const auto set_across = [](result_file& of) {
-        const auto& x = of.contents.x;
-        // Across the line from the first to the last atom, and in the plane of x and z.
-        const vec3 d = difference(x[2], x[0]);
-        of.contents.corrected_tdip = {model::rounded(0.4 * d[2] / length(d), 4), 0,
-                                      model::rounded(-0.4 * d[0] / length(d), 4)};
-    };
-    set_across(reference);
-    for (result_file& each : files) set_across(each);
-    EXPECT_EQ(verdict(reference, files), "satisfied");
-    model::reverse(files[0]);
-    EXPECT_EQ(verdict(reference, files), "failed: 1x+");
-}
-
-/// Force constants of carbon dioxide along (2, -1, 2) / 3, with springs of `stretch` between
-/// neighbours, and of `bend` across, along (1, 2, 0) / sqrt(5).
-table springs(double stretch, double bend) {
-    const vec3 axis{2 / 3.0, -1 / 3.0, 2 / 3.0};
-    const vec3 across{1 / std::sqrt(5.0), 2 / std::sqrt(5.0), 0};
-    constexpr double of_bend[] = {1, -2, 1};
-    constexpr double of_stretch[3][3] = {{1, -1, 0}, {-1, 2, -1}, {0, -1, 1}};
-    table constants(9, 9);
-    for (std::size_t i = 0; i < 9; ++i) {
-        for (std::size_t j = 0; j < 9; ++j) {
-            const std::size_t a = i / 3;
-            const std::size_t b = j / 3;
-            constants(i, j) = stretch * axis[i % 3] * axis[j % 3] * of_stretch[a][b] +
-                              bend * across[i % 3] * across[j % 3] * of_bend[a] * of_bend[b];
-        }
-    }
-    return constants;
-}
-
-TEST(Modes, OfALineAreFourOfThreeAtoms) {
-    std::vector<atom> atoms;
-    for (const double place : {0.0, 1.0, 2.0}) {
-        const vec3 x{place * 2 / 3, -place / 3, place * 2 / 3};
-        atoms.push_back({"", 0, place == 1 ? 12.0 : 16.0, x});
-    }
-    table dipole(9, 3);  // of charges -1, 2, -1 along y
-    for (std::size_t a = 0; a < 3; ++a) dipole(3 * a + 1, 1) = a == 1 ? 2 : -1;
-    // The middle atom is driven off the line.
-    const auto modes = normal_modes(atoms, springs(0.9, -0.1), dipole, {0, 0, 0.5});
-    constexpr double u = 1822.888486;  // electron masses
-    const double omega[] = {-std::sqrt(0.1 * (2 / 16.0 + 4 / 12.0) / u), 0, std::sqrt(0.9 / 16 / u),
-                            std::sqrt(0.9 * (1 / 16.0 + 2 / 12.0) / u)};
-    ASSERT_EQ(modes.size(), 4U);
-    for (std::size_t m = 0; m < 4; ++m) {
-        EXPECT_NEAR(modes[m].wavenumber, omega[m] * 219474.6313632, 2e-3) << m;
-    }
-    // The outer atoms go one way, the middle one 2 * 16 / 12 times as far the other way.
-    const double size = std::sqrt(2 + 64 / 9.0);
-    EXPECT_NEAR(modes[3].reduced_mass, (32 + 12 * 64 / 9.0) / (size * size), 1e-6);
-    EXPECT_NEAR(modes[3].displacement[1][0], 8 / 3.0 * 2 / 3 / size, 1e-6);
-    EXPECT_NEAR(modes[3].displacement[2][1], 1 / 3.0 / size, 1e-6);
-    const double derivative = -(2 + 16 / 3.0) / 3 / size / std::sqrt(modes[3].reduced_mass * u);
-    EXPECT_NEAR(modes[3].dipole_derivative[1], derivative, 1e-9);
-    EXPECT_NEAR(modes[3].dipole_derivative_q[1], derivative / std::sqrt(omega[3]), 1e-8);
-    EXPECT_NEAR(modes[3].borrowed, std::pow(derivative / 0.5, 2) / omega[3], 1e-7);
-    EXPECT_TRUE(std::isnan(modes[0].dipole_derivative_q[1]));
-    EXPECT_TRUE(std::isnan(modes[0].borrowed));
-    EXPECT_TRUE(std::isnan(normal_modes(atoms, springs(1, 1), dipole, {})[3].borrowed));
-}
-
-TEST(Modes, NeitherMoveNorTurnTheMoleculeOnASlope) {
-    // Forces that do not vanish give rotations a share in the force constants.
-    const auto reference = model::reference(model::bent);
-    const auto set = make_set(reference, model::displaced(model::bent, 0.002));
-    const auto made = differentiate(set);
-    const auto modes =
-        normal_modes(set.atoms, force_constants(made.forces), made.dipole, {0.1, 0, 0});
-    ASSERT_EQ(modes.size(), 6U);
-    for (const normal_mode& mode : modes) {
-        vec3 momentum{};
-        vec3 turn{};
-        for (std::size_t a = 0; a < set.atoms.size(); ++a) {
-            const vec3 p = scaled(set.atoms[a].mass, mode.displacement[a]);
-            const vec3& x = set.atoms[a].x;
-            momentum = sum(momentum, p);
-            turn = sum(turn, {x[1] * p[2] - x[2] * p[1], x[2] * p[0] - x[0] * p[2],
-                              x[0] * p[1] - x[1] * p[0]});
-        }
-        EXPECT_LT(length(momentum), 1e-10);
-        EXPECT_LT(length(turn), 1e-10);
-    }
 }
 
 }  // namespace
