@@ -41,6 +41,22 @@ TEST(Units, AreNumberedFrom100) {
     EXPECT_THROW(step_back(1), run_error);
     close_unit(1);
     close_unit(1);
+    open_replace(1, "/no/f");
+    EXPECT_THROW(commit_unit(1), io_error);
+    EXPECT_FALSE(unit_is_open(1));
+}
+
+TEST(Records, OfAFileCutShortHaveNoNumber) {
+    const scratch_directory scratch;
+    const text path = scratch.file("f", text(600000, '\n') + "x\n");
+    const input_unit fid(path, open_at::end);
+    step_back(fid);
+    fs::resize_file(path, 10);
+    EXPECT_EQ(error_at_last_record(fid, "here").what(), path + ": line 1: here");
+    skip_records(fid, 1);
+    EXPECT_EQ(error_at_last_record(fid, "here").what(), path + ": here");
+    EXPECT_EQ(ending_of([&] { skip_records(fid, 1); })->text,
+              path + ": the file ends where a further line was expected");
 }
 
 TEST(Units, AreRegularFiles) {
@@ -114,27 +130,19 @@ TEST(Output, AppearsWholeOnCommit) {
     EXPECT_TRUE(fs::is_symlink(scratch.path() / "link"));
 }
 
-TEST(Output, FindsANameForTheFileBesideIt) {
+TEST(Output, LeavesWhatStandsBesideIt) {
     const scratch_directory scratch;
     const text dir = scratch.path().string() + "/";
-    // Names that runs which were killed have left; one process at a time has this number.
-    const text stem = dir + ".f." + std::to_string(getpid()) + "-";
-    for (const int taken : {0, 1}) support::write_file(stem + std::to_string(taken), "left");
+    // A name that a run which was killed has left; one process at a time has this number.
+    const text left = dir + ".f." + std::to_string(getpid()) + "-0";
+    support::write_file(left, "left");
     replace_file(dir + "f", "new");
-    EXPECT_EQ(support::contents_of(dir + "f"), "new");
-    EXPECT_EQ(support::contents_of(stem + "1"), "left");
-    EXPECT_EQ(scratch.names().size(), 3U);
-    for (int taken = 2; taken < 1000; ++taken) {
-        support::write_file(stem + std::to_string(taken), "left");
-    }
-    replace_file(dir + "f", "new");
-    support::write_file(stem + "1000", "left");
-    EXPECT_EQ(ending_of([&] { replace_file(dir + "f", "newer"); })->text,
-              dir + "f: cannot be written: File exists");
-    EXPECT_EQ(support::contents_of(dir + "f") + support::contents_of(stem + "1000"), "newleft");
+    EXPECT_EQ(support::contents_of(dir + "f") + support::contents_of(left), "newleft");
+    EXPECT_EQ(fs::status(dir + "f").permissions(), fs::status(left).permissions());
     // The longest name there is leaves no room for a longer one.
     replace_file(dir + text(255, 'n'), "new");
     EXPECT_EQ(support::contents_of(dir + text(255, 'n')), "new");
+    EXPECT_EQ(scratch.names().size(), 3U);
 }
 
 TEST(Output, FollowsLinks) {
@@ -182,6 +190,7 @@ TEST(StopRun, Messages) {
     EXPECT_EQ(end, (support::ending{1, "Can not find keyword natom stop!", true}));
     EXPECT_EQ(ending_of(stop_not_implemented),
               (support::ending{1, "  The method has not been implemented, stop!", true}));
+    EXPECT_STREQ(stop_run(0, {" a b ", "", "  c"}).what(), "a b c");
     EXPECT_STREQ(io_error("x\ny", 3, "m").what(), "x\\ny: line 3: m");
     EXPECT_STREQ(io_error("", 0, "m").what(), "'': m");
 }

@@ -119,12 +119,10 @@ std::vector<std::string> scratch_directory::names() const {
 std::optional<ending> ending_of(const std::function<void()>& routine) {
     try {
         routine();
-    } catch (const flib::stop_run& stop) {
+    } catch (const flib::ending& end) {
         std::string text;
-        for (const std::string& line : stop.lines()) text += (text.empty() ? "" : "\n") + line;
-        return ending{stop.status(), text, true};
-    } catch (const flib::run_error& error) {
-        return ending{flib::exit_status::diagnostic, error.what(), false};
+        for (const std::string& line : end.lines()) text += (text.empty() ? "" : "\n") + line;
+        return ending{end.status(), text, dynamic_cast<const flib::stop_run*>(&end) != nullptr};
     }
     return std::nullopt;
 }
