@@ -12,6 +12,7 @@
 #include <string>
 #include <system_error>
 
+#include "flib/io/detail/powers_of_ten.h"
 #include "flib/text/string.h"
 
 namespace flib {
@@ -63,29 +64,14 @@ struct power_of_ten {
 constexpr std::int32_t lowest_power = -307;
 constexpr std::int32_t highest_power = 288;
 
-__extension__ using uint128 = unsigned __int128;
-
 constexpr auto powers_of_ten = [] {
-    // Step by step in 128 bits: each of at most 307 steps loses less than 2^-124 of the value.
     std::array<power_of_ten, highest_power - lowest_power + 1> powers{};
-    const auto fill = [&](std::int32_t last, std::int32_t step) {
-        uint128 value = uint128{1} << 127;
-        std::int32_t exponent = -127;
-        for (std::int32_t q = 0;; q += step) {
-            powers[static_cast<std::size_t>(q - lowest_power)] = {
-                static_cast<std::uint64_t>(value >> 64), exponent + 64};
-            if (q == last) return;
-            if (step > 0) {
-                value = (value >> 4) * 10;
-                exponent += 4;
-            } else {
-                value /= 10;
-            }
-            for (; value >> 127 == 0; --exponent) value <<= 1;
-        }
+    const auto keep = [&](int q, uint128 value, int exponent) {
+        powers[static_cast<std::size_t>(q - lowest_power)] = {
+            static_cast<std::uint64_t>(value >> 64), exponent + 64};
     };
-    fill(lowest_power, -1);
-    fill(highest_power, 1);
+    for_powers_of_ten(lowest_power, -1, keep);
+    for_powers_of_ten(highest_power, 1, keep);
     return powers;
 }();
 

@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "flib/io/detail/powers_of_ten.h"
+
 #ifdef __x86_64__
 #include <immintrin.h>
 #endif
@@ -41,8 +43,6 @@ struct power_of_ten {
     double low;
 };
 
-__extension__ using uint128 = unsigned __int128;
-
 constexpr double two_to(int exponent) {
     return std::bit_cast<double>(static_cast<std::uint64_t>(exponent + 1023) << 52);
 }
@@ -60,25 +60,13 @@ constexpr power_of_ten in_two(uint128 value, int exponent) {
 template <int decimals>
 constexpr auto powers_of_ten = [] {
     std::array<power_of_ten, 200> powers{};
-    const auto fill = [&](int last, int step) {
-        // As in number.cpp: each of some hundred steps loses less than 2^-124 of the value.
-        uint128 value = uint128{1} << 127;
-        int exponent = -127;
-        for (int e = decimals;; e += step) {
-            if (e >= 0 && e <= 99) powers[static_cast<std::size_t>(e)] = in_two(value, exponent);
-            if (e <= 0) powers[static_cast<std::size_t>(100 - e)] = in_two(value, exponent);
-            if (e == last) return;
-            if (step > 0) {
-                value = (value >> 4) * 10;
-                exponent += 4;
-            } else {
-                value /= 10;
-            }
-            for (; value >> 127 == 0; --exponent) value <<= 1;
-        }
+    const auto keep = [&](int q, uint128 value, int exponent) {
+        const int e = q + decimals;
+        if (e >= 0 && e <= 99) powers[static_cast<std::size_t>(e)] = in_two(value, exponent);
+        if (e <= 0) powers[static_cast<std::size_t>(100 - e)] = in_two(value, exponent);
     };
-    fill(99, 1);
-    fill(-99, -1);
+    for_powers_of_ten(99 - decimals, 1, keep);
+    for_powers_of_ten(-99 - decimals, -1, keep);
     return powers;
 }();
 
