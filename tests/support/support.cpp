@@ -1,6 +1,5 @@
 #include "support/support.h"
 
-#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -137,12 +136,6 @@ std::string answer_of(const std::string& file, const std::function<std::string()
 
 namespace {
 
-void redirect(const fs::path& path, int flags, int descriptor) {
-    const int opened = open(path.c_str(), flags, 0600);
-    if (opened < 0 || dup2(opened, descriptor) < 0) _exit(126);
-    close(opened);
-}
-
 constexpr const char* terminal_maker = "/usr/bin/script";
 
 outcome run_on_terminal(const command& what, const std::string& tool) {
@@ -172,26 +165,24 @@ outcome run(const command& what) {
         what.tool.starts_with("/") ? what.tool : std::string(TOOL_DIRECTORY "/") + what.tool;
     if (!what.terminal.empty()) return run_on_terminal(what, tool);
     const scratch_directory streams;
-    const std::string input = streams.file("input", what.input);
-    std::vector<char*> arguments{const_cast<char*>(tool.c_str())};
-    for (const std::string& argument : what.arguments) {
-        arguments.push_back(const_cast<char*>(argument.c_str()));
-    }
+    streams.file("input", what.input);
+    // The shell opens the streams, and makes way for the tool.
+    const std::string script =
+        R"(s=$1; cd "$0" && shift && exec "$@" <"$s/input" >"$s/output" 2>"$s/errors")";
+    std::vector<std::string> words{"sh", "-c", script, what.directory, streams.path(), tool};
+    words.insert(words.end(), what.arguments.begin(), what.arguments.end());
+    std::vector<char*> arguments;
+    for (std::string& word : words) arguments.push_back(word.data());
     arguments.push_back(nullptr);
     const pid_t child = fork();
-    if (child < 0) throw std::runtime_error("cannot fork");
     if (child == 0) {
         // What the test runner left open would count against limits on open files.
         for (int descriptor = STDERR_FILENO + 1; descriptor < 1024; ++descriptor) close(descriptor);
-        redirect(input, O_RDONLY, STDIN_FILENO);
-        redirect(streams.path() / "output", O_WRONLY | O_CREAT, STDOUT_FILENO);
-        redirect(streams.path() / "errors", O_WRONLY | O_CREAT, STDERR_FILENO);
-        if (chdir(what.directory.c_str()) != 0) _exit(126);
-        execv(tool.c_str(), arguments.data());
+        execv("/bin/sh", arguments.data());
         _exit(127);
     }
     int status = 0;
-    if (waitpid(child, &status, 0) != child) throw std::runtime_error("cannot wait");
+    if (child < 0 || waitpid(child, &status, 0) != child) throw std::runtime_error("cannot run");
     return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status),
             contents_of(streams.path() / "output"), contents_of(streams.path() / "errors")};
 }
