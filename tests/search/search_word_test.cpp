@@ -164,7 +164,7 @@ void walk(std::uint64_t seed) {
 }
 
 TEST(Search, AgreesWithPlainLinesOnRandomWalks) {
-    for (std::uint64_t seed = 1; seed <= 800 && !HasFatalFailure(); ++seed) walk(seed);
+    for (std::uint64_t seed = 1; seed <= 400 && !HasFatalFailure(); ++seed) walk(seed);
 }
 
 }  // namespace
