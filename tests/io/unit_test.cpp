@@ -169,7 +169,9 @@ TEST(StopRun, ShowsWhatCanBeShown) {
         for (std::size_t i = 0; i < row[0].size(); i += 3) {
             bytes += static_cast<char>(std::stoi(row[0].substr(i, 2), nullptr, 16));
         }
-        EXPECT_EQ(printable(bytes), row[1]) << row[0];
+        // What stands behind a text is no part of it.
+        const text longer = bytes + "\x80\x80\x80";
+        EXPECT_EQ(printable(std::string_view(longer).substr(0, bytes.size())), row[1]) << row[0];
     }
 }
 
