@@ -15,6 +15,7 @@
 #include "flib/util/gjf.h"
 #include "flib/util/math.h"
 #include "flib/util/mod_timer.h"
+#include "flib/util/units.h"
 #include "support/support.h"
 
 namespace flib {
@@ -139,6 +140,11 @@ TEST(SameSign, LooksAtTheProduct) {
     std::vector<std::int32_t> signs;  // the last product underflows
     for (const auto& [a, b] : factors) signs.push_back(same_sign_d(a, b));
     EXPECT_EQ(signs, (std::vector<std::int32_t>{-1, 1, 1, 0, 0, 0}));
+}
+
+TEST(Units, AreTheseForAll) {
+    EXPECT_EQ(bohr_radius, 0.529177249);
+    EXPECT_EQ(hartree_energy, 27.211386245988);
 }
 
 TEST(Matrix, CountsItsElements) {
