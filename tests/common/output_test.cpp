@@ -10,7 +10,6 @@
 #include <stdexcept>
 
 #include "common/json_text.h"
-#include "common/number_text.h"
 #include "common/output_file.h"
 #include "common/program.h"
 #include "flib/io/stop_run.h"
@@ -43,13 +42,6 @@ TEST(JsonText, HasRowsOfNumbersOnOneLine) {
               "    \"b\"\n"
               "  ]\n"
               "}\n");
-}
-
-TEST(NumberText, IsShortAndHasNoSignAtZero) {
-    EXPECT_EQ(tools::decimal(-0.00004, 4) + ' ' + tools::decimal(-0.00006, 4), "0.0000 -0.0001");
-    EXPECT_EQ(tools::decimal(-10.25, 1) + ' ' + tools::decimal(100.4, 0), "-10.2 100");
-    EXPECT_EQ(tools::decimal(1e30, 2), std::string(24, '*'));
-    EXPECT_EQ(tools::shortest_real(0.1) + ' ' + tools::shortest_real(-1e22), "0.1 -1e+22");
 }
 
 /// What `routine` writes to a standard stream.

@@ -1,0 +1,79 @@
+// Texts for people and for other programs: tables, lines, numbers, ranges of numbers.
+#include <gtest/gtest.h>
+
+#include "common/csv.h"
+#include "common/number_ranges.h"
+#include "common/number_text.h"
+#include "common/table.h"
+#include "support/support.h"
+
+namespace {
+
+using tools::paint;
+
+std::string table_at(const std::string& name, const tools::terminal& on) {
+    const tools::table rows{
+        {{"Name"}, {"Length", true, 1}, {"Kind", false, 2}, {"Words"}},
+        {{{name}, {"12.5"}, {"a"}, {"fine", paint::good}},
+         {{"é"}, {"1.25", paint::strong}, {"long é"}, {"one two three four five six seven"}}}};
+    return table_text(rows, on);
+}
+
+std::string ranges_text(const std::string& list, std::int32_t most) {
+    const auto ranges = tools::parse_ranges("--atoms", list);
+    std::string text;
+    for (const std::int32_t number : tools::numbers_in(ranges, most)) {
+        text += std::to_string(number) + " ";
+    }
+    return text + "of " + std::to_string(tools::largest_in(ranges));
+}
+
+std::string lines_text(const std::string& text, std::size_t width) {
+    std::string all;
+    for (const std::string& line : tools::wrapped(text, width)) all += '/' + line;
+    return all.substr(1);
+}
+
+std::string made(const std::string& routine, const std::string& text) {
+    const std::size_t blank = routine.rfind(' ');
+    const std::string what = routine.substr(0, blank);
+    const int number = std::stoi(routine.substr(blank));
+    const auto width = static_cast<std::size_t>(number);
+    if (what == "table") {
+        return table_at(text, number == 0 ? tools::terminal{} : tools::terminal{.width = width});
+    }
+    if (what == "wrapped") return lines_text(text, width);
+    if (what == "shortened") return tools::shortened(text, width);
+    if (what == "decimal") return tools::decimal(std::stod(text), number);
+    if (what == "real") return tools::shortest_real(std::stod(text));
+    if (what == "csv") return tools::csv_real(std::stod(text));
+    if (what == "csv line") return tools::csv_line(support::words_of(text));
+    return support::answer_of("", [&] { return ranges_text(text, number); });
+}
+
+TEST(Texts, AreMadeAsTheRowsSay) {
+    for (const auto& row : support::table_of("made_texts.txt")) {
+        EXPECT_EQ(made(row[0], row[1]), row[2]) << row[0] << " of " << row[1];
+    }
+}
+
+TEST(Texts, HaveColoursOnlyWhereThereAreSome) {
+    const tools::terminal colours{.colours = true};
+    const auto all = [](const tools::terminal& on) {
+        std::string text;
+        for (const paint each :
+             {paint::none, paint::good, paint::bad, paint::faint, paint::strong}) {
+            text += painted("ab", each, on) + '|';
+        }
+        return text + painted("", paint::bad, on);
+    };
+    EXPECT_EQ(all({}), "ab|ab|ab|ab|ab|");
+    EXPECT_EQ(all(colours),
+              "ab|\033[32mab\033[0m|\033[1;31mab\033[0m|\033[2mab\033[0m|\033[1mab\033[0m|");
+    EXPECT_EQ(table_at("x", colours),
+              "Name  Length  Kind    Words\n"
+              "x       12.5  a       \033[32mfine\033[0m\n"
+              "é       \033[1m1.25\033[0m  long é  one two three four five six seven\n");
+}
+
+}  // namespace
