@@ -138,7 +138,8 @@ TEST(Following, DoesNotDependOnPhasesAndOrderOfOrbitals) {
     const numfreq::job_counts counts{.nbasis = 9, .mi = 2, .ma = 5, .mci = 3, .nfc = 1, .nfv = 1};
     const reference_set from = prepared(made_up(counts, 1));
     job now = made_up(counts, 2);
-    const std::string before = text_of(follow(from, now, {}));
+    const states::thresholds none{.mixed_below = 0, .lost_below = 0};
+    const std::string before = text_of(follow(from, now, none));
     for (std::int32_t p = 1; p <= 9; ++p) {
         now.moc(p, 3) *= -1;                      // the second occupied orbital
         std::swap(now.moc(p, 5), now.moc(p, 7));  // the second and the fourth virtual one
@@ -148,7 +149,7 @@ TEST(Following, DoesNotDependOnPhasesAndOrderOfOrbitals) {
         for (double& amplitude : x.last(5)) amplitude *= -1;
         for (const std::size_t occupied : {0, 5}) std::swap(x[occupied + 1], x[occupied + 3]);
     }
-    EXPECT_EQ(text_of(follow(from, now, {})), before);
+    EXPECT_EQ(text_of(follow(from, now, none)), before);
 }
 
 TEST(Following, NeedsADensityThatIsNotZero) {
