@@ -95,8 +95,9 @@ TEST(Density, HasTheBitsOfTheTripleLoopsAsAWholeAndInParts) {
     for (int round = 0; round < 120; ++round) {
         SCOPED_TRACE(round);
         flib::orbital_counts n{0, 0, below(7), below(40), below(4), below(4)};
-        // The largest need more than one block of the second product.
-        if (round % 30 == 7) n.ma += 780;
+        // More than one block of the second product, the largest element in the last.
+        const bool large = round % 31 == 7;
+        if (large) n.ma += 780;
         if (round % 30 == 17) n.mi += 60;
         const std::int32_t ni = n.nfc + n.mi;
         const std::int32_t nb = n.nbasis = n.nbsuse = ni + n.ma + n.nfv;
@@ -104,6 +105,7 @@ TEST(Density, HasTheBitsOfTheTripleLoopsAsAWholeAndInParts) {
         constexpr int per_odd_one[] = {0, 1, 20, 300, 10000};
         matrix<double> moc = random_matrix(nb, nb, per_odd_one[round % 5]);
         const matrix<double> xpy = random_matrix(n.ma, n.mi, per_odd_one[round / 5 % 5]);
+        for (std::int32_t j = 1; large && j <= nb; ++j) moc(nb, j) *= 0x1p100;
         // Equal magnitudes: the same function twice, with another sign.
         if (nb > 2 && round % 3 == 0) {
             const std::int32_t p = 1 + below(nb - 1);
