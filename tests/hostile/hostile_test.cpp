@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cctype>
 
 #include "hostile/place.h"
@@ -44,27 +43,27 @@ TEST(Hostile, LittleMemory) {
         here.restore();
         return here.run("ulimit -v " + std::to_string(kilobytes) + R"(; exec "$0" "$@")");
     };
-    const auto least = [&](const std::vector<std::string>& endings) {
+    const auto least = [&](const auto& reached) {
         int low = 0;
         int high = 1 << 20;
         while (high - low > 4) {
             const int middle = (low + high) / 2;
-            const std::string ended = under(middle);
-            const bool reached = std::ranges::any_of(
-                endings, [&](const std::string& ending) { return ended.starts_with(ending); });
-            (reached ? high : low) = middle;
+            (reached(under(middle)) ? high : low) = middle;
         }
         return high;
     };
-    const int starts = least({"complete", "diagnostic"}) + 16;
-    const int enough = least({"complete"});
+    const auto complete = [](const std::string& ended) { return ended == "complete"; };
+    const auto as_promised = [&](const std::string& ended) {
+        return complete(ended) || ended.starts_with("diagnostic: not enough memory");
+    };
+    const int starts = least(as_promised) + 16;
+    const int enough = least(complete);
     constexpr int limits = 60;
     int told = 0;
     for (int i = 0; i < limits; ++i) {
         const std::string ended = under(starts + (enough - starts) * i / limits);
-        EXPECT_TRUE(ended == "complete" || ended.starts_with("diagnostic: not enough memory"))
-            << ended;
-        if (ended != "complete") ++told;
+        EXPECT_TRUE(as_promised(ended)) << ended;
+        if (!complete(ended)) ++told;
     }
     EXPECT_GT(told, limits * 3 / 4);
     EXPECT_EQ(under(enough + 64), "complete");

@@ -17,35 +17,6 @@ TEST(Readers, AnswerAsTheRowsSay) {
     }
 }
 
-// Before anything is read.
-TEST(Readers, TellWhenAnArrayIsTooShort) {
-    const struct {
-        const char* who;
-        std::size_t missing;
-        const char* told;
-    } rows[] = {
-        {"nat", 1, "3 atomic numbers were asked for, but there is room for 2"},
-        {"mass", 1, "3 masses were asked for, but there is room for 2"},
-        {"coord", 3, "9 coordinates were asked for, but there is room for 6"},
-        {"force_tdip", 3, "9 forces were asked for, but there is room for 6"},
-        {"layers", 1, "3 positions of high-layer atoms were asked for, but there is room for 2"},
-        {"mo", 3, "12 MO coefficients were asked for, but there is room for 9"},
-        {"xpy", 1, "48 amplitudes were asked for, but there is room for 47"},
-        {"energy", 1, "3 excitation energies were asked for, but there is room for 2"},
-    };
-    const std::string log = support::data_file("gaussian/oniom.log");
-    for (const auto& [who, missing, told] : rows) {
-        EXPECT_EQ(ask(who, log, 3, missing), std::string("exit 2: ") + told);
-    }
-    double x[9];
-    std::int32_t info = 0;
-    const auto dipoles = support::ending_of([&] {
-        flib::qm_file_force_tdip("no file", 3, 4, {x, 3, 3}, {x, 3, 3}, info);
-    });
-    EXPECT_EQ(dipoles->text,
-              "no file: 12 transition dipoles were asked for, but there is room for 9");
-}
-
 TEST(QmFileType, GoesByTheBanners) {
     const support::scratch_directory scratch;
     for (const auto& row : support::table_of("qm_file_types.txt")) {

@@ -22,25 +22,26 @@
 
 /// What the reader `who` answers: "INFO: VALUES", with '-' for what it leaves as it was, or of type
 /// "INFO: TAG [VERSION]"; or how it ends the run. The values of force_tdip are the forces and room
-/// for the dipoles of three states, of which two are asked for; those of layers are the high
-/// layer's count, that of all atoms and the positions. Orbitals are three of four functions,
-/// amplitudes those of three roots, from two occupied to four virtual orbitals. The array handed in
-/// is too short by `missing` values.
-inline std::string ask(std::string_view who, const std::string& file, std::int32_t atoms = 3,
-                       std::size_t missing = 0) {
+/// for the dipoles of three states, of which two are asked for (of dipoles, four); those of layers
+/// are the high layer's count, that of all atoms and the positions. Orbitals are three of four
+/// functions, amplitudes those of three roots, from two occupied to four virtual orbitals. "short "
+/// before the reader: the array handed in has a value or a column less.
+inline std::string ask(std::string_view who, const std::string& file, std::int32_t atoms = 3) {
     constexpr std::int32_t untouched = -77;
     const auto n = static_cast<std::size_t>(std::max(atoms, 0));
+    const bool is_short = who.starts_with("short ");
+    if (is_short) who.remove_prefix(6);
     const std::map<std::string_view, std::size_t> integers = {
         {"natom", 1},      {"nat", n},    {"ifoniom", 1}, {"layer_count", 2},
         {"layers", n + 2}, {"nbasis", 4}, {"nci", 6}};
-    const std::map<std::string_view, std::size_t> reals = {
-        {"coord", 3 * n}, {"mass", n}, {"force_tdip", 3 * n + 9},
-        {"mo", 12},       {"xpy", 48}, {"energy", 3}};
+    const std::map<std::string_view, std::size_t> reals = {{"mass", n}, {"xpy", 48}, {"energy", 3}};
+    const std::map<std::string_view, std::size_t> vectors = {
+        {"coord", n}, {"force_tdip", n + 3}, {"dipoles", n + 3}, {"mo", 4}};
     const auto room = [&](const auto& sizes) {
-        return sizes.contains(who) ? sizes.at(who) - missing : 0;
+        return sizes.contains(who) ? sizes.at(who) - (is_short ? 1 : 0) : 0;
     };
     std::vector<std::int32_t> whole(room(integers), untouched);
-    std::vector<double> real(room(reals), untouched);
+    std::vector<double> real(room(reals) + 3 * room(vectors), untouched);
     flib::line_buffer type{"unset"};
     flib::line_buffer version{"unset"};
     std::int32_t info = untouched;
@@ -52,9 +53,10 @@ inline std::string ask(std::string_view who, const std::string& file, std::int32
         if (who == "nat") flib::qm_file_nat(file, atoms, whole, info);
         if (who == "coord") flib::qm_file_coord(file, atoms, x, info);
         if (who == "mass") flib::qm_file_mass(file, atoms, real, info);
-        if (who == "force_tdip") {
+        if (who == "force_tdip" || who == "dipoles") {
             const flib::matrix_view<double> tdip(real.data() + real.size() - 9, 3, 3);
-            flib::qm_file_force_tdip(file, atoms, 2, {real.data(), 3, columns - 3}, tdip, info);
+            flib::qm_file_force_tdip(file, atoms, who == "dipoles" ? 4 : 2,
+                                     {real.data(), 3, columns - 3}, tdip, info);
         }
         if (who == "ifoniom") {
             bool named = true;
