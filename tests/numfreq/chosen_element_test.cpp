@@ -55,8 +55,10 @@ TEST_F(ChosenElement, IsThatOfTheWholeDensity) {
                                    "1e999", "x",    "1.5.5",    "1,,2", "",       "1 2"};
     int returned = 0;
     for (int round = 0; round < 250; ++round) {
-        const job now = support::random_job(random, 1, number(0, 3), number(1, 6), number(1, 30),
-                                            number(0, 3), number(1, 4));
+        // Coefficients of more than 64 functions come in several parts.
+        const int most = round % 25 == 0 ? 90 : 30;
+        const job now = support::random_job(random, 1, number(0, 3), number(1, 6),
+                                            number(most - 29, most), number(0, 3), number(1, 4));
         support::writing how;
         if (round % 4 == 1) how.end_of_line = "\r\n";
         if (round % 4 == 2) how.per_line = number(1, 7);
