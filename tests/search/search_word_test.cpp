@@ -124,11 +124,11 @@ void walk(std::uint64_t seed) {
     };
     text all;
     for (int pieces = below(60); pieces > 0; --pieces) {
-        all += one_of(
-            {"", "NAE=", "N", "A", "E", "=", " ", "nae=", "12", "-", ",", "\t", "\r", "N AE  ="});
+        all += one_of({"", "NAE=", "N", "A", "E", "=", " ", "nae=", "12", "-", ",", "\t", "\r",
+                       "N AE  =", "123456789012345678901"});
         if (below(4) == 0) all += one_of({"\n", "\n", "\r\n"});
         if (below(60) == 0) all += text(195, ' ') + "NAE= NAE=";
-        if (seed % 100 > 0 || below(4) > 0) continue;
+        if (seed % 50 > 0 || below(4) > 0) continue;
         all += text(std::size_t(below(4) * 262144 + below(3)), '.') + '\n';
         for (int lines = below(4000); lines > 0; --lines) all += "   0.12  -4.5\n";
     }

@@ -84,6 +84,9 @@ TEST(Timer, KnowsNoHours) {
     const auto whole = static_cast<float>(local.tm_min * 60 + local.tm_sec);
     const float elapsed = timer{-5000}.elapsed_time() - 5000;
     EXPECT_TRUE((elapsed >= whole && elapsed < whole + 60) || elapsed < 60) << elapsed;
+    timer started{-5000};
+    started.start_timer();
+    EXPECT_LT(started.elapsed_time(), 60);
 }
 
 TEST(Elements, WholeTable) {
@@ -153,6 +156,9 @@ TEST(Matrix, CountsItsElements) {
     const std::initializer_list<std::int32_t> too_many{INT_MAX, INT_MAX, INT_MAX};
     EXPECT_EQ(ending_of([&] { element_count(too_many, "the rows"); }),
               (ending{2, "not enough memory for the rows", false}));
+    EXPECT_EQ(ending_of([] { matrix<double>(INT_MAX, INT_MAX, "all"); })->text,
+              "not enough memory for all");
+    EXPECT_EQ(matrix<double>(-2, -3, "none").view().all().size(), 0U);
 }
 
 }  // namespace
