@@ -29,7 +29,11 @@ TEST(Units, AreNumberedFrom100) {
     const scratch_directory scratch;
     const text path = scratch.file("f", "a\n");
     open_old(100, path + "   ");  // trailing blanks are not part of a name
-    EXPECT_EQ(input_unit(path), 101);
+    {
+        const input_unit second(path);
+        EXPECT_EQ(second, 101);
+        EXPECT_EQ(free_unit(), 102);
+    }
     EXPECT_EQ(free_unit(), 101);
     EXPECT_THROW(open_old(100, path), run_error);
     EXPECT_THROW(write_record(100, "x"), run_error);
@@ -131,6 +135,7 @@ TEST(StopRun, Messages) {
     EXPECT_EQ(ending_of(stop_not_implemented),
               (support::ending{1, "  The method has not been implemented, stop!", true}));
     EXPECT_STREQ(stop_run(0, {" a b ", "", "  c"}).what(), "a b c");
+    EXPECT_EQ(io_error("f", 1, "m").status(), 2);
     EXPECT_STREQ(io_error("x\ny", 3, "m").what(), "x\\ny: line 3: m");
     EXPECT_STREQ(io_error("", 0, "m").what(), "'': m");
 }
