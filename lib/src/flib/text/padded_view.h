@@ -34,9 +34,6 @@ class padded_view {
         return columns(i, static_cast<std::int32_t>(length_));
     }
 
-    /// Leading blanks moved to the end.
-    constexpr padded_view left_justified() const { return {trim_left(text_), length_}; }
-
     /// Equality with `word`, the shorter of the two padded with blanks.
     constexpr bool equals(std::string_view word) const { return equal_padded(text_, word); }
 
