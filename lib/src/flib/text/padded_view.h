@@ -15,11 +15,6 @@ class padded_view {
   public:
     constexpr padded_view(std::string_view text, std::size_t length)
         : text_(text.substr(0, length)), length_(length) {}
-    /// A buffer's own characters, padding included.
-    constexpr explicit padded_view(std::string_view text) : padded_view(text, text.size()) {}
-
-    constexpr std::size_t length() const { return length_; }
-    constexpr std::string_view trimmed() const { return trim_right(text_); }
 
     /// Columns `i` to `j`, 1-based and inclusive; columns outside the text are blanks.
     constexpr padded_view columns(std::int32_t i, std::int32_t j) const {
@@ -27,11 +22,6 @@ class padded_view {
         const std::size_t first = static_cast<std::size_t>(i) - 1;
         const std::size_t width = static_cast<std::size_t>(j) - first;
         return {first < text_.size() ? text_.substr(first, width) : std::string_view{}, width};
-    }
-
-    /// From column `i` to the end.
-    constexpr padded_view from_column(std::int32_t i) const {
-        return columns(i, static_cast<std::int32_t>(length_));
     }
 
     /// Equality with `word`, the shorter of the two padded with blanks.
