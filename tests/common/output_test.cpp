@@ -71,18 +71,21 @@ TEST(Output, IsAWholeFileOrStandardOutput) {
     EXPECT_EQ(ending->text.find(absent + ": "), 0U) << ending->text;
 }
 
+using arguments = std::span<const std::string_view>;
+
+/// The status of a tool, and what it says to standard error.
+std::string ending(const std::function<int(arguments)>& body) {
+    char name[] = "/usr/bin/tool";
+    char first[] = "a b";
+    char second[] = "";
+    char* argv[] = {name, first, second, nullptr};
+    int status = -1;
+    const std::string said =
+        written_to(STDERR_FILENO, [&] { status = tools::run_tool("tool", 3, argv, body); });
+    return std::to_string(status) + " " + said;
+}
+
 TEST(Program, EndsWithOneLineWhateverIsThrown) {
-    using arguments = std::span<const std::string_view>;
-    const auto ending = [](const std::function<int(arguments)>& body) {
-        char name[] = "/usr/bin/tool";
-        char first[] = "a b";
-        char second[] = "";
-        char* argv[] = {name, first, second, nullptr};
-        int status = -1;
-        const std::string said =
-            written_to(STDERR_FILENO, [&] { status = tools::run_tool("tool", 3, argv, body); });
-        return std::to_string(status) + " " + said;
-    };
     const auto throwing = [&](const auto& what) {
         return ending([&](arguments) -> int { throw what; });
     };
@@ -104,33 +107,26 @@ TEST(Program, EndsWithOneLineWhateverIsThrown) {
               0);
 }
 
-/// Status and complaint of a tool that writes to `descriptor` as its standard output.
-std::string ending_of_writing_to(int descriptor) {
-    const int kept = dup(STDOUT_FILENO);
-    dup2(descriptor, STDOUT_FILENO);
-    char* argv[] = {nullptr};
-    int status = -1;
-    const std::string said = written_to(STDERR_FILENO, [&] {
-        status = tools::run_tool("tool", 0, argv, [](std::span<const std::string_view>) {
+TEST(Program, LosesNoOutputWithoutAWordUnlessNobodyReadsIt) {
+    const auto ending_of_writing_to = [](int descriptor) {
+        const int kept = dup(STDOUT_FILENO);
+        dup2(descriptor, STDOUT_FILENO);
+        close(descriptor);
+        const std::string end = ending([](arguments) {
             tools::show("text\n");
             return 1;
         });
-    });
-    dup2(kept, STDOUT_FILENO);
-    close(kept);
-    return std::to_string(status) + " " + said;
-}
-
-TEST(Program, LosesNoOutputWithoutAWordUnlessNobodyReadsIt) {
+        dup2(kept, STDOUT_FILENO);
+        close(kept);
+        return end;
+    };
     const int full = open("/dev/full", O_WRONLY);
     if (full < 0) GTEST_SKIP() << "no /dev/full";
     EXPECT_EQ(ending_of_writing_to(full), "2 tool: standard output: No space left on device\n");
-    close(full);
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);
     close(ends[0]);
     EXPECT_EQ(ending_of_writing_to(ends[1]), "1 ");
-    close(ends[1]);
 }
 
 }  // namespace
