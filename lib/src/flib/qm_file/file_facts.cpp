@@ -179,7 +179,7 @@ geometry asker::geometry() {
     found.last = place.last;
     found.tables = place.tables;
     found.frame = place.title;
-    if (found.frame != "Standard orientation") return found;
+    if (found.frame.empty() || found.frame == "Input orientation") return found;
 
     vector_list input = unknown_vectors(atoms());
     if (!read_last_orientation(fid_, "Input orientation:", view(input))) return found;

@@ -52,8 +52,8 @@ struct geometry {
     bool last = false;        ///< the last one of the file, else the first
     std::int32_t tables = 1;  ///< how many geometries of this sort the file holds
     std::string frame{};      ///< of a Gaussian log, its title: "Standard orientation"
-    /// The frame of the forces (the input orientation) differs by more than a shift. Only found
-    /// where the geometry is in the standard orientation.
+    /// The frame of the forces (the input orientation) differs by more than a shift from that of
+    /// this geometry.
     bool two_frames = false;
 };
 
