@@ -139,11 +139,15 @@ namespace {
 constexpr const char* terminal_maker = "/usr/bin/script";
 
 outcome run_on_terminal(const command& what, const std::string& tool) {
+    const scratch_directory streams;
+    const std::string errors = streams.file("errors", "");
     std::string line = "stty cols 80; NO_COLOR= TERM=" + what.terminal + " '" + tool + "'";
     for (const std::string& argument : what.arguments) line += " '" + argument + "'";
+    line += " 2>" + errors;
     outcome ended = run(
         {terminal_maker, {"-qeE", "never", "-c", line, "/dev/null"}, what.directory, what.input});
     std::erase(ended.output, '\r');
+    ended.errors += contents_of(errors);
     return ended;
 }
 

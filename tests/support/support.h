@@ -68,7 +68,7 @@ struct command {
     std::vector<std::string> arguments;
     std::filesystem::path directory;  // where it runs
     std::string input{};              // its standard input
-    std::string terminal{};           // the kind of a terminal of 80 columns that it writes to
+    std::string terminal{};           // the kind of a terminal of 80 columns, for input and output
 };
 
 struct outcome {
@@ -77,7 +77,6 @@ struct outcome {
     std::string errors;
 };
 
-/// On a terminal all that it writes is its output.
 outcome run(const command& what);
 
 /// "STATUS: OUTPUT" of a run, and "errors: ERRORS" if there are any.
