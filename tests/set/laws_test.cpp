@@ -105,50 +105,36 @@ TEST(Derivatives, AreThoseOfTheModelAndObeyTheSumRules) {
 }
 
 TEST(Suspects, AreTheSignsThatWereReversed) {
-    for (const molecule& of : {model::bent, model::diatomic, model::line}) {
+    const auto dark = [](const result_file& of) {
+        return length(of.contents.corrected_tdip) < 1e-3;  // some units of the last decimal
+    };
+    int visible = 0;
+    for (const molecule& of : all_molecules) {
         for (const bool oblique : {false, true}) {
             const auto good = oblique ? model::obliquely_displaced(of) : model::displaced(of);
             const result_file reference = model::reference(of);
             result_file other = reference;
             model::reverse(other);
-            EXPECT_EQ(verdict(other, good), "failed: ref");
+            EXPECT_EQ(verdict(other, good), dark(other) ? "satisfied" : "failed: ref");
             for (std::size_t i = 0; i < good.size(); ++i) {
                 auto files = good;
+                if (dark(files[i])) continue;
+                ++visible;
                 model::reverse(files[i]);
                 EXPECT_EQ(verdict(reference, files), "failed: " + files[i].name);
-                if (i % 2 == 1) continue;
+                if (i % 2 == 1 || dark(reference)) continue;
                 model::reverse(files[i + 1]);
                 EXPECT_THAT(verdict(reference, files),
                             testing::EndsWith(": " + files[i].name + " " + files[i + 1].name));
                 const std::size_t third = (i + 5) % good.size();
                 model::reverse(files[third]);
-                const judged three(reference, files);
-                ASSERT_EQ(three.found.flips.size(), 1U);
-                EXPECT_THAT(three.found.flips[0],
-                            testing::UnorderedElementsAre(i + 1, i + 2, third + 1));
-                EXPECT_LT(three.found.mended.chi2, 40);
+                EXPECT_THAT(
+                    judged(reference, files).found.flips,
+                    testing::ElementsAre(testing::UnorderedElementsAre(i + 1, i + 2, third + 1)));
             }
         }
     }
-}
-
-TEST(Suspects, AreFoundInADarkState) {
-    // Nothing but the derivatives is there: a sign is seen where the dipole is more than its
-    // rounding.
-    const result_file reference = model::reference(model::dark);
-    ASSERT_LT(length(reference.contents.corrected_tdip), 1e-3);
-    const auto good = model::displaced(model::dark);
-    int visible = 0;
-    for (std::size_t i = 0; i < good.size(); ++i) {
-        auto files = good;
-        if (length(files[i].contents.corrected_tdip) < 1e-3) continue;
-        ++visible;
-        model::reverse(files[i]);
-        EXPECT_EQ(verdict(reference, files), "failed: " + files[i].name);
-        model::reverse(files[i ^ 1U]);
-        EXPECT_THAT(verdict(reference, files), testing::StartsWith("failed: "));
-    }
-    EXPECT_GT(visible, 20);
+    EXPECT_GT(visible, 130);
 }
 
 TEST(Suspects, OfSetsThatAreWrongInOtherWays) {
@@ -183,14 +169,19 @@ TEST(Suspects, OfSetsThatAreWrongInOtherWays) {
                   for (std::size_t i = 13; i < files.size(); ++i) model::reverse(files[i]);
               }),
               "failed: ref 1y- 3x+");
-    // Where an atom is too far away to change the dipole, the sums hold and the pair does not.
+    // Where an atom is too far away to change the dipole, the sums hold and the pair does not; in a
+    // dark state pairs do not tell which is wrong, and four moves are tried.
+    const auto reversed = [](const molecule& of, std::initializer_list<std::size_t> jobs) {
+        auto files = model::displaced(of);
+        for (const std::size_t i : jobs) model::reverse(files[i]);
+        return verdict(model::reference(of), files);
+    };
     molecule with_far_atom = model::bent;
     with_far_atom.numbers.push_back(1);
     with_far_atom.x.push_back({40, 0, 0});
-    auto files = model::displaced(with_far_atom);
-    model::reverse(files[26]);
-    model::reverse(files[27]);
-    EXPECT_EQ(verdict(model::reference(with_far_atom), files), "satisfied: 5y+ 5y-");
+    EXPECT_EQ(reversed(with_far_atom, {26, 27}), "satisfied: 5y+ 5y-");
+    EXPECT_EQ(reversed(model::dark, {1, 7, 15, 21}), "failed: 1x- 2x- 3y- 4y-");
+    EXPECT_EQ(reversed(model::dark, {1, 7, 15, 21, 29}), "failed, unsound");
 }
 
 }  // namespace

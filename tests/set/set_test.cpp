@@ -64,34 +64,25 @@ json_value outcome(const displaced_set& set) {
     result["force_step_error"] = made.force_step_error;
     result["force_constants"] = json_of(constants);
     result["asymmetry"] = largest_asymmetry(made.forces);
-    // Which two of the equal bends of a line come out is open.
-    if (set.atoms.size() < 4) return result;
     for (const auto& mode :
          normal_modes(set.atoms, constants, made.dipole, set.jobs.front().dipole)) {
-        result["modes"].push_back({mode.wavenumber, mode.reduced_mass, mode.displacement,
-                                   mode.dipole_derivative, mode.dipole_derivative_q,
-                                   mode.borrowed});
+        result["wavenumbers"].push_back({mode.wavenumber, mode.reduced_mass});
+        // Which two of the equal bends of a line come out is open.
+        if (set.atoms.size() < 4) continue;
+        result["modes"].push_back(
+            {mode.displacement, mode.dipole_derivative, mode.dipole_derivative_q, mode.borrowed});
     }
     return result;
 }
 
-/// The files whose names are among `names`, in this order.
-std::vector<result_file> chosen(const std::vector<result_file>& from,
-                                const std::vector<std::string>& names) {
-    std::vector<result_file> files;
-    for (const std::string& name : names) {
-        for (const result_file& each : from) {
-            if (each.name == name) files.push_back(each);
-        }
-    }
-    return files;
-}
-
 TEST(Set, FindsDisplacementsInTheGeometries) {
-    auto files =
-        chosen(model::displaced(model::bent), {"1x+", "4z-", "1x-", "2y+", "1x+", "4z+", "1x-"});
+    std::vector<result_file> files;
+    for (const std::size_t i : {0, 23, 1, 8, 0, 22, 1}) {
+        files.push_back(model::displaced(model::bent)[i]);
+    }
     files.push_back(model::reference(model::bent));
     files.push_back(model::displaced(model::bent, 0.02).front());
+    files.push_back(model::displaced(model::bent, 0.000008).back());
     // One coordinate rounded the other way: still the same place, and an opposite displacement.
     files[2].contents.x[3][2] += 2e-6;
     files[3].contents.x[0][0] += 0.004;
@@ -116,6 +107,7 @@ TEST(Set, IsComputedAsAWhole) {
              std::copy(larger.begin() + 4, larger.begin() + 8, files.begin() + 4);
              files.erase(files.begin() + 3);
              files.erase(files.begin() + 11);
+             files.push_back(model::displaced(model::bent, 0.02).front());
          }},
         {"oblique", model::diatomic,
          [](auto&, auto& files) { files = model::obliquely_displaced(model::diatomic); }},
@@ -141,6 +133,7 @@ TEST(Set, IsComputedAsAWhole) {
          }},
         {"single", {{8}, {{0.1, 0.2, 0.3}}}, none},
         {"upright", {{8, 6, 1}, {{0, 0, -1.1}, {0, 0, 0}, {0, 0, 1.2}}}, none},
+        {"nearly_upright", {{8, 6, 1}, {{0, 0, -1.1}, {0.01, 0, 0}, {0, 0, 1.2}}}, none},
     };
     for (const auto& [name, of, change] : cases) {
         result_file reference = model::reference(of);
@@ -162,13 +155,17 @@ TEST(Set, NamesCoordinatesThatAreMissing) {
     files.erase(files.begin() + 20, files.begin() + 26);
     files.erase(files.begin() + 8, files.begin() + 12);
     EXPECT_EQ(missing(files), "5: 2 H y, z; 4 H y, z; 5 H x");
-    EXPECT_EQ(missing(chosen(files, {"1x+"})),
+    EXPECT_EQ(missing({files[0]}),
               "14: 1 C y, z; 2 H x, y, z; 3 H x, y, z; 4 H x, y, z; 5 H x and 2 more");
     // Two atoms that only ever move together, but for the last digit.
     files = model::displaced(model::dark);
     files.erase(files.begin() + 6, files.begin() + 8);
     files[0].contents.x[1][0] += 0.01;
-    files[1].contents.x[1][0] -= 0.010001;
+    files[1].contents.x[1][0] -= 0.01;
+    for (const std::size_t i : {0, 1}) {
+        files.push_back(model::displaced(model::dark, 0.02)[i]);
+        files.back().contents.x[1][0] += i == 0 ? 0.020001 : -0.020001;
+    }
     EXPECT_EQ(missing(files), "1: 1 C x; 2 H x");
 }
 
@@ -235,6 +232,15 @@ TEST(SumRules, OfDerivativesMadeElsewhere) {
     EXPECT_EQ(support::difference_from("set/elsewhere.json",
                                        json_text(json_of(rules_of(atoms, dipole, j, 1e-3, 0.01)))),
               "");
+    // Up to a mean square of 10, for forces a residue of 8, in units of the uncertainties.
+    const double chi2 = rules_of(atoms, dipole, j, 1, 0).chi2;
+    EXPECT_TRUE(rules_of(atoms, dipole, j, std::sqrt(chi2 / 18 / 9.9), 0).satisfied);
+    EXPECT_FALSE(rules_of(atoms, dipole, j, std::sqrt(chi2 / 18 / 10.1), 0).satisfied);
+    table f(9, 9);
+    f(4, 7) = 1;
+    const double largest = rules_of(atoms, std::vector<double>(9), f, 1, 0).largest;
+    EXPECT_TRUE(rules_of(atoms, std::vector<double>(9), f, largest / 7.9, 0).satisfied);
+    EXPECT_FALSE(rules_of(atoms, std::vector<double>(9), f, largest / 8.1, 0).satisfied);
 }
 
 }  // namespace

@@ -160,12 +160,16 @@ TEST(Outputs, OfReportsThatSetsDoNotMake) {
     of.modes[1].dipole_derivative_q = {0.3, 0, 0.4};
     for (auto& job : of.set.jobs) job.dipole = {0, 0.0001, -0.0003};
     std::string drawings = modes_drawing(of) + dipole_drawing(of) + molecule_drawing(of);
-    // A crowd of small atoms, the dipole towards the reader, and a single atom.
+    // A crowd of small atoms, the dipole towards the reader; all elements; a single atom.
     of.set.jobs.front().dipole = {-0.4, 0.1, 0.2};
-    for (int i = 0; i < 40; ++i) {
-        of.set.atoms.push_back({"Cl", 17, 35, {1.7 * (i % 7), 2.9 * (i / 7), 0.3 * (i % 5)}});
+    for (const auto& [first, count] : {std::pair{1, 42}, {1, 32}, {33, 32}, {65, 33}}) {
+        of.set.atoms.clear();
+        for (int i = 0; i < count; ++i) {
+            of.set.atoms.push_back(
+                {"E", first + i, 0, {1.2 * (i % 8), 1.1 * (i / 8), 0.2 * (i % 5)}});
+        }
+        drawings += molecule_drawing(of);
     }
-    drawings += molecule_drawing(of);
     of.set.atoms.resize(1);
     drawings += molecule_drawing(of);
     EXPECT_EQ(difference_from("sgn_derive/drawings.svg", drawings), "");
