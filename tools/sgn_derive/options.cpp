@@ -1,6 +1,7 @@
 #include "sgn_derive/options.h"
 
 #include <iterator>
+#include <set>
 #include <utility>
 
 #include "common/command_line.h"
@@ -9,13 +10,23 @@
 namespace sgn_derive {
 namespace {
 
-/// At most one result can go to standard output.
-void require_one_stream(const options& of) {
-    int streams = 0;
-    for (const auto* file : {&of.json, &of.fchk, &of.molden, &of.html}) {
-        if (*file == "-") ++streams;
+/// Each result goes to a place of its own, and takes that of no result file: in "--json ref.sgn
+/// a.sgn" the name of the file to be written was forgotten.
+void check_outputs(const options& of) {
+    const std::pair<std::string_view, const std::optional<std::string>&> outputs[] = {
+        {"--json", of.json}, {"--fchk", of.fchk}, {"--molden", of.molden}, {"--html", of.html}};
+    std::set<std::string_view> names;
+    for (const auto& [option, name] : outputs) {
+        if (!name) continue;
+        const std::string shown = *name == "-" ? "standard output" : flib::printable(*name);
+        if (!names.insert(*name).second) {
+            throw flib::run_error("only one result can go to " + shown);
+        }
+        if (name->ends_with(".sgn")) {
+            throw flib::run_error(std::string(option) + " would write over the result file " +
+                                  shown);
+        }
     }
-    if (streams > 1) throw flib::run_error("only one result can go to standard output");
 }
 
 }  // namespace
@@ -56,11 +67,11 @@ options parse_options(std::span<const std::string_view> arguments) {
         }
         return result;
     }
+    check_outputs(result);
     if (line.names.size() < 2) {
         throw flib::run_error("needs a reference and displaced files (usage: sgn_derive " +
                               std::string(usage) + ")");
     }
-    require_one_stream(result);
     result.reference = std::move(line.names.front());
     result.files.assign(std::make_move_iterator(std::next(line.names.begin())),
                         std::make_move_iterator(line.names.end()));
