@@ -83,6 +83,10 @@ TEST(Following, TellsWhatBecomesOfStates) {
                              {.mixed_below = 0.1, .lost_below = 0})),
               "1 same 1 1 0.39; 0.25 11.00 12.00 13.00; -0.25; 0.39\n"
               "stigruz -1 disagrees, doubt");
+    EXPECT_EQ(text_of(follow(prepared(with_roots("-2 1 0.5")), with_roots("-0.25 3 0.5"),
+                             {.mixed_below = 0.1, .lost_below = 0})),
+              "1 same 1 1 0.54; 0.25 11.00 12.00 13.00; -0.25; 0.54\n"
+              "stigruz 1 agrees, clear");
     // stigruz is asked of the first state only.
     const std::vector<std::int32_t> wanted{2, 3};
     const job now = with_roots("1 0 0, 0 3 0, 0 0 4");
