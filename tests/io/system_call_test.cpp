@@ -96,7 +96,9 @@ TEST(SystemCalls, ThatFailOrDoHalf) {
         SCOPED_TRACE(row[0] + " with " + row[2]);
         const std::string action = row[0].substr(0, row[0].find(' '));
         const support::scratch_directory scratch;
-        const std::string path = scratch.file("f", "1 20\n-3\n4");
+        // An item may begin in one of the parts in which a line is read, and end in another.
+        const std::string margin(row[0] == "long input" ? 131069 : 0, ' ');
+        const std::string path = scratch.file("f", margin + "1 20\n-3\n4");
         // Standard input is the file, or one of the standard streams is closed.
         const bool from_input = row[0].ends_with("input");
         const bool closed = !from_input && action != row[0];
@@ -116,7 +118,7 @@ TEST(SystemCalls, ThatFailOrDoHalf) {
         EXPECT_EQ(outcome, row[2]);
         EXPECT_TRUE(from_input || lowest_descriptor > STDERR_FILENO);
         const bool written = action == "write" && outcome == "done";
-        EXPECT_EQ(support::contents_of(path), written ? "new" : "1 20\n-3\n4");
+        EXPECT_EQ(support::contents_of(path), written ? "new" : margin + "1 20\n-3\n4");
         EXPECT_EQ(scratch.names(), std::vector<std::string>{"f"});
     }
 }
