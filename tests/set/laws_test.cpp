@@ -169,19 +169,28 @@ TEST(Suspects, OfSetsThatAreWrongInOtherWays) {
                   for (std::size_t i = 13; i < files.size(); ++i) model::reverse(files[i]);
               }),
               "failed: ref 1y- 3x+");
-    // Where an atom is too far away to change the dipole, the sums hold and the pair does not; in a
-    // dark state pairs do not tell which is wrong, and four moves are tried.
-    const auto reversed = [](const molecule& of, std::initializer_list<std::size_t> jobs) {
+    // Where an atom is too far away to change the dipole by much, the sums hold and the pair does
+    // not.
+    molecule far = model::bent;
+    far.numbers.push_back(1);
+    far.x.push_back({40, 0, 0});
+    auto pair = model::displaced(far);
+    for (const std::size_t i : {26, 27}) {
+        for (double& component : dipole(pair[i])) component = model::rounded(-1.005 * component, 4);
+    }
+    EXPECT_EQ(verdict(model::reference(far), pair), "satisfied: 5y+ 5y-");
+    // In a dark state pairs do not tell which is wrong: guesses that are as good, and four moves.
+    const auto dark = [](double strength, std::initializer_list<std::size_t> jobs) {
+        molecule of = model::dark;
+        of.strength = strength;
         auto files = model::displaced(of);
         for (const std::size_t i : jobs) model::reverse(files[i]);
         return verdict(model::reference(of), files);
     };
-    molecule with_far_atom = model::bent;
-    with_far_atom.numbers.push_back(1);
-    with_far_atom.x.push_back({40, 0, 0});
-    EXPECT_EQ(reversed(with_far_atom, {26, 27}), "satisfied: 5y+ 5y-");
-    EXPECT_EQ(reversed(model::dark, {1, 7, 15, 21}), "failed: 1x- 2x- 3y- 4y-");
-    EXPECT_EQ(reversed(model::dark, {1, 7, 15, 21, 29}), "failed, unsound");
+    EXPECT_EQ(dark(0.2, {20, 26}), "failed: 4y+: 5y+");
+    EXPECT_EQ(dark(0.2, {9, 15}), "failed: 2y- 3y-");
+    EXPECT_EQ(dark(1, {1, 7, 15, 21}), "failed: 1x- 2x- 3y- 4y-");
+    EXPECT_EQ(dark(1, {1, 7, 15, 21, 29}), "failed, unsound");
 }
 
 }  // namespace

@@ -143,7 +143,10 @@ TEST(Outputs, AreThoseOfTheFixtures) {
         EXPECT_EQ(support::difference_from(base + ".json", json_of(of)), "");
         EXPECT_EQ(difference_from(base + ".molden", molden_of(of)), "");
     }
-    EXPECT_THAT(json_of(many()), HasSubstr("\"role\": \"one_sided\""));
+    const auto json = nlohmann::json::parse(json_of(many()));
+    EXPECT_EQ(json["files"][1]["role"], "one_sided");
+    EXPECT_NEAR(json["step"]["smallest"], 0.01, 1e-6);
+    EXPECT_NEAR(json["step"]["largest"], 0.0125, 1e-6);
     EXPECT_THAT(page_of(upright(false, true)), HasSubstr("A mass is missing"));
     EXPECT_THAT(page_of(upright(true, false)), HasSubstr("The files hold no forces"));
     for (const char* foreign : {"<script", "http:", "https:", "src=", "url(", "@import", "<link"}) {
