@@ -144,6 +144,9 @@ TEST(Set, IsComputedAsAWhole) {
                   "")
             << name;
     }
+    // An atom alone has no modes.
+    const std::vector<atom> alone{{"O", 8, 16, {0.1, 0.2, 0.3}}};
+    EXPECT_TRUE(normal_modes(alone, table(3, 3), table(3, 3), {}).empty());
 }
 
 TEST(Set, NamesCoordinatesThatAreMissing) {

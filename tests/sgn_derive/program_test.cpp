@@ -71,6 +71,8 @@ TEST_F(SgnDerive, WritesAllThatIsAskedFor) {
     EXPECT_EQ(std::to_string(shown.status) + shown.errors, "0");
     EXPECT_EQ(shown.output, fixture("water.txt"));
     for (const auto& [option, contents] : expected) EXPECT_EQ(text_of("result" + option), contents);
+    files_.erase(files_.begin());
+    EXPECT_EQ(derive({}).status, 1);
     EXPECT_THAT(run({"--version"}).output, testing::StartsWith("sgn_derive "));
 }
 
