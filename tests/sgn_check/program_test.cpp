@@ -171,6 +171,8 @@ struct sample {
             for (vec3& atom : file.x) atom = turned(atom, number, 1e6);
         } else if (what == "sign") {
             file.parameters.sign = static_cast<std::int32_t>(number);
+        } else if (what == "value") {
+            file.parameters.tden_maxval = number;
         } else if (what == "row") {
             file.parameters.tden_maxloc[0] = static_cast<std::int32_t>(number);
         } else if (what == "nmo") {
