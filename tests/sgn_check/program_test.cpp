@@ -238,7 +238,7 @@ TEST(SgnCheckSet, IsJudgedAsTheRowsSay) {
             told = rounded(json(judged, {}, options.limits));
             told.erase(0, told.find("\"sum_rules\""));
         } else if (options.form == sgn_check::output::csv) {
-            told = rounded(csv.substr(0, csv.find("01xm")));
+            told = rounded(csv.substr(0, csv.find("01ym")));
         }
         EXPECT_EQ(told, row[3]) << row[0] << " | " << row[1];
         EXPECT_EQ(doubts(csv), row[2]) << row[0] << " | " << row[1];
