@@ -176,7 +176,7 @@ TEST(Suspects, OfSetsThatAreWrongInOtherWays) {
     far.x.push_back({40, 0, 0});
     auto pair = model::displaced(far);
     for (const std::size_t i : {26, 27}) {
-        for (double& component : dipole(pair[i])) component = model::rounded(-1.005 * component, 4);
+        for (double& component : dipole(pair[i])) component = model::rounded(-0.995 * component, 4);
     }
     EXPECT_EQ(verdict(model::reference(far), pair), "satisfied: 5y+ 5y-");
     // In a dark state pairs do not tell which is wrong: guesses that are as good, and four moves.
