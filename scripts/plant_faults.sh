@@ -78,7 +78,7 @@ programs_for() {
         lib/*/io/*) near="io search" ;;
         lib/*) near=$(cut -d / -f 4 <<<"$2") ;;
         tools/qm_file/*) near=qm_file_tool ;;
-        tools/numfreq/run_driver*) near="program numfreq hostile faults" ;;
+        tools/numfreq/run_driver* | tools/numfreq/stigruz*) near="program numfreq hostile faults" ;;
         tools/numfreq/*) near="numfreq program hostile" ;;
         tools/common/*) near="common sgn_check qm_file_tool" ;;
         tools/states/*) near="states sgn_states" ;;
