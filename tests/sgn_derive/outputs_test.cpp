@@ -143,6 +143,11 @@ TEST(Outputs, AreThoseOfTheFixtures) {
         EXPECT_EQ(support::difference_from(base + ".json", json_of(of)), "");
         EXPECT_EQ(difference_from(base + ".molden", molden_of(of)), "");
     }
+    EXPECT_EQ(difference_from("sgn_derive/water.txt", text_of(cases[0].of, {false, 118})), "");
+    EXPECT_THAT(text_of(cases[0].of, {false, 117}), HasSubstr("mass-weighted coordinate: x"));
+    sgn_set::sum_rules failed = cases[3].of.dipole_rules;
+    failed.satisfied = false;
+    EXPECT_THAT(sgn_derive::residues_text(failed, "dipole"), testing::Not(HasSubstr("about z")));
     const auto json = nlohmann::json::parse(json_of(many()));
     EXPECT_EQ(json["files"][1]["role"], "one_sided");
     EXPECT_NEAR(json["step"]["smallest"], 0.01, 1e-6);
