@@ -182,6 +182,16 @@ TEST(Frame, BelievesOneAtomOfAFewToHaveMovedATenthAtMost) {
                 1e-3);
 }
 
+TEST(Frame, IsTurnedAsLittleAsExplainsTheGeometryAndNoLess) {
+    // Either of two atoms may be the one that moved.
+    const geometry corner{{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
+    const geometry to{{0, 0, 0}, turned(corner, 2, 1)[1], turned(corner, 2, 3)[2]};
+    EXPECT_NEAR(rotation(corner, to, {1, 1, 1}), 1, 1e-3);
+    // A turn about the length of a molecule that is nearly, but not quite, linear.
+    const geometry bent{{0, 0, 0}, {0.3, 0, 1.2}, {0.3, 0, -1.2}};
+    EXPECT_NEAR(rotation(bent, turned(bent, 2, 40), {1, 1, 1}), 40, 1e-2);
+}
+
 TEST(Frame, IsHeldByThreeAtomsOffALine) {
     // Three atoms stay; two far ones turn about the line that they nearly stand on.
     const auto turn_with = [](double off_line, double shift) {
