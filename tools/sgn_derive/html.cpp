@@ -28,7 +28,7 @@ std::string tag(std::string_view name, std::string_view contents, std::string_vi
 
 std::string section(std::string_view title, const std::string& contents,
                     std::string_view kind = {}) {
-    return tag("section", "\n" + tag("h2", escaped(title)) + contents, kind);
+    return tag("section", std::string("\n") + tag("h2", escaped(title)) + contents, kind);
 }
 
 std::string number(double value, int decimals) {
@@ -75,7 +75,8 @@ std::string mark(bool fine) {
 
 /// The verdict of the whole set, and all that speaks against it.
 std::string verdict_part(const report& of) {
-    std::string contents = "\n" + tag("h1", mark(of.fine()) + tag("span", escaped(verdict_of(of))));
+    std::string contents =
+        std::string("\n") + tag("h1", mark(of.fine()) + tag("span", escaped(verdict_of(of))));
     std::string list;
     for (const finding& each : of.findings) {
         const bool of_set = each.job == finding::no_job;
