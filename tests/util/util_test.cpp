@@ -8,6 +8,7 @@
 #include <random>
 
 #include "flib/io/stop_run.h"
+#include "flib/text/padded_view.h"
 #include "flib/text/string.h"
 #include "flib/text/string_utility.h"
 #include "flib/util/elements.h"
@@ -39,6 +40,13 @@ std::string told_by(const std::string& routine, std::string text, const std::str
     if (routine == "name_main") return name_main(text);
     if (routine == "element_number") return std::to_string(element_number(text));
     return "no such routine";
+}
+
+TEST(PaddedView, HoldsNothingBeyondItsColumns) {
+    const flib::padded_view line("abcdef", 4);
+    EXPECT_FALSE(line.contains("de"));
+    EXPECT_TRUE(line.columns(2, 3).equals("bc"));
+    EXPECT_FALSE(line.columns(0, 3).contains(" "));
 }
 
 TEST(Texts, ByTable) {
