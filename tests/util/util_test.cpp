@@ -43,7 +43,7 @@ std::string told_by(const std::string& routine, std::string text, const std::str
 }
 
 TEST(PaddedView, HoldsNothingBeyondItsColumns) {
-    const flib::padded_view line("abcdef", 4);
+    const padded_view line("abcdef", 4);
     EXPECT_FALSE(line.contains("de"));
     EXPECT_TRUE(line.columns(2, 3).equals("bc"));
     EXPECT_FALSE(line.columns(0, 3).contains(" "));
