@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <exception>
+#include <optional>
 #include <string>
 
 #include "flib/excited/detail/first_amplitudes.h"
 #include "flib/excited/detail/mo_columns.h"
 #include "flib/io/stop_run.h"
+#include "flib/text/fixed_text.h"
 
 namespace numfreq {
 namespace {
@@ -33,6 +35,21 @@ void take_all(flib::mo_columns& moc, Density& density) {
 }
 
 }  // namespace
+
+void require_fits_reference(const density_source& source) {
+    const std::optional<std::int32_t> told = flib::count_of_mo_coefficients(source.ffch);
+    const std::int64_t expected = std::int64_t{source.counts.nbasis} * source.counts.nbasis;
+    if (!told || *told == expected) return;
+    const bool has_fewer_orbitals = *told < expected && *told % source.counts.nbasis == 0;
+    throw flib::io_error(
+        flib::trim_right(source.ffch), 0,
+        "holds " + std::to_string(*told) + " MO coefficients where the " +
+            std::to_string(source.counts.nbasis) + " basis functions of the reference make " +
+            std::to_string(expected) +
+            (has_fewer_orbitals
+                 ? ": if linear dependences were removed, the tool sgn_states treats such jobs"
+                 : ": does it belong to another molecule or basis set?"));
+}
 
 double density_at(const density_source& source, const flib::element_location& at) {
     const auto& [ffch, fcis, counts, mci] = source;

@@ -17,6 +17,10 @@ struct density_source {
     std::int32_t mci;  ///< roots in the dump
 };
 
+/// Throws io_error if the checkpoint tells that it has another number of coefficients than the
+/// orbitals of the reference: a smaller basis would fit into it without an error.
+void require_fits_reference(const density_source& source);
+
 // Neither holds the coefficients or the density as a whole, but both end as if the coefficients
 // were read first, then the amplitudes, and then the density were built and looked at: whatever is
 // in the files must be numbers.

@@ -59,6 +59,7 @@ void run_driver(std::span<const std::string_view> arguments) {
         ffch.padded(), fcis.padded(), {run.nmo, nbsuse, run.mi, run.ma, run.nfc, run.nfv}, run.mci};
     // A mapped run is judged at the reference's element, even if its own largest one is elsewhere.
     if (ref) {
+        require_fits_reference(density);
         run.tden_maxval = density_at(density, run.tden_maxloc);
     } else {
         const flib::extremum largest = largest_of_density(density);

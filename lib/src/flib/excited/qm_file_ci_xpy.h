@@ -1,8 +1,9 @@
-// The X+Y excitation amplitudes, and the energies before them.
+// The excitation amplitudes, X+Y and X-Y, and the excitation energies that are dumped with them.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -13,19 +14,41 @@ namespace flib {
 /// counted in 64 bits.
 std::size_t xpy_count(std::int32_t ni, std::int32_t na, std::int32_t nci);
 
-/// Reads the amplitudes of all roots from the dump `fname` of a Gaussian read-write file, as they
-/// stand there: neither normalised nor scaled.
+/// What a dump of record 635 tells of its own layout in its first twelve values.
+struct dump_layout {
+    std::int32_t states = 0;      ///< that were asked for and converged: the first of the roots
+    std::int32_t roots = 0;       ///< that were kept, some four times as many
+    std::int32_t amplitudes = 0;  ///< of one root and spin: active occupied x active virtual
+    bool has_rest = false;        ///< X-Y of all roots and their energies stand behind X+Y
+};
+
+/// The layout that the dump `fname` tells; nullopt if its first values do not.
+///
+/// Throws stop_run (status 1) for a file of another kind; io_error if the file cannot be opened,
+/// has no "Dump of file" line, or tells what cannot be: counts that contradict each other or the
+/// length in that line, an unrestricted job, fewer or more values than the length, a second dump.
+std::optional<dump_layout> qm_file_dump_layout(std::string_view fname);
+
+/// Reads the amplitudes of the first `nci` roots from the dump `fname` of a Gaussian checkpoint or
+/// read-write file, as they stand there: neither normalised nor scaled.
 ///
 /// `xpy` is the array (virtual, occupied, component, root) of extents `na`, `ni`, 2, `nci`, first
-/// index fastest. `info` is the class code of qm_file_type(). Throws stop_run (status 1) for a file
-/// of another kind; io_error if the file cannot be opened or holds too few numbers after its "Dump
-/// of file" line, or if `xpy` is too short.
+/// index fastest. Of a dump that tells its layout the components are X+Y of alpha and beta spin.
+/// Of one that does not, `nci` values are passed over and all that follow are amplitudes. `info` is
+/// the class code of qm_file_type().
+///
+/// Throws what qm_file_dump_layout() throws; io_error also if the layout has other numbers of
+/// orbitals or fewer roots, if there are too few numbers, or if `xpy` is too short.
 void qm_file_ci_xpy(std::string_view fname, std::int32_t ni, std::int32_t na, std::int32_t nci,
                     std::span<double> xpy, std::int32_t& info);
 
-/// Reads the excitation energies (Hartree) of `nci` roots, which stand before the amplitudes, from
-/// the dump `fname` into the first elements of `energy`. `info` and endings are those of
-/// qm_file_ci_xpy().
+/// The same of X-Y. Throws io_error also if the dump does not tell where they are.
+void qm_file_ci_xmy(std::string_view fname, std::int32_t ni, std::int32_t na, std::int32_t nci,
+                    std::span<double> xmy, std::int32_t& info);
+
+/// Reads the excitation energies (Hartree) of the first `nci` roots, which a dump that tells its
+/// layout has at its end, into the first elements of `energy`. `info` and endings are those of
+/// qm_file_ci_xmy().
 void qm_file_ci_energy(std::string_view fname, std::int32_t nci, std::span<double> energy,
                        std::int32_t& info);
 

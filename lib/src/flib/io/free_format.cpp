@@ -92,6 +92,14 @@ void item_reader::synchronise() {
     behind_ = at_;
 }
 
+bool item_reader::ends_record() {
+    for (;;) {
+        at_ = std::find_if_not(at_, end_, [](char c) { return is_blank(c) || c == '\r'; });
+        if (at_ != end_) return *at_ == '\n';
+        if (!refill()) return true;
+    }
+}
+
 void item_reader::finish() {
     if (source_ != source::file) return;
     synchronise();
@@ -242,13 +250,13 @@ void item_reader::take(double& value) {
 
 /// Sets how many values are to come, and makes sure that a file has room for them before a caller's
 /// memory of an absurd size is touched.
-void item_reader::begin_array(std::size_t count, const char* expected) {
+void item_reader::begin_array(std::size_t count, std::size_t done, const char* expected) {
     wanted_ = count;
-    done_ = 0;
+    done_ = done;
     if (source_ != source::file) return;
     synchronise();
     const auto most = static_cast<std::size_t>(file_->bytes_left() + 1) / 2;
-    if (wanted_ > most) {
+    if (wanted_ - done_ > most) {
         file_->mark_end();
         fail("the file is too short to hold " + std::to_string(wanted_) + " values, each " +
              expected);
@@ -256,7 +264,7 @@ void item_reader::begin_array(std::size_t count, const char* expected) {
 }
 
 void item_reader::take(std::span<std::int32_t> values) {
-    begin_array(values.size(), an_integer);
+    begin_array(values.size(), 0, an_integer);
     for (std::int32_t& value : values) {
         take(value);
         ++done_;
@@ -269,8 +277,8 @@ void item_reader::take(std::span<double> values) {
     take_part(values);
 }
 
-void item_reader::begin_reals(std::size_t count) {
-    begin_array(count, a_real);
+void item_reader::begin_reals(std::size_t count, std::size_t done) {
+    begin_array(count, done, a_real);
 }
 
 /// Takes `count` reals of an array, into memory if `values` is not null.

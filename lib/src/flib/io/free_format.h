@@ -59,11 +59,15 @@ class item_reader {
     void take(std::span<std::int32_t> values);
     void take(std::span<double> values);
 
-    /// Begins an array of `count` reals that is taken in parts: each by take_part(), into memory,
-    /// or by check_part(), which only makes sure that they are numbers.
-    void begin_reals(std::size_t count);
+    /// Begins an array of `count` reals, of which the first `done` were passed over, that is taken
+    /// in parts: each by take_part(), into memory, or by check_part(), which only makes sure that
+    /// they are numbers.
+    void begin_reals(std::size_t count, std::size_t done = 0);
     void take_part(std::span<double> values);
     void check_part(std::size_t count);
+
+    /// Whether nothing but blanks stands behind the last item in its record.
+    bool ends_record();
 
     /// Drops the rest of the record in which the last item stands.
     void finish();
@@ -79,7 +83,7 @@ class item_reader {
     void synchronise();
     template <class Value, class Parse>
     void take_number(Value& value, Parse parse, const char* expected);
-    void begin_array(std::size_t count, const char* expected);
+    void begin_array(std::size_t count, std::size_t done, const char* expected);
     void take_reals(double* values, std::size_t count);
     std::string count_of_array() const;
     [[noreturn]] void fail(const std::string& message);

@@ -21,7 +21,8 @@ std::string reason_against(const orbital_counts& counts) {
     const std::int64_t orbitals = std::int64_t{mi} + nfc + ma + nfv;
     if (std::min({nbasis, nbsuse, mi, ma, nfc, nfv}) < 0) return "a count is negative";
     if (nbsuse != nbasis) {
-        return "the number of independent functions differs from that of basis functions";
+        return "the number of independent functions differs from that of basis functions; the "
+               "tool sgn_states treats such jobs";
     }
     if (orbitals != nbasis) {
         return "mi + nfc + ma + nfv = " + number(orbitals) + " differs from nbasis";

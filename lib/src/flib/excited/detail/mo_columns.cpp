@@ -3,8 +3,11 @@
 #include <algorithm>
 #include <span>
 
+#include "flib/io/number.h"
 #include "flib/qm_file/detail/keyword.h"
 #include "flib/qm_file/type_tag.h"
+#include "flib/search/search_word.h"
+#include "flib/text/line_test.h"
 
 namespace flib {
 
@@ -14,6 +17,21 @@ void go_to_mo_coefficients(const recognised_file& file) {
     file.require(tag::gaussian_fchk);
     line_buffer line;
     go_to(file.fid, keyword::fchk_mo_coefficients, line);
+}
+
+std::optional<std::int32_t> count_of_mo_coefficients(std::string_view fname) {
+    const recognised_file file(fname);
+    line_buffer line;
+    if (!file.is(tag::gaussian_fchk)) return {};
+    if (!search_word_free(file.fid, keyword::fchk_mo_coefficients, line)) return {};
+    constexpr std::string_view label = "N=";
+    const std::string_view heading = line.trimmed();
+    const std::size_t at = heading.find(label);
+    if (at == std::string_view::npos) return {};
+    std::int32_t count = 0;
+    const std::string_view number = first_token(trim_left(heading.substr(at + label.size())));
+    if (parse_integer(number, count) != number_error::none) return {};
+    return count;
 }
 
 namespace {

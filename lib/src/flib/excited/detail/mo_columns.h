@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 #include "flib/io/free_format.h"
@@ -14,6 +15,10 @@ namespace flib {
 /// Goes to the first coefficient. Throws stop_run (status 1) if the file is of another kind,
 /// io_error if it holds no coefficients.
 void go_to_mo_coefficients(const recognised_file& file);
+
+/// How many coefficients the heading of the checkpoint `fname` tells of; nullopt if it does not,
+/// and for files of another kind. Throws io_error if the file cannot be opened.
+std::optional<std::int32_t> count_of_mo_coefficients(std::string_view fname);
 
 /// What qm_file_mo_coeff_nbasis_nbsuse() reads into an `nbasis` x `nbasis` matrix, for callers that
 /// do not need it all at once: the same numbers, and the same errors in the same order.

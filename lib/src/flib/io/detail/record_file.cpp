@@ -115,6 +115,11 @@ bool record_file::accepts(const line_test& test, const extent& record) {
     return test.accepts(head(record, test.width()));
 }
 
+void record_file::go_to(std::int64_t position) {
+    next_ = last_ = position;
+    past_end_ = false;
+}
+
 void record_file::mark_end() {
     next_ = file_.size();
     past_end_ = true;

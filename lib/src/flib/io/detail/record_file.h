@@ -44,6 +44,10 @@ class record_file {
     /// Bytes between the current position and the end of the file.
     std::int64_t bytes_left() const { return file_.size() - next_; }
 
+    /// The current position, and the way back to it: the offset at which a record begins.
+    std::int64_t position() const { return next_; }
+    void go_to(std::int64_t position);
+
     /// An error at the record read last.
     io_error error_at_last_record(std::string_view message);
     /// An error at the current position.
