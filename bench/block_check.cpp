@@ -23,13 +23,17 @@ std::int64_t between(std::int64_t low, std::int64_t high) {
 
 struct shape {
     const char* name;
+    int margin;  // blanks before the first number of a line
     int width;
     int decimals;
 
-    int line_length() const { return 5 * width + 1; }
+    int line_length() const { return margin + 5 * width + 1; }
 };
 
-constexpr shape shapes[] = {{"checkpoint", 16, 8}, {"dump, 20", 20, 12}, {"dump, 22", 22, 12}};
+constexpr shape shapes[] = {{"checkpoint", 0, 16, 8},
+                            {"dump, 8 decimals", 1, 20, 8},
+                            {"20 columns, 12", 0, 20, 12},
+                            {"22 columns, 12", 0, 22, 12}};
 
 /// The digits of a number, as an integer, and its exponent.
 struct number {
@@ -133,6 +137,7 @@ bool check_numbers(const shape& form, std::int64_t count) {
         // They stop the vectors, so that most blocks have none.
         const bool with_halfway = between(0, 7) == 0;
         for (std::size_t i = 0; i < block; ++i) {
+            if (i % 5 == 0) text.append(static_cast<std::size_t>(form.margin), ' ');
             text += printed(form, any_number(form, with_halfway), expected.values[i]);
             if (i % 5 == 4) text += '\n';
         }
@@ -151,11 +156,12 @@ bool check_numbers(const shape& form, std::int64_t count) {
 
 /// Whether `c` may stand in column `column` (0-based) of a line.
 bool belongs(const shape& form, int column, char c) {
-    if (column == 5 * form.width) return c == '\n';
+    if (column == form.line_length() - 1) return c == '\n';
+    if (column < form.margin) return c == ' ';
     const std::string_view after_sign =
         form.decimals == 8 ? "0.00000000E+00" : "0.000000000000E+00";
     const int sign = form.width - static_cast<int>(after_sign.size()) - 1;
-    const int place = column % form.width - sign;
+    const int place = (column - form.margin) % form.width - sign;
     if (place <= 0) return c == ' ' || (place == 0 && c == '-');
     switch (after_sign[static_cast<std::size_t>(place) - 1]) {
         case '0':
@@ -174,6 +180,7 @@ bool check_changes(const shape& form) {
     std::string text;
     for (int i = 0; i < 30; ++i) {
         double unused = 0;
+        if (i % 5 == 0) text.append(static_cast<std::size_t>(form.margin), ' ');
         // No change of one character makes it a halfway case.
         text += printed(form, {between(1, 999'999'999), -7}, unused);
         if (i % 5 == 4) text += '\n';

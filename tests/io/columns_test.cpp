@@ -20,11 +20,21 @@
 namespace flib {
 namespace {
 
-/// Nine or thirteen digits with an exponent of two, `width` characters long. With `halves`, some
-/// lie halfway between two doubles, which takes an exponent above ten.
-std::string random_field(std::mt19937_64& random, std::size_t width, bool halves) {
+/// What a line of five numbers holds.
+struct line_shape {
+    const char* margin;
+    std::size_t width;  // of a number
+    std::size_t digits;
+};
+
+constexpr std::array shapes = {line_shape{"", 16, 9}, line_shape{" ", 20, 9},
+                               line_shape{"", 20, 13}, line_shape{"", 22, 13}};
+
+/// A number in its columns, with an exponent of two digits. With `halves`, some lie halfway between
+/// two doubles, which takes an exponent above ten.
+std::string random_field(std::mt19937_64& random, const line_shape& shape, bool halves) {
     const auto below = [&](std::uint64_t n) { return random() % n; };
-    const std::size_t length = width == 16 ? 9 : 13;
+    const auto [margin, width, length] = shape;
     std::string digits;
     while (digits.size() < length) digits += static_cast<char>('0' + below(10));
     if (below(8) == 0) digits.replace(1, length, length - 1, "09"[below(2)]);
@@ -48,15 +58,16 @@ std::string random_field(std::mt19937_64& random, std::size_t width, bool halves
 }
 
 /// Lines of five numbers, of which one in some thirty ends in another way; and the values.
-std::string random_lines(std::mt19937_64& random, std::size_t width, std::size_t count,
+std::string random_lines(std::mt19937_64& random, const line_shape& shape, std::size_t count,
                          std::vector<double>& values) {
     const char* const oddities[] = {" \n", "\r\n", ",\n", "\n\n", "\n 1.5E-100,+2,\n", " 7\n"};
     std::string text;
     while (values.size() < count) {
+        text += shape.margin;
         for (int i = 0; i < 5; ++i) {
-            std::string next = random_field(random, width, true);
+            std::string next = random_field(random, shape, true);
             text += next;
-            values.push_back(std::strtod(next.replace(width - 4, 1, "E").c_str(), nullptr));
+            values.push_back(std::strtod(next.replace(shape.width - 4, 1, "E").c_str(), nullptr));
         }
         const std::string end = random() % 32 == 0 ? oddities[random() % 6] : "\n";
         text += end;
@@ -68,10 +79,10 @@ std::string random_lines(std::mt19937_64& random, std::size_t width, std::size_t
 
 TEST(Columns, AreReadAsSingleNumbersAre) {
     std::mt19937_64 random(12);
-    for (const std::size_t width : {16, 20, 22}) {
+    for (const line_shape& shape : shapes) {
         std::vector<double> expected;
         // Several windows of a file.
-        const std::string text = random_lines(random, width, 50000, expected);
+        const std::string text = random_lines(random, shape, 50000, expected);
         const support::scratch_directory scratch;
         const std::string path = scratch.file("numbers", text + "next\n");
         for (const bool allowed : {false, true}) {
@@ -91,9 +102,10 @@ TEST(Columns, AreReadAsSingleNumbersAre) {
                 at += part;
             }
             reader.finish();
-            EXPECT_EQ(std::memcmp(values.data(), expected.data(), 8 * values.size()), 0) << width;
+            EXPECT_EQ(std::memcmp(values.data(), expected.data(), 8 * values.size()), 0)
+                << shape.margin << shape.width;
             line_buffer line;
-            EXPECT_TRUE(read_record(fid, line) && line == "next") << width;
+            EXPECT_TRUE(read_record(fid, line) && line == "next");
         }
     }
 }
@@ -122,18 +134,23 @@ std::size_t taken_at_once(std::string_view text, std::size_t most) {
     return taken;
 }
 
-TEST(Columns, TakeWhatIsExactlyInTheirShape) {
-    std::size_t all = 0;
+/// How many numbers of four lines are taken at once: other processors read all one by one.
+std::size_t all_at_once() {
 #ifdef __x86_64__
-    // Other processors read all numbers one by one.
-    if (__builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("fma") != 0) all = 20;
+    if (__builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("fma") != 0) return 20;
 #endif
+    return 0;
+}
+
+TEST(Columns, TakeWhatIsExactlyInTheirShape) {
+    const std::size_t all = all_at_once();
     std::mt19937_64 random(13);
     for (int round = 0; round < 6000; ++round) {
-        const std::size_t width = std::array{16, 20, 22}[random() % 3];
+        const line_shape& shape = shapes[random() % shapes.size()];
         std::string block;
         for (int i = 0; i < 20; ++i) {
-            block += random_field(random, width, false) + (i % 5 == 4 ? "\n" : "");
+            if (i % 5 == 0) block += shape.margin;
+            block += random_field(random, shape, false) + (i % 5 == 4 ? "\n" : "");
         }
         ASSERT_EQ(taken_at_once(block, 20), all) << block;
         ASSERT_EQ(taken_at_once(block, 19), 0U);
@@ -145,6 +162,65 @@ TEST(Columns, TakeWhatIsExactlyInTheirShape) {
         const char* const ends[] = {"2.5 3.5\n", ",2.5,3.5\n", "\nx\n"};
         const std::string text = starts[random() % 4] + block + ends[random() % 3];
         ASSERT_EQ(read_all(text, 22, true), read_all(text, 22, false)) << at << " of\n" << block;
+    }
+}
+
+/// What may stand in a column of a dump's line, by a character that stands for it.
+std::string_view allowed_at(std::size_t column) {
+    constexpr std::string_view of_number = "     -0.00000000D+00";
+    if (column == 101) return "\n";
+    if (column == 0) return " ";
+    switch (of_number[(column - 1) % 20]) {
+        case ' ':
+            return " ";
+        case '-':
+            return " -";
+        case '0':
+            return "0123456789";
+        case 'D':
+            return "DE";
+        case '+':
+            return "+-";
+        default:
+            return ".";
+    }
+}
+
+const std::string line_of_dump =
+    "      -0.15494406D-05      0.53350403D-08     -0.60206762E-09      0.00000000D+00"
+    "     -0.99999999D+99\n";
+
+TEST(Columns, OfDumpsMayHoldNothingElse) {
+    const std::string block = line_of_dump + line_of_dump + line_of_dump + line_of_dump;
+    for (std::size_t place = 0; place < block.size(); ++place) {
+        const std::string_view allowed = allowed_at(place % line_of_dump.size());
+        for (const char c : std::string_view(" -+.,/0123456789:DEd\t\n\r\x10\xa0\0", 27)) {
+            std::string text = block;
+            text[place] = c;
+            const bool fits = allowed.find(c) != std::string_view::npos;
+            ASSERT_EQ(taken_at_once(text, 20), fits ? all_at_once() : 0) << place << " is " << c;
+            text = "0.5\n" + text + "2.5 3.5\n";
+            ASSERT_EQ(read_all(text, 22, true), read_all(text, 22, false)) << place << " is " << c;
+        }
+    }
+}
+
+TEST(Columns, OfOtherLinesAreReadOneByOne) {
+    const std::string three = line_of_dump + line_of_dump + line_of_dump;
+    const std::string words =
+        "       0.49406565-322      0.26086666-320      0.00000000D+00      0.13043333-320"
+        "      0.00000000D+00\n";
+    const std::string not_indented = line_of_dump.substr(1);
+    const std::string with_return = line_of_dump.substr(0, 101) + "\r\n";
+    for (const std::string& odd :
+         {words, not_indented, with_return, " " + line_of_dump, line_of_dump.substr(0, 101) + " \n",
+          line_of_dump.substr(0, 81) + "\n",
+          line_of_dump.substr(0, 81) + "               0.125\n"}) {
+        for (const std::string& block : {odd + three, three + odd}) {
+            EXPECT_EQ(taken_at_once(block, 20), 0U) << block;
+            const std::string text = "0.5\n" + block + line_of_dump + "2.5\n";
+            EXPECT_EQ(read_all(text, 21, true), read_all(text, 21, false)) << block;
+        }
     }
 }
 

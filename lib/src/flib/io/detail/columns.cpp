@@ -23,9 +23,11 @@ std::atomic<bool> is_allowed = true;
 // vector's half, are in all shapes digits, perhaps a sign and a point among them, then the
 // exponent:
 //
-//     -9.95564210E-01           checkpoint, all of it
-//       -0.|136409605669D-15    dump; the columns before the bar are its head
+//          -9.95564210E-01    checkpoint, all of it
+//         | -0.15494406D-05    dump as rwfdump prints it
+//       -0.|136409605669D-15    dump with twelve decimals
 //
+// The columns before the bar are its head: blanks, or what a longer number begins with.
 // Each character is compared with the two that may stand there, or must be a digit. Digits times
 // powers of ten are added to their neighbours until they are an integer m below 2^52, the
 // exponent's sign and digits the index of 10^e in a table, as high + low. Then m x high is p +
@@ -35,6 +37,21 @@ std::atomic<bool> is_allowed = true;
 constexpr int numbers_of_line = 5;
 constexpr int numbers_at_once = 20;
 constexpr int tail_length = 16;
+
+/// What a line holds.
+struct line_shape {
+    int margin;    // blanks before the first number
+    int width;     // columns of a number
+    int decimals;  // 8, or 12, which begin behind a head that is part of the number
+
+    constexpr int length() const { return margin + numbers_of_line * width; }
+    constexpr int head() const { return width - tail_length; }
+};
+
+constexpr line_shape checkpoint_line = {.margin = 0, .width = 16, .decimals = 8};
+constexpr line_shape dump_line = {.margin = 1, .width = 20, .decimals = 8};
+constexpr line_shape line_of_20 = {.margin = 0, .width = 20, .decimals = 12};
+constexpr line_shape line_of_22 = {.margin = 0, .width = 22, .decimals = 12};
 
 // Powers of ten.
 
@@ -70,7 +87,7 @@ constexpr auto powers_of_ten = [] {
     return powers;
 }();
 
-// Shapes.
+// Shapes of numbers.
 
 /// The last sixteen characters of a number: the two that may stand in each place ('0' stands for
 /// any digit) and what its difference to '0' counts among its pair of places. A '-' counts twice
@@ -81,11 +98,11 @@ struct tail_shape {
     std::int8_t weights[tail_length];
 };
 
-constexpr tail_shape checkpoint_tail = {
+constexpr tail_shape tail_of_8 = {
     "  0.00000000E+00", " -0.00000000D-00", {0, 0, 1, 0, 10, 1, 10, 1, 10, 1, 10, 1, 0, 50, 10, 1}};
-constexpr tail_shape dump_tail = {"000000000000E+00",
-                                  "000000000000D-00",
-                                  {10, 1, 10, 1, 10, 1, 10, 1, 10, 1, 10, 1, 0, 50, 10, 1}};
+constexpr tail_shape tail_of_12 = {"000000000000E+00",
+                                   "000000000000D-00",
+                                   {10, 1, 10, 1, 10, 1, 10, 1, 10, 1, 10, 1, 0, 50, 10, 1}};
 /// A '+' in the exponent, with its weight. A '-' makes 100 more of it, the table's second half.
 constexpr int plus_counts = static_cast<std::uint8_t>('+' - '0') * 50;
 
@@ -212,39 +229,53 @@ template <int length>
     return _mm256_or_pd(value, _mm256_and_pd(_mm256_castsi256_pd(parts.sign), sign_bit));
 }
 
-/// Where the tails of the numbers stand in their lines of fields of `width` columns.
-template <int width>
+/// Whether nothing but blanks stands in the `length` columns before each of the tails.
+template <int length>
+bool are_blank_before(const char* const* tails) {
+    bool blank = true;
+    for (int i = 0; i < 4; ++i) {
+        blank &= std::memcmp(tails[i] - length, "                ", length) == 0;
+    }
+    return blank;
+}
+
+/// Where the tails of the numbers stand in their lines.
+template <const line_shape& line>
 constexpr auto tail_places = [] {
     std::array<std::ptrdiff_t, numbers_at_once> places{};
     for (int n = 0; n < numbers_at_once; ++n) {
-        const int newlines_before = n / numbers_of_line;
-        places[static_cast<std::size_t>(n)] = (n + 1) * width + newlines_before - tail_length;
+        const int start = n / numbers_of_line * (line.length() + 1) + line.margin;
+        places[static_cast<std::size_t>(n)] =
+            start + (n % numbers_of_line + 1) * line.width - tail_length;
     }
     return places;
 }();
 
-/// scan_columns() for fields of `width` columns, with values or without.
-template <int width, bool keep>
+/// scan_columns() for one shape of lines, with values or without.
+template <const line_shape& line, bool keep>
 [[gnu::target("avx2,fma")]] std::size_t scan_lines(const char*& at, const char* end, double* values,
                                                    std::size_t most) {
-    constexpr bool has_head = width > tail_length;
-    constexpr const tail_shape& shape = has_head ? dump_tail : checkpoint_tail;
-    constexpr int decimals = has_head ? 12 : 8;
-    constexpr const auto& powers = powers_of_ten<decimals>;
-    constexpr int line_length = numbers_of_line * width + 1;
-    constexpr int text_length = numbers_at_once / numbers_of_line * line_length;
+    constexpr bool in_head = line.decimals == 12;
+    constexpr const tail_shape& shape = in_head ? tail_of_12 : tail_of_8;
+    constexpr const auto& powers = powers_of_ten<line.decimals>;
+    constexpr int next_line = line.length() + 1;
+    constexpr int text_length = numbers_at_once / numbers_of_line * next_line;
     std::size_t done = 0;
     for (; most - done >= numbers_at_once && end - at >= text_length; at += text_length) {
         bool good = true;
-        for (int i = line_length - 1; i < text_length; i += line_length) good &= at[i] == '\n';
+        for (const char* text = at; text != at + text_length; text += next_line) {
+            good &= text[line.length()] == '\n';
+            for (int i = 0; i < line.margin; ++i) good &= text[i] == ' ';
+        }
         __m256i fit = _mm256_set1_epi8(-1);
         __m256d doubt = _mm256_setzero_pd();
         alignas(32) double numbers[numbers_at_once];
         for (std::size_t n = 0; n < numbers_at_once; n += 4) {
             const char* tails[4];
-            for (std::size_t i = 0; i < 4; ++i) tails[i] = at + tail_places<width>[n + i];
+            for (std::size_t i = 0; i < 4; ++i) tails[i] = at + tail_places<line>[n + i];
             four_parts parts = take_tails(tails, shape);
-            if constexpr (has_head) add_heads<width - tail_length>(tails, parts);
+            if constexpr (in_head) add_heads<line.head()>(tails, parts);
+            if constexpr (!in_head) good &= are_blank_before<line.head()>(tails);
             fit = _mm256_and_si256(fit, parts.fits);
             if constexpr (keep) _mm256_store_pd(numbers + n, join(parts, powers.data(), doubt));
         }
@@ -256,10 +287,10 @@ template <int width, bool keep>
     return done;
 }
 
-template <int width>
+template <const line_shape& line>
 std::size_t scan_lines(const char*& at, const char* end, double* values, std::size_t most) {
-    return values != nullptr ? scan_lines<width, true>(at, end, values, most)
-                             : scan_lines<width, false>(at, end, values, most);
+    return values != nullptr ? scan_lines<line, true>(at, end, values, most)
+                             : scan_lines<line, false>(at, end, values, most);
 }
 
 bool has_instructions() {
@@ -274,13 +305,13 @@ std::size_t scan_columns(const char*& at, const char* end, double* values, std::
 #ifdef __x86_64__
     if (!has_instructions() || !is_allowed.load(std::memory_order_relaxed)) return 0;
     // Where the first line ends says what it may be.
-    const auto fields_have = [&](std::ptrdiff_t width) {
-        const std::ptrdiff_t length = numbers_of_line * width;
-        return end - at > length && at[length] == '\n';
+    const auto may_be = [&](const line_shape& line) {
+        return end - at > line.length() && at[line.length()] == '\n';
     };
-    if (fields_have(16)) return scan_lines<16>(at, end, values, most);
-    if (fields_have(20)) return scan_lines<20>(at, end, values, most);
-    if (fields_have(22)) return scan_lines<22>(at, end, values, most);
+    if (may_be(checkpoint_line)) return scan_lines<checkpoint_line>(at, end, values, most);
+    if (may_be(dump_line)) return scan_lines<dump_line>(at, end, values, most);
+    if (may_be(line_of_20)) return scan_lines<line_of_20>(at, end, values, most);
+    if (may_be(line_of_22)) return scan_lines<line_of_22>(at, end, values, most);
 #endif
     return 0;
 }
