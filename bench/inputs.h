@@ -1,4 +1,6 @@
-// Made-up inputs of any size, in the shapes of the bundled example.
+// Made-up inputs of any size, in the layout of real files: a dump begins with its twelve words and
+// holds X+Y, X-Y and the energies of all the roots that were kept; log and checkpoint tell of the
+// states only.
 #pragma once
 
 #include <cstdint>
@@ -36,10 +38,13 @@ struct job_size {
     std::int32_t high_layer = 0;  // atoms of an ONIOM job's high layer; 0 for a plain job
     std::int32_t nbasis = 22;
     std::int32_t occupied = 4;  // without the one frozen core orbital
-    std::int32_t roots = 4;
+    std::int32_t states = 4;
+    std::int32_t roots = 4 * states;
     std::int64_t log_bytes = 0;  // optimisation steps fill the log up to about this length
 
     std::int32_t virtuals() const { return nbasis - occupied - 1; }
+    /// Amplitudes of a root and spin.
+    std::int64_t amplitudes() const { return std::int64_t{occupied} * virtuals(); }
 };
 
 void write_log(const job_size& size, const std::string& path);

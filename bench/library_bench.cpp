@@ -112,7 +112,7 @@ BENCHMARK(last_occurrence)->UseManualTime();
 void type_detection(benchmark::State& state) {
     const bench::temporary_directory directory;
     const std::string path = directory.file("job.cis");
-    bench::write_dump({.nbasis = 400, .occupied = 40}, path);
+    bench::write_dump({.nbasis = 150, .occupied = 15}, path);
     bench::compare(
         state, [&] { benchmark::DoNotOptimize(flib::type_tag_of(path)); },
         [&] { count_newlines(path); });

@@ -37,7 +37,7 @@ void write_blocks(const std::filesystem::path& target) {
     std::mt19937_64 random(8);
     std::uniform_real_distribution<double> exponent(-17, 3);
     int number = 0;
-    for (const char* const format : {"%16.8E", "%20.12E", "%22.12E"}) {
+    for (const char* const format : {"%16.8E", " %20.8E", "%20.12E", "%22.12E"}) {
         for (const int lines : {5, 6, 9, 13}) {
             // The first five bytes say what is taken, and whether from a file.
             std::string text = number % 2 == 0 ? std::string(5, '\0') : std::string(5, '\xaa');
@@ -45,7 +45,8 @@ void write_blocks(const std::filesystem::path& target) {
                 char field[40];
                 const double sign = random() % 2 == 0 ? 1 : -1;
                 std::snprintf(field, sizeof field, format, sign * std::pow(10, exponent(random)));
-                text += field;
+                // A dump's lines begin with a blank, its numbers do not.
+                text += i % 5 != 0 && format[0] == ' ' ? field + 1 : field;
                 if (i % 5 == 4) text += '\n';
             }
             support::write_file(target / ("block" + std::to_string(number++)), text);
