@@ -12,7 +12,7 @@ mkdir "$work/bin" "$work/set"
 # Each makes its output only of what the step before has left.
 cat >"$work/bin/g16" <<END
 #!/bin/sh
-grep -qx "%chk=\${1%.gjf}.chk" "\$1" && touch "\${1%.gjf}.chk" "\${1%.gjf}.rwf" &&
+grep -qx "%chk=\${1%.gjf}.chk" "\$1" && touch "\${1%.gjf}.chk" &&
     cp "$source/examples/water/\${1%.gjf}.log" .
 END
 cat >"$work/bin/formchk" <<END
@@ -21,7 +21,7 @@ cat >"$work/bin/formchk" <<END
 END
 cat >"$work/bin/rwfdump" <<END
 #!/bin/sh
-[ -e "\$1" ] && [ "\$3" = 635R ] && cp "$source/examples/water/\$2" "\$2"
+[ -e "\$1" ] && [ "\$1" = "\${2%.cis}.chk" ] && [ "\$3" = 635R ] && cp "$source/examples/water/\$2" "\$2"
 END
 chmod +x "$work"/bin/*
 export PATH=$work/bin:$build/tools:$PATH

@@ -85,7 +85,7 @@ if [ -x "$build/tools/sgn_displace" ]; then
     expect_text "loop.sh h2o_ref"
     for input in h2o_*.gjf; do
         name=${input%.gjf}
-        grep -qxF "%rwf=$name.rwf" "$input"
+        grep -qxF "%chk=$name.chk" "$input" || fail "$input: another checkpoint"
         [ "$(sed -n '/^0 1$/,/^$/p' "$input" | grep -E '^[OH] ' | xargs)" = \
             "$(sed -n '/Multiplicity = 1/,/^ $/p' "$source/examples/water/$name.log" | grep -E '^ [OH] ' | xargs)" ] ||
             fail "$input: another geometry than that of $name.log"
@@ -121,7 +121,8 @@ expect_text "status 0:   Error!"
 expect 1 0 0 0 "$workflow/report.sh" h2o_ref
 expect_files h2o_ref.err
 
-# The text files of jobs, by stand-ins of the programs that make them.
+# The text files of jobs, by stand-ins of the programs that make them. Of a file without the record
+# that is asked for rwfdump prints no dump, whatever its status.
 mkdir "$work/dump" "$work/bin"
 cd "$work/dump"
 cat >"$work/bin/formchk" <<'END'
@@ -130,21 +131,40 @@ cp "$1" "$2"
 END
 cat >"$work/bin/rwfdump" <<'END'
 #!/bin/sh
-[ "$3" = 635R ] && cp "$1" "$2"
+[ "$3" = 635R ] || exit
+grep -q broken "$1" && exit 1
+echo " Number 635" >"$2"
+case $(cat "$1") in
+    *older*) echo " Dump of file   522 length  635 (read left to right):" >>"$2" ;;
+    *) echo " Dump of file   635 length  $1 (read left to right):" >>"$2" ;;
+esac
 END
 chmod +x "$work"/bin/*
-for name in a.chk a.rwf b.chk "c d.chk" "c d.rwf"; do echo "$name" >"$name"; done
+for name in a.chk a.rwf b.chk "c d.chk" "c d.rwf" e.chk e.rwf f.rwf; do echo "$name" >"$name"; done
+echo older >b.chk
+echo older >"c d.chk"
+echo broken >e.chk
+echo broken >e.rwf
 export PATH=$work/bin:$PATH
-expect 1 5 0 1 "$workflow/dump.sh" a b.rwf ./*.chk
-expect_text "b.cis: FAILED: there is no b.rwf"
-expect_text "3 jobs: 5 files made, 0 up to date, 1 failed"
-[ "$(cat ./*.fchk ./*.cis | xargs)" = "a.chk b.chk c d.chk a.rwf c d.rwf" ] || fail "other files: $(ls)"
+expect 1 7 0 3 "$workflow/dump.sh" a b.rwf ./*.chk f
+expect_text "c d.cis: from c d.rwf, not c d.chk: done"
+expect_text "f.cis: from f.rwf, not f.chk: done"
+expect_text "b.cis: FAILED: rwfdump b.chk 635R (see b.cis.err)"
+grep -qx " Dump of file   522 .*" b.cis.err || fail "$(cat b.cis.err)"
+expect_text "e.cis: FAILED: rwfdump e.chk 635R (see e.cis.err); rwfdump e.rwf 635R (see e.cis.err)"
+expect_text "f.fchk: FAILED: there is no f.chk"
+expect_text "5 jobs: 7 files made, 0 up to date, 3 failed"
+[ "$(cat ./*.fchk ./*.cis | sed '/Number/d; s/.*length *//; s/ (read.*//' | xargs)" = \
+    "a.chk older older broken a.chk c d.rwf f.rwf" ] || fail "other files: $(ls)"
 # A newer file with an older date; one that can no longer be had.
 sleep 0.02
-touch -d yesterday a.rwf
+touch -d yesterday a.chk
 rm "c d.chk"
-expect 0 1 0 0 "$workflow/dump.sh" a "c d"
-expect_text "2 jobs: 1 files made, 3 up to date, 0 failed"
+expect 0 2 0 0 "$workflow/dump.sh" a "c d"
+expect_text "2 jobs: 2 files made, 2 up to date, 0 failed"
+sleep 0.02
+touch "c d.rwf"
+expect 0 1 0 0 "$workflow/dump.sh" "c d"
 printf '#!/bin/sh\necho nothing\n' >"$work/bin/formchk"
 rm a.fchk
 expect 1 0 0 1 "$workflow/dump.sh" a

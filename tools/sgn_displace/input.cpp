@@ -40,6 +40,12 @@ std::vector<line> lines_of(std::string_view text) {
     return lines;
 }
 
+constexpr std::string_view slashes = "/\\";
+
+bool has_directory(std::string_view path) {
+    return path.find_first_of(slashes) != std::string_view::npos;
+}
+
 /// What a Link 0 command sets: "chk" of "%Chk=job.chk".
 std::string link0_name(std::string_view command) {
     const std::string_view name = command.substr(1, command.find('=') - 1);
@@ -100,9 +106,13 @@ class input_parser {
     // Lines that begin with "%", before the route.
     void link0() {
         std::size_t kept_from = 0;
+        const auto keep_to = [&](std::size_t end, std::size_t go_on) {
+            result_.link0 += text_.substr(kept_from, end - kept_from);
+            kept_from = go_on;
+        };
         const auto drop_line = [&] {
-            result_.link0 += text_.substr(kept_from, lines_[next_].begin - kept_from);
-            kept_from = next_ + 1 < lines_.size() ? lines_[next_ + 1].begin : text_.size();
+            keep_to(lines_[next_].begin,
+                    next_ + 1 < lines_.size() ? lines_[next_ + 1].begin : text_.size());
         };
         for (;; ++next_) {
             if (next_ == lines_.size()) fail_at_end("a route (#...)");
@@ -114,8 +124,22 @@ class input_parser {
                      flib::printable(at.meant) + "'");
             }
             const std::string name = link0_name(at.meant);
-            if (name == "chk" || name == "rwf") {
-                if (name == "chk") checkpoint_ = trimmed(flib::after_first('=', at.meant));
+            const std::string_view value = flib::after_first('=', at.meant);
+            if (name == "chk") {
+                checkpoint_ = trimmed(value);
+                if (has_directory(value)) {
+                    tell("%chk loses its directory: checkpoints are written where the jobs run");
+                }
+                drop_line();
+            } else if (name == "rwf" && has_directory(value)) {
+                tell("%rwf keeps its directory, but gets the name of each job");
+                for (const file_place& file : read_write_files(value)) {
+                    keep_to(file.begin, file.end);
+                    result_.own_names.push_back(result_.link0.size());
+                    result_.link0 += file.ending;
+                }
+            } else if (name == "rwf") {
+                tell("%rwf left out: the amplitudes are dumped from the checkpoint");
                 drop_line();
             } else if (name == "int" || name == "d2e" || name == "scr" || name == "skr") {
                 tell("%" + name + " left out: the jobs would share the file");
@@ -124,7 +148,32 @@ class input_parser {
                 old_checkpoint_ = true;
             }
         }
-        result_.link0 += text_.substr(kept_from, lines_[next_].begin - kept_from);
+        keep_to(lines_[next_].begin, kept_from);
+    }
+
+    struct file_place {
+        std::size_t begin = 0;  // of the name behind the directory: offset in the file
+        std::size_t end = 0;
+        std::string ending;  // what follows a job's name there
+    };
+    /// The files of "PLACE" or "PLACE,SIZE,PLACE,SIZE ...", what a %rwf is set to. Each gets a name
+    /// of its own, as several may be in one directory.
+    std::vector<file_place> read_write_files(std::string_view value) const {
+        std::vector<file_place> files;
+        bool is_size = false;
+        for (std::size_t begin = 0; begin <= value.size(); is_size = !is_size) {
+            const std::size_t end = std::min(value.find(',', begin), value.size());
+            const std::string_view path = trimmed(value.substr(begin, end - begin));
+            if (!is_size && !path.empty()) {
+                const std::string_view name = path.substr(path.find_last_of(slashes) + 1);
+                const auto place = static_cast<std::size_t>(name.data() - text_.data());
+                std::string ending = ".rwf";
+                if (!files.empty()) ending = '_' + std::to_string(files.size() + 1) + ending;
+                files.push_back({place, place + name.size(), ending});
+            }
+            begin = end + 1;
+        }
+        return files;
     }
 
     void route() {
@@ -277,10 +326,8 @@ class input_parser {
 
 std::string job_template::reference(std::string_view name) const {
     std::string text = link0;
-    for (const std::string_view kind_of_file : {"chk", "rwf"}) {
-        text.append("%").append(kind_of_file).append("=").append(name).append(".");
-        text.append(kind_of_file).append(end_of_line);
-    }
+    for (std::size_t i = own_names.size(); i-- > 0;) text.insert(own_names[i], name);
+    text.append("%chk=").append(name).append(".chk").append(end_of_line);
     return text + body;
 }
 

@@ -24,14 +24,15 @@ struct atom {
     char layer = ' ';  // H, M or L of an ONIOM job
 };
 
-/// All that the jobs of a set have in common: a job is `link0`, its %chk and %rwf, and `body` with
-/// a coordinate displaced.
+/// All that the jobs of a set have in common: a job is `link0` with its name put in, its %chk, and
+/// `body` with a coordinate displaced.
 struct job_template {
     job_kind kind;
     std::string link0;        // lines before the route, without those of files of one job
     std::string body;         // from the route on, which has all keywords that are needed
     std::string end_of_line;  // newline, with or without carriage return
     std::vector<atom> atoms;
+    std::vector<std::size_t> own_names;  // offsets in link0 where the job's name goes, ascending
     std::vector<std::string> told;  // one line for each thing that was changed or should be known
 
     /// The input of the job `name` as it stands, or with `step`, in the input's unit of length,
