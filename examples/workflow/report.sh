@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
 # report.sh REFERENCE [JOB...]
 # Tells how the set in the working directory stands: how many jobs have a result, which do not and
-# why; whether sgn_check finds the signs trustworthy (its table is in sgn_check.txt); and, when all
-# jobs are finished, makes the derivatives (derivatives.txt, .json, .html). Which jobs: see jobs.sh.
+# why; whether qm_file finds in the dumps what amplitudes must be (its rows are in dumps.txt); whether
+# sgn_check finds the signs trustworthy (its table is in sgn_check.txt); and, when all jobs are
+# finished, makes the derivatives (derivatives.txt, .json, .html). Which jobs: see jobs.sh.
 #
-# Status 0: all jobs are finished, the signs were checked and fine, the derivatives too.
-# The tools are $SGN_CHECK and $SGN_DERIVE, else sgn_check and sgn_derive. They may have options:
-# SGN_CHECK="sgn_check --no-pairs". An empty SGN_DERIVE leaves the derivatives out.
+# Status 0: all jobs are finished, dumps and signs were checked and fine, the derivatives too.
+# The tools are $QM_FILE, $SGN_CHECK and $SGN_DERIVE, else qm_file, sgn_check and sgn_derive. They may
+# have options: SGN_CHECK="sgn_check --no-pairs". An empty SGN_DERIVE leaves the derivatives out.
 set -o pipefail
 # shellcheck source=/dev/null
 . "$(dirname "$0")/common.sh"
@@ -20,6 +21,10 @@ status=0
 
 not_checked() {
     echo "signs NOT checked: $1"
+    status=1
+}
+not_looked_at() {
+    echo "dumps NOT looked at: $1"
     status=1
 }
 not_made() {
@@ -55,6 +60,47 @@ done
 if [ "${#passed_over[@]}" -gt 0 ]; then
     echo "passed over, not named like jobs of this set: ${passed_over[*]}"
 fi
+
+# check_dumps: a dump in a layout that nobody knows is noticed before its signs are believed.
+check_dumps() {
+    local said=0 doubts untold left command=()
+    rm -f dumps.txt
+    if [ "${#results[@]}" -eq 0 ]; then return; fi
+    split_command "${QM_FILE:-qm_file}"
+    if ! command -v -- "${command[0]}" >/dev/null; then
+        not_looked_at "${command[0]} is not installed here"
+        return
+    fi
+    # Those of finished jobs may have been removed.
+    local dumps=() result
+    for result in "$reference.sgn" "${results[@]}"; do
+        if [ -e "${result%.sgn}.cis" ]; then dumps+=("./${result%.sgn}.cis"); fi
+    done
+    if [ "${#dumps[@]}" -lt 2 ]; then return; fi
+    "${command[@]}" dump "${dumps[@]}" >dumps.txt 2>&1 || said=$?
+    if [ "$said" -ne 0 ]; then
+        not_looked_at "$(complaint dumps.txt) (status $said)"
+        return
+    fi
+    left=$(printf '%s: record 635: \n' "${dumps[@]}" | LC_ALL=C sort |
+        LC_ALL=C comm -23 - <(grep -o '^.*: record 635: ' dumps.txt | LC_ALL=C sort))
+    if [ -n "$left" ]; then
+        not_looked_at "'${command[*]}' finds no amplitudes in ${left%%: record*} (see dumps.txt)"
+        return
+    fi
+    doubts=$(grep -c ' doubt: ' dumps.txt)
+    untold=$(grep -c 'the layout is not told' dumps.txt)
+    if [ "$doubts" -gt 0 ]; then
+        echo "dumps: there is doubt whether these are amplitudes, see dumps.txt:"
+        grep -m 5 ' doubt: ' dumps.txt | sed 's|^|  |'
+        dumps_in_doubt=1
+        status=1
+    elif [ "$untold" -gt 0 ]; then
+        echo "dumps: $untold of ${#dumps[@]} do not tell their layout, so nothing in them was checked"
+    else
+        echo "dumps: all fine"
+    fi
+}
 
 # check_signs: fine or in doubt is only what sgn_check has said of every file.
 check_signs() {
@@ -95,6 +141,8 @@ make_derivatives() {
     split_command "${SGN_DERIVE:-sgn_derive}"
     if [ "${#missing[@]}" -gt 0 ]; then
         not_made "jobs are missing"
+    elif [ "$dumps_in_doubt" -eq 1 ]; then
+        not_made "there is doubt about the dumps"
     elif ! command -v -- "${command[0]}" >/dev/null; then
         if [ -n "${SGN_DERIVE-}" ]; then
             not_made "${command[0]} is not installed here"
@@ -123,6 +171,8 @@ make_derivatives() {
     fi
 }
 
+dumps_in_doubt=0
+check_dumps
 check_signs
 make_derivatives
 exit "$status"

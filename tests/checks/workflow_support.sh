@@ -3,6 +3,7 @@
 # shellcheck shell=bash
 : "${source:?}" "${build:?}" "${work:?}"
 export STIGRUZ=$build/tools/stigruz SGN_CHECK=$build/tools/sgn_check SGN_DERIVE=
+export QM_FILE=$build/tools/qm_file
 
 fail() {
     echo "$*" >&2

@@ -160,6 +160,45 @@ if command -v make >/dev/null; then
     expect 0 0 4 0 make -f "$workflow/Makefile" -j2 REFERENCE="h2o_ref" JOBS="another* [[]* h2o_01xm"
 fi
 
+# A dump whose numbers cannot be amplitudes; dumps that nobody looked at, or that do not tell their
+# layout.
+new_set dumps 01xm 01xp
+cp "$source/tests/data/gaussian/roots.cis" right
+for name in h2o_ref h2o_01xm h2o_01xp; do cp right $name.cis; done
+cat >"$work/signs" <<'END'
+#!/bin/sh
+echo INFORMATION >"${1%.fchk}.sgn"
+END
+cat >"$work/check" <<'END'
+#!/bin/sh
+echo "$*"
+END
+chmod +x "$work/signs" "$work/check"
+export STIGRUZ=$work/signs SGN_CHECK=$work/check SGN_DERIVE=$work/check
+expect 0 3 0 0 "$workflow/loop.sh" h2o_ref
+expect_text "dumps: all fine"
+expect_text "derivatives: in derivatives.txt"
+sed 's/0.10000000D+01/0.14000000D+01/g' right >h2o_01xm.cis
+expect 1 1 2 0 "$workflow/loop.sh" h2o_ref
+expect_text "dumps: there is doubt whether these are amplitudes, see dumps.txt:"
+expect_text "  ./h2o_01xm.cis: state   1    8.4355 eV  singlet  (X+Y)(X-Y) 0.600000, 0.600000  doubt: not 1/2"
+expect_text "derivatives NOT made: there is doubt about the dumps"
+sed 's/file   635/file   522/' right >h2o_01xm.cis
+expect 1 1 2 0 "$workflow/loop.sh" h2o_ref
+expect_text "dumps NOT looked at: '$QM_FILE' finds no amplitudes in ./h2o_01xm.cis (see dumps.txt)"
+sed '$d' right >h2o_01xm.cis
+expect 1 1 2 0 "$workflow/loop.sh" h2o_ref
+expect_text "dumps NOT looked at: qm_file: ./h2o_01xm.cis: no dumped record: line 21: the file ends"
+cp "$source/tests/data/gaussian/water.cis" h2o_01xm.cis
+expect 0 1 2 0 "$workflow/loop.sh" h2o_ref
+expect_text "dumps: 1 of 3 do not tell their layout, so nothing in them was checked"
+rm h2o_01xm.cis h2o_01xp.cis
+expect 1 0 0 0 env QM_FILE=/none/qm_file "$workflow/report.sh" h2o_ref
+expect_text "dumps NOT looked at: /none/qm_file is not installed here"
+expect 0 0 0 0 "$workflow/report.sh" h2o_ref
+expect_no_text dumps
+export STIGRUZ=$build/tools/stigruz SGN_CHECK="$build/tools/sgn_check --no-pairs" SGN_DERIVE=
+
 # The derivatives come last, when all jobs are there and the tool is.
 new_set derivatives
 cat >"$work/derive tool" <<'END'

@@ -62,6 +62,7 @@ TEST_F(ChosenElement, IsThatOfTheWholeDensity) {
         support::writing how;
         if (round % 4 == 1) how.end_of_line = "\r\n";
         if (round % 4 == 2) how.per_line = number(1, 7);
+        how.layout_told = round % 3 != 0;
         numfreq::density_source source = write(now, how);
         for (int i = number(0, 3); i > 0; --i) {
             const bool coefficient = number(0, 1) == 0;

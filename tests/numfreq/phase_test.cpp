@@ -86,8 +86,9 @@ TEST_F(Phase, OrWritingChangesNothingButTheSignOfTheState) {
         EXPECT_EQ(result_of(orbitals, "ref.sgn"), before);
         EXPECT_EQ(result_of(orbitals), before);
 
-        for (const writing& how : {writing{"\r\n", 5, 'D'}, writing{"   \n", 1, 'E'},
-                                   writing{"\n\n", 3, 'd'}, writing{"\n", 4000, 'e'}}) {
+        for (const writing& how :
+             {writing{"\r\n", 5, 'D'}, writing{"   \n", 1, 'E'}, writing{"\n\n", 3, 'd'},
+              writing{"\n", 4000, 'e'}, writing{.layout_told = false}}) {
             EXPECT_EQ(result_of(reference, "ref.sgn", how), before);
             EXPECT_EQ(result_of(reference, nullptr, how), before);
         }

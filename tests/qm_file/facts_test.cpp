@@ -67,7 +67,18 @@ std::string told(const file_facts& facts) {
         values(n.roots, n.alpha_electrons, n.frozen_core, n.active_occupied, n.active_virtual,
                n.frozen_virtual);
     });
-    fact(quantity::dump, facts.dump, [&](const auto& dump) { values(dump.number, dump.values); });
+    fact(quantity::dump, facts.dump, [&](const auto& dump) {
+        values(dump.number, dump.values);
+        if (dump.layout) {
+            values(dump.layout->states, dump.layout->roots, dump.layout->amplitudes);
+            text << (dump.layout->has_rest ? " and rest" : " alone");
+        }
+        for (const auto& [norms, energy] : dump.states) {
+            text << ", " << flib::name_of(norms.spin);
+            values(norms.alpha, norms.beta, energy.value_or(std::nan("")));
+            if (!norms.are_of_amplitudes()) text << " wrong";
+        }
+    });
     return text.str();
 }
 

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstdio>
+#include <limits>
 
 #include "support/support.h"
 
@@ -28,6 +29,18 @@ std::string rows_of(const std::vector<double>& numbers, const char* format, int 
     }
     if (printed % per_line != 0) text += '\n';
     return text;
+}
+
+/// Eight digits behind the point, as a dump has them: "-0.36421047D-07", "0.49406565-323".
+std::string fortran_real(double value, char exponent_letter) {
+    const std::string text = printed("%.7E", value);  // "-3.6421047E-08"
+    const std::size_t point = text.find('.');
+    const std::size_t letter = text.find('E');
+    const int exponent = value == 0 ? 0 : std::stoi(text.substr(letter + 1)) + 1;
+    const std::string digits = text[point - 1] + text.substr(point + 1, letter - point - 1);
+    const std::string mantissa = text.substr(0, point - 1) + "0." + digits;
+    if (std::abs(exponent) > 99) return mantissa + printed("%+04d", exponent);
+    return mantissa + exponent_letter + printed("%+03d", exponent);
 }
 
 /// Random numbers that `digits` decimals hold exactly.
@@ -83,13 +96,36 @@ std::string checkpoint_text(const job& what, const writing& how) {
 
 std::string dump_text(const job& what, const writing& how) {
     std::vector<double> values(static_cast<std::size_t>(what.mci), 0.25);
-    values.insert(values.end(), what.xpy.begin(), what.xpy.end());
-    const std::string rows = rows_of(values, "%22.12E", how.per_line);
-    const std::string dump = printed(
+    if (how.layout_told) {
+        // Integers are multiples of the smallest real. The states are a quarter of the roots.
+        constexpr double one = std::numeric_limits<double>::denorm_min();
+        const int n = what.ma * what.mi;
+        const std::vector<double> energies = values;
+        values.clear();
+        for (const int word : {(what.mci + 3) / 4, 2 * n, 0, n, 0, n, what.mci, 0, 0, 0, 0, 0}) {
+            values.push_back(word * one);
+        }
+        values.insert(values.end(), what.xpy.begin(), what.xpy.end());
+        values.insert(values.end(), what.xpy.begin(), what.xpy.end());
+        values.insert(values.end(), energies.begin(), energies.end());
+    } else {
+        values.insert(values.end(), what.xpy.begin(), what.xpy.end());
+    }
+    std::string text = printed(
         " dumping /fiocom/, unit = 1 NFiles =     1 SizExt =    524288 WInBlk =       512\n"
-        " Dump of file   635 length%11zu (read left to right):\n",
+        " Dump of file   635 length%14zu (read left to right):\n",
         values.size());
-    return replaced(dump + replaced(rows, "E", {&how.dump_exponent, 1}), "\n", how.end_of_line);
+    int in_line = 0;
+    for (const double value : values) {
+        if (in_line == 0) text += ' ';
+        text += printed("%20s", fortran_real(value, how.dump_exponent).c_str());
+        if (++in_line == how.per_line) {
+            text += '\n';
+            in_line = 0;
+        }
+    }
+    if (in_line != 0) text += '\n';
+    return replaced(text, "\n", how.end_of_line);
 }
 
 void write_job(const std::filesystem::path& directory, std::string_view name, const job& what,

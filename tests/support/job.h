@@ -39,6 +39,7 @@ struct writing {
     std::string_view end_of_line = "\n";
     int per_line = 5;
     char dump_exponent = 'D';
+    bool layout_told = true;  // by the dump
 };
 
 std::string log_text(const job& what, const writing& how = {});

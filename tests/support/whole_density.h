@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <string>
 
+#include "flib/excited/detail/first_amplitudes.h"
 #include "flib/excited/get_ci_density_nbasis_nbsuse.h"
 #include "flib/excited/qm_file_ci_xpy.h"
 #include "flib/excited/qm_file_mo_coeff_nbasis_nbsuse.h"
@@ -34,10 +35,15 @@ inline flib::extremum whole_density(const numfreq::density_source& source,
     const auto& [nbasis, nbsuse, mi, ma, nfc, nfv] = source.counts;
     flib::matrix<double> moc(nbasis, nbasis, "all coefficients");
     flib::matrix<double> den(nbasis, nbasis, "all of the density");
-    flib::zeroed_array<double> xpy({ma, mi, 2, source.mci}, "all amplitudes");
     std::int32_t info = 0;
     flib::qm_file_mo_coeff_nbasis_nbsuse(source.ffch, nbasis, nbsuse, moc.view(), info);
-    flib::qm_file_ci_xpy(source.fcis, mi, ma, source.mci, xpy.all(), info);
+    flib::zeroed_array<double> xpy({ma, mi, 2, source.mci}, "all amplitudes");
+    if (flib::qm_file_dump_layout(source.fcis)) {
+        // What is not needed of such a dump is not read, and may be damaged.
+        xpy = flib::first_amplitudes(source.fcis, mi, ma, source.mci);
+    } else {
+        flib::qm_file_ci_xpy(source.fcis, mi, ma, source.mci, xpy.all(), info);
+    }
     flib::get_ci_density_nbasis_nbsuse(nbasis, nbsuse, mi, ma, nfc, nfv, moc.view(), xpy.all(),
                                        den.view());
     flib::extremum chosen;

@@ -66,6 +66,26 @@ constexpr std::string_view key_of(quantity which) {
     return {};
 }
 
+json_value dump_of(const flib::dump_header& dump) {
+    json_value json{{"file", dump.number}, {"values", dump.values}};
+    json["layout"] = if_there(dump.layout, [](const auto& layout) {
+        return json_value{{"states", layout.states},
+                          {"roots", layout.roots},
+                          {"amplitudes_per_spin", layout.amplitudes},
+                          {"has_rest", layout.has_rest}};
+    });
+    json["states"] = json_value::array();
+    for (const flib::dumped_state& state : dump.states) {
+        json["states"].push_back(
+            {{"energy_hartree", if_there(state.energy, [](double energy) { return energy; })},
+             {"spin", flib::name_of(state.norms.spin)},
+             {"sum_alpha", state.norms.alpha},
+             {"sum_beta", state.norms.beta},
+             {"normalised", state.norms.are_of_amplitudes()}});
+    }
+    return json;
+}
+
 }  // namespace
 
 json_value json_of(const file_report& report) {
@@ -105,9 +125,7 @@ json_value json_of(const file_report& report) {
     json["forces_hartree_per_bohr"] = array_of(facts.forces);
     json["transition_dipoles_au"] = array_of(facts.dipoles);
     json["two_frames"] = facts.geometry && facts.geometry->two_frames;
-    json["dump"] = if_there(facts.dump, [](const auto& dump) {
-        return json_value{{"file", dump.number}, {"values", dump.values}};
-    });
+    json["dump"] = if_there(facts.dump, dump_of);
     json["result"] = if_there(report.result, result_of);
     json["missing"] = json_value::object();
     for (const quantity which : flib::all_quantities) {

@@ -75,6 +75,7 @@ std::span<const named_quantity> named_quantities() {
         {"nbasis", "basis", {quantity::basis}},
         {"nci", "excitation space", {quantity::excitations}},
         {"oniom", "ONIOM layers", {quantity::oniom}},
+        {"dump", "dumped record, with the sums over its amplitudes", {quantity::dump}},
     };
     return all;
 }

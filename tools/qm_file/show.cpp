@@ -209,6 +209,37 @@ std::string missing_lines(const file_facts& facts, const terminal& on) {
     return text;
 }
 
+std::string dump_text(const flib::dump_header& dump) {
+    const std::string text = formatted("record %d: %d values", dump.number, dump.values);
+    if (dump.number != flib::amplitude_record) {
+        return text +
+               formatted("; the excitation amplitudes are record %d", flib::amplitude_record);
+    }
+    if (!dump.layout) return text + "; the layout is not told, so nothing can be checked here";
+    return text + formatted("; %d states, %d roots of %d amplitudes per spin", dump.layout->states,
+                            dump.layout->roots, dump.layout->amplitudes);
+}
+
+/// A row for each state of a dump that tells its layout, with what is doubtful.
+std::vector<std::string> state_rows(const flib::dump_header& dump) {
+    std::vector<std::string> rows;
+    for (const flib::dumped_state& state : dump.states) {
+        const flib::root_norms& norms = state.norms;
+        std::string row = formatted("state%4zu", rows.size() + 1);
+        if (state.energy) row += formatted("%10.4f eV", *state.energy * flib::hartree_energy);
+        row += formatted("  %-8s %s", std::string(flib::name_of(norms.spin)).c_str(),
+                         norms.has_minus ? "(X+Y)(X-Y)" : "(X+Y)^2");
+        row += formatted(" %.6f, %.6f", norms.alpha, norms.beta);
+        if (!norms.are_of_amplitudes()) {
+            row += norms.has_minus ? "  doubt: not 1/2" : "  doubt: not 0.1 to 5";
+        } else if (norms.spin == flib::root_spin::neither) {
+            row += "  doubt: spin";
+        }
+        rows.push_back(row);
+    }
+    return rows;
+}
+
 std::string kind_text(const flib::file_kind& kind) {
     if (kind.tag == result_tag) return "stigruz (a result file)";
     return kind.tag + ", version " +
@@ -265,8 +296,10 @@ std::string summary(const file_report& report, const terminal& on) {
     text += entry("program", kind_text(*facts.kind), on);
     if (report.result) text += entry("sign", result_text(*report.result), on);
     if (facts.dump) {
-        text += entry(
-            "dump", formatted("of file %d: %d values", facts.dump->number, facts.dump->values), on);
+        text += entry("dump", dump_text(*facts.dump), on);
+        for (const std::string& row : state_rows(*facts.dump)) {
+            text += std::string(heading_width, ' ') + row + '\n';
+        }
     }
     if (facts.natom) {
         const std::string symbols = facts.numbers ? ": " + formula(facts) : "";
@@ -359,8 +392,13 @@ std::string rows_of(const file_report& report, const named_quantity& which, bool
                 rows.push_back(row);
             }
             break;
-        case quantity::dipoles:
         case quantity::dump:
+            if (facts.dump) {
+                rows = state_rows(*facts.dump);
+                rows.insert(rows.begin(), dump_text(*facts.dump));
+            }
+            break;
+        case quantity::dipoles:
             break;  // not asked for by themselves
     }
     std::string text;

@@ -6,6 +6,7 @@
 #include <new>
 #include <stdexcept>
 
+#include "flib/excited/detail/amplitude_dump.h"
 #include "flib/excited/qm_file_nbasis_nbsuse.h"
 #include "flib/excited/qm_file_nci.h"
 #include "flib/io/detail/record_file.h"
@@ -32,7 +33,7 @@ namespace {
 constexpr std::string_view names[] = {
     "file type", "atom count",       "atomic numbers",     "geometry",
     "masses",    "forces",           "transition dipoles", "ONIOM layers",
-    "basis",     "excitation space", "dumped values",
+    "basis",     "excitation space", "dumped record",
 };
 static_assert(std::size(names) == std::size(all_quantities));
 
@@ -289,6 +290,23 @@ dump_header asker::dump() {
     dump_header found;
     read_items(held_record{fid_, line.padded()}, discard{3}, found.number, discard{1},
                found.values);
+    if (found.number != amplitude_record) return found;
+    std::int32_t info = 0;
+    const amplitude_dump amplitudes(file(), info);
+    found.layout = amplitudes.layout();
+    if (!found.layout) return found;
+    const auto& [states, roots, of_spin, has_rest] = *found.layout;
+    std::vector<double> energies(static_cast<std::size_t>(has_rest ? states : 0));
+    if (has_rest) amplitudes.energies(energies.size()).take_part(energies);
+    std::vector<double> plus(2 * static_cast<std::size_t>(of_spin));
+    std::vector<double> minus(has_rest ? plus.size() : 0);
+    for (std::int32_t root = 1; root <= states; ++root) {
+        amplitudes.plus(root, plus.size()).take_part(plus);
+        if (has_rest) amplitudes.minus(root, minus.size()).take_part(minus);
+        dumped_state& state = found.states.emplace_back();
+        state.norms = norms_of(plus, minus);
+        if (has_rest) state.energy = energies[found.states.size() - 1];
+    }
     return found;
 }
 

@@ -10,6 +10,9 @@
 #include <string_view>
 #include <vector>
 
+#include "flib/excited/qm_file_ci_xpy.h"
+#include "flib/excited/root_norms.h"
+
 namespace flib {
 
 /// What can be asked of a file.
@@ -24,7 +27,7 @@ enum class quantity {
     oniom,        ///< layers of an ONIOM job
     basis,        ///< electrons and basis functions
     excitations,  ///< the size of the excitation space
-    dump,         ///< the values of a read-write file
+    dump,         ///< a dumped record
 };
 
 /// All of them, in this order.
@@ -78,9 +81,18 @@ struct excitation_counts {
     std::int32_t frozen_virtual = 0;
 };
 
+/// A state of a dump that tells its layout.
+struct dumped_state {
+    root_norms norms{};
+    std::optional<double> energy{};  ///< of excitation, Hartree
+};
+
+/// The record of a Gaussian checkpoint or read-write file that was dumped.
 struct dump_header {
-    std::int32_t number = 0;  ///< of the dumped file: 635
+    std::int32_t number = 0;  ///< of the record; that of the excitation amplitudes is 635
     std::int32_t values = 0;  ///< how many follow
+    std::optional<dump_layout> layout{};  ///< if its first values tell it
+    std::vector<dumped_state> states{};   ///< those of the layout
 };
 
 /// Why a file does not give a quantity.

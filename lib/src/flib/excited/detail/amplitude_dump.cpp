@@ -48,17 +48,17 @@ bool words_are_next(std::int32_t fid) {
     return false;
 }
 
-/// What the words say of the `length` values behind the heading. Throws io_error where they
-/// contradict each other or that.
-dump_layout layout_of(std::int32_t fid, const std::array<double, word_count>& words,
+/// What the words say of the `length` values from here on. Throws io_error where they contradict
+/// each other or that.
+dump_layout layout_of(record_file& file, const std::array<double, word_count>& words,
                       std::int32_t length) {
-    const auto fail = [fid](const std::string& message) {
-        throw error_at_last_record(fid, "the twelve words that tell the layout " + message);
+    const auto fail = [&file](const std::string& message) {
+        throw file.error_here("the twelve words that tell the layout " + message);
     };
     std::array<std::int64_t, word_count> counts{};
     for (std::size_t i = 0; i < word_count; ++i) {
         if (!is_word(words[i])) {
-            fail("hold " + scientific_field(words[i], 0, 8) + " as number " +
+            fail("hold " + std::string(trim(scientific_field(words[i], 20, 8))) + " as number " +
                  std::to_string(i + 1) + ", which is no count");
         }
         counts[i] = static_cast<std::int64_t>(words[i] / unit_word);
@@ -118,8 +118,8 @@ amplitude_dump::amplitude_dump(std::string_view fname, std::int32_t& info)
     read_items(held_record{file_.fid, heading.padded()}, discard{3}, record, discard{1}, length);
     std::array<double, word_count> words{};
     read_items(file_.fid, std::span<double>(words));
-    layout_ = layout_of(file_.fid, words, length);
     input_of(file_.fid).go_to(begin_);
+    layout_ = layout_of(input_of(file_.fid), words, length);
     values_.emplace(file_.fid, static_cast<std::size_t>(length));
 }
 

@@ -90,7 +90,9 @@ void dump_values::check_lines() {
     values.check_part(count_);
     const bool ends_line = values.ends_record();
     values.finish();
-    if (!ends_line) throw error_at_last_record(fid_, "there are more than the " + told(count_));
+    if (ends_line) return;
+    step_back(fid_);
+    throw file_.error_here("there are more than the " + told(count_));
 }
 
 void dump_values::check_behind() const {

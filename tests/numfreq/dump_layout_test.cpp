@@ -1,0 +1,171 @@
+// Runs on dumps that tell their layout: what the words, the number of roots and the phases of
+// orbitals may and may not change.
+#include <gmock/gmock.h>
+
+#include <random>
+#include <sstream>
+
+#include "numfreq/run_driver.h"
+#include "support/job.h"
+#include "support/support.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using support::contents_of;
+using support::job;
+
+/// The driver runs in this process, so the test has a working directory of its own.
+class DumpLayout : public testing::Test {
+  protected:
+    DumpLayout() : home_(fs::current_path()) { fs::current_path(directory_.path()); }
+    ~DumpLayout() override { fs::current_path(home_); }
+
+    /// The result of the job NAME, mapped if there is a reference, or how the run ends.
+    static std::string told(const std::string& name, const char* reference = nullptr) {
+        const std::string checkpoint = name + ".fchk";
+        std::vector<std::string_view> arguments{checkpoint};
+        if (reference != nullptr) arguments.emplace_back(reference);
+        const auto end = support::ending_of([&] { numfreq::run_driver(arguments); });
+        if (end) return std::to_string(end->status) + ": " + end->text;
+        return contents_of(name + ".sgn");
+    }
+
+  private:
+    support::scratch_directory directory_;
+    fs::path home_;
+};
+
+/// A result but for the number of roots.
+std::string without_roots(const std::string& result) {
+    const std::size_t at = result.find(" mci ");
+    return at == std::string::npos ? result
+                                   : result.substr(0, at) + result.substr(result.find('\n', at));
+}
+
+/// A dump, as the heading and its values.
+struct dump {
+    explicit dump(const std::string& file) {
+        const std::string text = contents_of(file);
+        const std::size_t end = text.find("right):\n") + 8;
+        heading = text.substr(0, end);
+        std::istringstream rest(text.substr(end));
+        for (std::string value; rest >> value;) values.push_back(value);
+    }
+    void write(const std::string& file) const {
+        std::string text = heading;
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            if (i % 5 == 0) text += ' ';
+            text += std::string(20 - std::min<std::size_t>(20, values[i].size()), ' ') + values[i];
+            if (i % 5 == 4 || i + 1 == values.size()) text += '\n';
+        }
+        support::write_file(file, text);
+    }
+
+    std::string heading;
+    std::vector<std::string> values{};
+};
+
+TEST_F(DumpLayout, NoOtherSignWhateverWordIsChanged) {
+    std::mt19937_64 random(5);
+    const char* const others[] = {"0.00000000D+00", "0.49406565-323",
+                                  "0.98813129-323", "0.34584595-322",
+                                  "0.10000000D+01", "-0.4940656-323",
+                                  "0.10609979-313", "0.21219958-313",
+                                  "0.30000000-309", "NaN",
+                                  "-Infinity",      "word"};
+    for (const int states : {1, 2, 3}) {
+        const job made = support::random_job(random, 1, 1, 2, 3, 0, 4 * states);
+        support::write_job(".", "a", made);
+        fs::copy_file("a.cis", "whole.cis", fs::copy_options::overwrite_existing);
+        const std::string right = told("a");
+        ASSERT_THAT(right, testing::StartsWith("INFORMATION"));
+        support::write_file("ref.sgn", right);
+        int same = 0;
+        for (std::size_t word = 0; word < 12; ++word) {
+            for (const char* const other : others) {
+                dump changed("whole.cis");
+                changed.values[word] = other;
+                changed.write("a.cis");
+                const std::string after = told("a", "ref.sgn");
+                if (after == right) {
+                    ++same;
+                } else {
+                    EXPECT_THAT(after, testing::StartsWith("2: a.cis: ")) << word << ' ' << other;
+                }
+            }
+        }
+        // The states are not asked for, nor what stands where the program writes zeros.
+        EXPECT_GE(same, 8 * 5) << states;
+    }
+}
+
+TEST_F(DumpLayout, SameSignWhateverTheNumberOfRoots) {
+    std::mt19937_64 random(6);
+    job made = support::random_job(random, 1, 1, 2, 3, 0, 40);
+    support::write_job(".", "ref", made);
+    const std::string right = without_roots(told("ref"));
+    for (const int states : {1, 2, 3, 4, 5, 6, 10}) {
+        made.mci = 4 * states;
+        made.xpy.resize(static_cast<std::size_t>(2 * 6 * made.mci));
+        support::write_job(".", "a", made);
+        const std::string result = told("a");
+        EXPECT_EQ(without_roots(result), right) << states;
+        EXPECT_THAT(result, testing::HasSubstr(" " + std::to_string(made.mci) + "\n NFC "));
+        EXPECT_EQ(without_roots(told("a", "ref.sgn")), right) << states;
+        // With as many other values before the amplitudes as there are words, they stand where a
+        // dump that does not tell its layout has them: twelve roots are read either way.
+        dump plain("a.cis");
+        for (std::size_t word = 0; word < 12; ++word) plain.values[word] = "0.31000000D+00";
+        plain.write("a.cis");
+        EXPECT_EQ(told("a") == result, states == 3) << states;
+        // Another number of roots than the log sought is no error.
+        support::write_job(".", "a", made);
+        support::write_file(
+            "a.log", support::replaced(contents_of("ref.log"), "seek:    40", "seek:     7"));
+        EXPECT_EQ(without_roots(told("a", "ref.sgn")), right);
+    }
+}
+
+TEST_F(DumpLayout, SizesOfAnotherJobAreRefused) {
+    std::mt19937_64 random(7);
+    // Of each pair the first is the reference's, the second the job's.
+    const struct {
+        std::int32_t nfc, mi, ma, nfv;
+        const char* end;
+    } jobs[] = {
+        {1, 2, 4, 1,
+         "2: a.fchk: holds 64 MO coefficients where the 9 basis functions of the "
+         "reference make 81: does it belong to another molecule or basis set?"},
+        {0, 4, 6, 0,
+         "2: a.fchk: holds 100 MO coefficients where the 9 basis functions of the "
+         "reference make 81: does it belong to another molecule or basis set?"},
+        {0, 3, 5, 1,
+         "2: a.cis: holds 15 amplitudes per root and spin where 2 active occupied and "
+         "6 active virtual orbitals make 12: is it the dump of another job?"},
+    };
+    support::write_job(".", "ref", support::random_job(random, 1, 1, 2, 6, 0, 4));
+    const std::string reference = told("ref");
+    for (const auto& [nfc, mi, ma, nfv, end] : jobs) {
+        const job other = support::random_job(random, 1, nfc, mi, ma, nfv, 4);
+        support::write_job(".", "a", other);
+        EXPECT_EQ(told("a", "ref.sgn"), end);
+        EXPECT_FALSE(fs::exists("a.sgn"));
+        // What the files do not tell is not asked for: the numbers that are there are taken.
+        support::write_job(".", "a", other, {.layout_told = false});
+        support::write_file("a.fchk", support::replaced(contents_of("a.fchk"), "N=", "n="));
+        EXPECT_THAT(told("a", "ref.sgn"), testing::Not(testing::HasSubstr("another"))) << end;
+        fs::remove("a.sgn");
+    }
+    // Orbitals that were removed as linearly dependent.
+    support::write_job(".", "a", support::random_job(random, 1, 1, 2, 6, 0, 4));
+    const std::string checkpoint = contents_of("a.fchk");
+    support::write_file("a.fchk",
+                        support::replaced(checkpoint, "N=          81", "N=          72"));
+    EXPECT_EQ(told("a", "ref.sgn"),
+              "2: a.fchk: holds 72 MO coefficients where the 9 basis functions of the reference "
+              "make 81: if linear dependences were removed, the tool sgn_states treats such jobs");
+    EXPECT_EQ(told("ref", "ref.sgn"), reference);
+}
+
+}  // namespace
