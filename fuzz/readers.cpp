@@ -98,6 +98,21 @@ void read_amplitudes(std::string_view file) {
     std::vector<double> xpy(2 * 2 * 2 * 2);
     attempt([&] { flib::qm_file_ci_xpy(file, 2, 2, 2, xpy, info); });
     attempt([&] { flib::qm_file_ci_xpy(file, 0, 2, INT32_MAX, xpy, info); });
+    // By the layout that a dump tells; its numbers cannot be more than the file holds.
+    attempt([&] {
+        const auto layout = flib::qm_file_dump_layout(file);
+        if (!layout) return;
+        const std::int32_t roots = layout->roots;
+        const std::int32_t amplitudes = layout->amplitudes;
+        fuzz::require(layout->states <= roots && roots >= 1 && amplitudes >= 1,
+                      "a layout of nothing");
+        const std::size_t count = flib::xpy_count(1, amplitudes, roots);
+        fuzz::require(count <= 4096, "a layout larger than the file");
+        std::vector<double> plus(count);
+        attempt([&] { flib::qm_file_ci_xpy(file, 1, amplitudes, roots, plus, info); });
+        attempt([&] { flib::qm_file_ci_xmy(file, 1, amplitudes, roots, plus, info); });
+        attempt([&] { flib::qm_file_ci_energy(file, roots, plus, info); });
+    });
 }
 
 }  // namespace

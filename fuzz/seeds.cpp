@@ -64,11 +64,12 @@ int main(int argc, char** argv) {
     int number = 0;
     for (const bool oniom : {false, true}) {
         for (const char* const kind : {"reference", "mapped"}) {
-            for (const int size : oniom ? std::vector{1, 2} : std::vector{1, 2, 3}) {
+            for (const int size : oniom ? std::vector{1, 2} : std::vector{1, 2, 3, 4}) {
                 support::job job = size == 3 ? job_with_blocks(random)
                                              : support::random_job(random, 3, size - 1, size,
                                                                    size + 1, size - 1, size);
-                support::write_job(".", "a", job);
+                // Of the last the dump does not tell its layout.
+                support::write_job(".", "a", job, {.layout_told = size != 4});
                 if (oniom) {
                     support::write_file("a.log", layered(support::contents_of("a.log")));
                     // The checkpoint counts the high layer only.

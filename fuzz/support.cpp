@@ -48,6 +48,10 @@ constexpr std::string_view troublesome[] = {"0",
                                             "1.2.3",
                                             "0.1D",
                                             "5e-324",
+                                            "0.49406565-323",
+                                            "0.98813129-323",
+                                            "0.19762626-322",
+                                            "0.10609979-313",
                                             "99999999999999999999.9"};
 
 void write_whole(int descriptor, std::string_view contents, std::size_t at) {
