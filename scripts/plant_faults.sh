@@ -70,7 +70,9 @@ programs_for() {
         lib/*/text/*) near="util search io qm_file" ;;
         lib/*density* | lib/*/matrix_product*) near=excited ;;
         lib/*/mo_columns*) near=numfreq ;;
-        lib/*/excited/qm_file_ci_xpy*) near="qm_file numfreq" ;;
+        lib/*/excited/*dump* | lib/*/excited/root_norms* | lib/*/excited/qm_file_ci_xpy*)
+            near="excited qm_file numfreq"
+            ;;
         lib/*/excited/* | lib/*/qm_file/*) near="qm_file excited" ;;
         lib/*/util/units.h) near="sgn_states util qm_file" ;;
         lib/*/util/*) near="util qm_file" ;;

@@ -45,8 +45,19 @@ dump_values::dump_values(std::int32_t fid, std::size_t count)
     check_behind();
 }
 
-std::int64_t dump_values::line_at(std::size_t line) const {
-    return begin_ + static_cast<std::int64_t>(line) * line_length_;
+/// Goes to where line `line` (from 0 on) begins if all have one length. False if none begins there,
+/// or one with another number of values.
+bool dump_values::go_to_line(std::size_t line) const {
+    const std::int64_t offset = static_cast<std::int64_t>(line) * line_length_;
+    file_.go_to(begin_);
+    if (line_length_ == 0 || offset > file_.bytes_left()) return false;
+    file_.go_to(begin_ + offset - 1);
+    std::string_view text = file_.peek(longest_line);
+    if (!text.starts_with('\n')) return false;
+    file_.go_to(begin_ + offset);
+    text.remove_prefix(1);
+    const std::size_t items = std::min(per_line_, count_ - line * per_line_);
+    return count_items(text.substr(0, text.find('\n'))) == items;
 }
 
 /// Sees from the first line and the place where the last one has to be whether all have one length.
@@ -55,24 +66,7 @@ bool dump_values::find_lines() {
     const std::string_view first = whole_line(file_.peek(longest_line));
     per_line_ = count_items(first);
     line_length_ = static_cast<std::int64_t>(first.size());
-    if (per_line_ == 0 || count_ <= per_line_) {
-        line_length_ = 0;
-        return false;
-    }
-    const std::size_t before_last = (count_ - 1) / per_line_;
-    const std::int64_t last = line_at(before_last);
-    if (last - begin_ <= file_.bytes_left()) {
-        file_.go_to(last - 1);
-        std::string_view text = file_.peek(longest_line);
-        if (text.starts_with('\n')) {
-            text.remove_prefix(1);
-            const std::string_view line = text.substr(0, text.find('\n'));
-            if (count_items(line) == count_ - before_last * per_line_) {
-                file_.go_to(last);
-                return skip_record(fid_);
-            }
-        }
-    }
+    if (per_line_ != 0 && go_to_line((count_ - 1) / per_line_)) return skip_record(fid_);
     line_length_ = 0;
     file_.go_to(begin_);
     return false;
@@ -113,27 +107,13 @@ void dump_values::check_behind() const {
 }
 
 item_reader dump_values::from(std::size_t first, std::size_t count) const {
-    std::size_t done = 0;
-    file_.go_to(begin_);
-    if (line_length_ != 0) {
-        const std::size_t line = first / per_line_;
-        const std::int64_t at = line_at(line);
-        const auto length = static_cast<std::size_t>(line_length_);
-        file_.go_to(at == begin_ ? at : at - 1);
-        std::string_view text = file_.peek(length + 1);
-        const bool follows = at == begin_ || text.starts_with('\n');
-        if (at != begin_ && follows) text.remove_prefix(1);
-        const std::string_view found = text.substr(0, text.find('\n') + 1);
-        const bool is_last = line == (count_ - 1) / per_line_;
-        // A line of another length before it: then all are read.
-        const bool known =
-            follows && (is_last || (found.size() == length && count_items(found) == per_line_));
-        file_.go_to(known ? at : begin_);
-        if (known) done = line * per_line_;
-    }
+    // Behind a line of another length than the others', all values are read.
+    const std::size_t line = line_length_ == 0 ? 0 : first / per_line_;
+    const std::size_t passed_over = go_to_line(line) ? line * per_line_ : 0;
+    if (passed_over == 0) file_.go_to(begin_);
     item_reader values(fid_);
-    values.begin_reals(first + count, done);
-    values.check_part(first - done);
+    values.begin_reals(first + count, passed_over);
+    values.check_part(first - passed_over);
     return values;
 }
 

@@ -21,7 +21,7 @@ class dump_values {
     item_reader from(std::size_t first, std::size_t count) const;
 
   private:
-    std::int64_t line_at(std::size_t line) const;
+    bool go_to_line(std::size_t line) const;
     bool find_lines();
     void check_lines();
     void check_behind() const;
