@@ -229,14 +229,14 @@ template <int length>
     return _mm256_or_pd(value, _mm256_and_pd(_mm256_castsi256_pd(parts.sign), sign_bit));
 }
 
-/// Whether nothing but blanks stands in the `length` columns before each of the tails.
-template <int length>
-bool are_blank_before(const char* const* tails) {
-    bool blank = true;
+/// Clears the bits of `blank` for the characters from the heads of four numbers on that are no
+/// blanks.
+[[gnu::target("avx2,fma"), gnu::always_inline]] inline void look_for_blanks(
+    const char* const* tails, int head, __m128i& blank) {
     for (int i = 0; i < 4; ++i) {
-        blank &= std::memcmp(tails[i] - length, "                ", length) == 0;
+        const __m128i text = _mm_loadu_si128(reinterpret_cast<const __m128i*>(tails[i] - head));
+        blank = _mm_and_si128(blank, _mm_cmpeq_epi8(text, _mm_set1_epi8(' ')));
     }
-    return blank;
 }
 
 /// Where the tails of the numbers stand in their lines.
@@ -269,15 +269,20 @@ template <const line_shape& line, bool keep>
         }
         __m256i fit = _mm256_set1_epi8(-1);
         __m256d doubt = _mm256_setzero_pd();
+        __m128i blank = _mm_set1_epi8(-1);
         alignas(32) double numbers[numbers_at_once];
         for (std::size_t n = 0; n < numbers_at_once; n += 4) {
             const char* tails[4];
             for (std::size_t i = 0; i < 4; ++i) tails[i] = at + tail_places<line>[n + i];
             four_parts parts = take_tails(tails, shape);
             if constexpr (in_head) add_heads<line.head()>(tails, parts);
-            if constexpr (!in_head) good &= are_blank_before<line.head()>(tails);
+            if constexpr (!in_head) look_for_blanks(tails, line.head(), blank);
             fit = _mm256_and_si256(fit, parts.fits);
             if constexpr (keep) _mm256_store_pd(numbers + n, join(parts, powers.data(), doubt));
+        }
+        if constexpr (!in_head) {
+            constexpr int all = (1 << line.head()) - 1;
+            good &= (_mm_movemask_epi8(blank) & all) == all;
         }
         good = good && _mm256_movemask_epi8(fit) == -1 && _mm256_movemask_pd(doubt) == 0;
         if (!good) break;
