@@ -1,5 +1,5 @@
-// sgn_states as its users run it: the smaller bundled set, in which states change places, and
-// water.
+// sgn_states as its users run it: the smaller bundled set, in which states change places, water,
+// and a set with linear dependences.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -43,6 +43,8 @@ class SgnStates : public testing::Test {
 
 TEST_F(SgnStates, SaysAndWritesThis) {
     fs::copy(EXAMPLES "/water", scratch_.path());
+    fs::copy(support::data_file("dependent"), scratch_.path(),
+             fs::copy_options::recursive | fs::copy_options::skip_existing);
     support::expect_session("sgn_states/session.txt", scratch_.path(), rounded);
 }
 

@@ -18,7 +18,7 @@ using states::job;
 using states::reference_set;
 
 reference_set prepared(job reference) {
-    std::vector<std::int32_t> all(static_cast<std::size_t>(reference.counts.mci));
+    std::vector<std::int32_t> all(static_cast<std::size_t>(reference.states));
     std::iota(all.begin(), all.end(), 1);
     return prepare(std::move(reference), all);
 }
@@ -38,7 +38,8 @@ std::string text_of(const Range& numbers) {
 /// Everything that is known of a followed job, in a line per state.
 std::string text_of(const followed_job& of) {
     std::ostringstream text;
-    for (const auto& [state, kind, root, overlap, sign, values, element, overlaps] : of.states) {
+    for (const auto& [state, kind, root, overlap, sign, values, spin, element, overlaps] :
+         of.states) {
         text << state << ' ' << name_of(kind) << ' ' << root << ' ' << sign << ' '
              << text_of(std::array{overlap}) << "; ";
         if (values) text << text_of(std::array{values->energy}) << ' ' << text_of(values->dipole);
@@ -103,7 +104,8 @@ TEST(Following, SeesThroughPhasesAndExchanges) {
         const char* reference;
         int exchanged;
     } sets[] = {{EXAMPLES "/water", "water_states.txt", "h2o_ref", 0},
-                {TEST_DATA "/crossing", "crossing/states.txt", "h2ox_ref", 4}};
+                {TEST_DATA "/crossing", "crossing/states.txt", "h2ox_ref", 4},
+                {TEST_DATA "/dependent", "dependent/states.txt", "wd_ref", 0}};
     const std::filesystem::path home = std::filesystem::current_path();
     for (const auto& [directory, table, name, exchanged] : sets) {
         std::filesystem::current_path(directory);  // of logs and dumps
@@ -136,6 +138,34 @@ TEST(Following, SeesThroughPhasesAndExchanges) {
         EXPECT_EQ(exchanges, exchanged);
     }
     std::filesystem::current_path(home);
+}
+
+TEST(Following, KeepsSingletsAndTripletsApart) {
+    using enum flib::root_spin;
+    job reference = with_roots("1 0 0, 0 1 0, 0 0 1");
+    reference.spin = {singlet, triplet, singlet};
+    const reference_set from = prepared(std::move(reference));
+    // Its triplet looks like the reference's first state, and nothing is left for the third.
+    job now = with_roots("0.99 0.1 0, 0.95 0 0.3, 0 1 0.1");
+    now.spin = {triplet, singlet, triplet};
+    const states::thresholds none{.mixed_below = 0, .lost_below = 0};
+    const followed_job told = follow(from, now, none);
+    EXPECT_EQ(text_of(told),
+              "1 exchanged 2 1 0.95; 0.50 21.00 22.00 23.00; 0.95; 0.00 0.95 0.00\n"
+              "2 exchanged 3 1 1.00; 0.75 31.00 32.00 33.00; 1.00; 0.10 0.00 1.00\n"
+              "3 lost 0 0 0.00; ; 0.00; 0.00 0.30 0.00\n"
+              "stigruz 1 disagrees, doubt");
+    EXPECT_EQ(told.states[0].spin, singlet);
+    EXPECT_EQ(told.states[1].spin, triplet);
+    EXPECT_EQ(told.states[2].spin, std::nullopt);
+    EXPECT_EQ(from.states[1].spin, triplet);
+    // A dump that does not tell them does not hinder.
+    now.spin.clear();
+    EXPECT_EQ(text_of(follow(from, now, none)),
+              "1 same 1 1 0.99; 0.25 11.00 12.00 13.00; 0.99; 0.99 0.95 0.00\n"
+              "2 exchanged 3 1 1.00; 0.75 31.00 32.00 33.00; 1.00; 0.10 0.00 1.00\n"
+              "3 exchanged 2 1 0.30; 0.50 21.00 22.00 23.00; 0.30; 0.00 0.30 0.10\n"
+              "stigruz 1 agrees, doubt");
 }
 
 TEST(Following, DoesNotDependOnPhasesAndOrderOfOrbitals) {

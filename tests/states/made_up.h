@@ -8,21 +8,22 @@
 
 #include "states/job.h"
 
-/// A job with random orbitals, amplitudes, dipoles and energies. Without `mixed_orbitals` every
+/// A job with random orbitals, amplitudes, dipoles and energies, all of its roots being states. It
+/// has as many orbitals as basis functions unless `nbsuse` is given. Without `mixed_orbitals` every
 /// orbital is a basis function.
 inline states::job made_up(numfreq::job_counts counts, unsigned seed, bool mixed_orbitals = true) {
-    counts.nbsuse = counts.nbasis;
+    if (counts.nbsuse == 0) counts.nbsuse = counts.nbasis;
     std::mt19937_64 bits(seed);
     std::uniform_real_distribution<double> range(-1, 1);
     const auto fill = [&](auto values) {
         std::ranges::generate(values, [&] { return range(bits); });
     };
-    states::job made({"made", "made.fchk", "made.log", "made.cis"}, counts);
+    states::job made({"made", "made.fchk", "made.log", "made.cis"}, counts, counts.mci);
     fill(made.xpy.all());
     fill(made.tdip.view().all());
     for (std::int32_t root = 1; root <= counts.mci; ++root) made.energy.push_back(0.25 * root);
     if (mixed_orbitals) fill(made.moc.view().all());
-    for (std::int32_t i = 1; i <= counts.nbasis; ++i) made.moc(i, i) += mixed_orbitals ? 2 : 1;
+    for (std::int32_t i = 1; i <= counts.nbsuse; ++i) made.moc(i, i) += mixed_orbitals ? 2 : 1;
     return made;
 }
 

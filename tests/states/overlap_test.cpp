@@ -19,8 +19,8 @@ double plain_overlap(const job& from, std::int32_t state, const job& to, std::in
                      const flib::matrix<double>& a) {
     const auto& [natom, nbasis, nbsuse, mi, ma, mci, nfc, nfv] = from.counts;
     double product = 0, own = 0, other = 0;
-    for (std::int32_t p = 1; p <= nbasis; ++p) {
-        for (std::int32_t q = 1; q <= nbasis; ++q) {
+    for (std::int32_t p = 1; p <= nbsuse; ++p) {
+        for (std::int32_t q = 1; q <= nbsuse; ++q) {
             const double* x1 = to.amplitudes(root).data();
             double m = 0;
             for (std::int32_t i = 1; i <= mi; ++i) {
@@ -41,18 +41,26 @@ double plain_overlap(const job& from, std::int32_t state, const job& to, std::in
 }
 
 TEST(Overlap, IsThatOfThePlainFormula) {
-    // Frozen orbitals or none, more roots than virtual orbitals and fewer, more roots than states.
+    // Frozen orbitals or none, more roots than virtual orbitals and fewer, more roots than states,
+    // fewer orbitals than basis functions.
     const struct {
         job_counts counts;
         std::int32_t roots;
     } shapes[] = {{{.nbasis = 12, .mi = 3, .ma = 5, .mci = 2, .nfc = 2, .nfv = 2}, 3},
                   {{.nbasis = 12, .mi = 2, .ma = 7, .mci = 3, .nfc = 1, .nfv = 2}, 2},
                   {{.nbasis = 4, .mi = 2, .ma = 2, .mci = 4}, 4},
-                  {{.nbasis = 2, .mi = 1, .ma = 1, .mci = 1}, 1}};
+                  {{.nbasis = 2, .mi = 1, .ma = 1, .mci = 1}, 1},
+                  {{.nbasis = 14, .nbsuse = 12, .mi = 3, .ma = 5, .mci = 3, .nfc = 2, .nfv = 2}, 2},
+                  {{.nbasis = 14, .nbsuse = 12, .mi = 3, .ma = 8, .mci = 2, .nfc = 1}, 2}};
     unsigned seed = 0;
     for (auto [counts, roots] : shapes) {
-        const job from = made_up(counts, ++seed);
+        const std::int32_t orbitals = counts.nbsuse == 0 ? counts.nbasis : counts.nbsuse;
+        job from = made_up(counts, ++seed);
         const flib::matrix<double> a = made_up(counts, ++seed).moc;
+        // The last functions stand for the same as the first.
+        for (std::int32_t p = orbitals + 1; p <= counts.nbasis; ++p) {
+            for (std::int32_t q = 1; q <= orbitals; ++q) from.moc(p, q) = from.moc(p - orbitals, q);
+        }
         counts.mci = roots;
         job to = made_up(counts, ++seed);
         overlap_rows expected(static_cast<std::size_t>(from.counts.mci));
@@ -63,9 +71,13 @@ TEST(Overlap, IsThatOfThePlainFormula) {
             }
         }
         for (std::int32_t p = 1; p <= counts.nbasis; ++p) {
-            for (std::int32_t q = 1; q <= counts.nbasis; ++q) {
-                to.moc(p, q) = 0;
-                for (std::int32_t k = 1; k <= counts.nbasis; ++k) {
+            for (std::int32_t q = 1; q <= orbitals; ++q) {
+                // Their differences are orthogonal to all orbitals of the reference.
+                double outside = 0;
+                if (p > orbitals) outside = q;
+                if (p <= counts.nbasis - orbitals) outside = -q;
+                to.moc(p, q) = outside;
+                for (std::int32_t k = 1; k <= orbitals; ++k) {
                     to.moc(p, q) += from.moc(p, k) * a(k, q);
                 }
             }
@@ -93,6 +105,11 @@ TEST(Overlap, NeedsIndependentOrbitals) {
     // Nearly so is enough to go on.
     bad.moc(1, 5) += 1e-8;
     EXPECT_EQ(support::ending_of([&] { overlap_reference(good).overlaps(bad); }), std::nullopt);
+    // With fewer orbitals than basis functions, too.
+    job fewer = made_up({.nbasis = 6, .nbsuse = 5, .mi = 1, .ma = 3, .mci = 1, .nfc = 1}, 3);
+    EXPECT_EQ(support::ending_of([&] { overlap_reference{fewer}; }), std::nullopt);
+    for (std::int32_t p = 1; p <= 6; ++p) fewer.moc(p, 5) = fewer.moc(p, 1) + fewer.moc(p, 2);
+    EXPECT_EQ(support::ending_of([&] { overlap_reference{fewer}; }), expected);
 }
 
 }  // namespace

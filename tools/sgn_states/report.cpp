@@ -28,9 +28,26 @@ double electronvolts(const root_values& of) {
     return of.energy * flib::hartree_energy;
 }
 
-enum column : std::size_t { job, state, root, overlap, sign, energy, strength, dipole, words };
+enum column : std::size_t {
+    job,
+    state,
+    spin,
+    root,
+    overlap,
+    sign,
+    energy,
+    strength,
+    dipole,
+    words
+};
 
 using row = std::vector<tools::table_cell>;
+using optional_spin = std::optional<flib::root_spin>;
+
+/// Blank if it is not known.
+std::string_view name_of(const optional_spin& of) {
+    return of ? flib::name_of(*of) : std::string_view{};
+}
 
 void show_values(row& cells, const root_values& values) {
     cells[energy].text = decimal(electronvolts(values), 4);
@@ -68,9 +85,9 @@ std::string words_of(const followed_state& of) {
         case verdict::mixed:
             return "mixed: " + largest_two(of.overlaps);
         case verdict::lost:
-            return "lost: " + largest_two(of.overlaps) + "; ask for more roots";
+            return "lost: " + largest_two(of.overlaps) + "; ask for more states";
         default:
-            return std::string(name_of(of.kind));
+            return std::string(states::name_of(of.kind));
     }
 }
 
@@ -79,6 +96,7 @@ row row_of(const std::string& name, const followed_state& of) {
     cells[words] = {words_of(of),
                     of.kind == verdict::same ? tools::paint::good : tools::paint::bad};
     if (of.root == 0) return cells;
+    cells[spin].text = name_of(of.spin);
     cells[root].text = std::to_string(of.root);
     cells[overlap].text = decimal(of.overlap, 4);
     cells[sign].text = std::to_string(of.sign);
@@ -126,7 +144,7 @@ std::string summary(const set_result& result, const options& how) {
              {verdict::same, verdict::exchanged, verdict::mixed, verdict::lost}) {
             text += (kind == verdict::same ? " " : ", ") +
                     std::to_string(count[static_cast<std::size_t>(kind)]) + " " +
-                    std::string(name_of(kind));
+                    std::string(states::name_of(kind));
         }
     }
     if (const std::size_t unread = result.jobs.size() - jobs; jobs > 0 && unread > 0) {
@@ -150,12 +168,13 @@ tools::json_value job_json(const job_result& of) {
         const root_values values = each.values.value_or(root_values{});
         list.push_back({{"state", each.state},
                         {"root", known_json(known, each.root)},
+                        {"spin", known_json(each.spin.has_value(), name_of(each.spin))},
                         {"overlap", known_json(known, each.overlap)},
                         {"sign", each.sign},
                         {"energy", known_json(known, electronvolts(values))},
                         {"dipole", known_json(known, values.dipole)},
                         {"strength", known_json(known, values.oscillator_strength())},
-                        {"verdict", name_of(each.kind)},
+                        {"verdict", states::name_of(each.kind)},
                         {"overlaps", each.overlaps}});
     }
     tools::json_value object{{"name", of.name}, {"checkpoint", of.checkpoint}, {"states", list}};
@@ -166,11 +185,16 @@ tools::json_value job_json(const job_result& of) {
 }
 
 std::vector<std::string> csv_fields(const std::string& name, std::int32_t number,
-                                    std::string root_number, std::string magnitude,
-                                    std::string its_sign, const std::optional<root_values>& values,
+                                    std::string root_number, const optional_spin& its_spin,
+                                    std::string magnitude, std::string its_sign,
+                                    const std::optional<root_values>& values,
                                     std::string_view kind) {
-    std::vector<std::string> fields{name, std::to_string(number), std::move(root_number),
-                                    std::move(magnitude), std::move(its_sign)};
+    std::vector<std::string> fields{name,
+                                    std::to_string(number),
+                                    std::move(root_number),
+                                    std::string(name_of(its_spin)),
+                                    std::move(magnitude),
+                                    std::move(its_sign)};
     if (values) {
         fields.push_back(tools::csv_real(electronvolts(*values)));
         fields.push_back(tools::csv_real(values->oscillator_strength()));
@@ -182,22 +206,35 @@ std::vector<std::string> csv_fields(const std::string& name, std::int32_t number
     return fields;
 }
 
+/// A column of singlets alone tells nothing.
+bool has_triplets(const set_result& result) {
+    const auto is_triplet = [](const auto& state) {
+        return state.spin == flib::root_spin::triplet;
+    };
+    return std::ranges::any_of(result.reference.states, is_triplet) ||
+           std::ranges::any_of(result.jobs, [&](const job_result& each) {
+               return each.followed && std::ranges::any_of(each.followed->states, is_triplet);
+           });
+}
+
 }  // namespace
 
 std::string table(const set_result& result, const options& how, const tools::terminal& on) {
     tools::table all{{{"Job"},
                       {"State", true},
+                      {"Spin", false, 2},
                       {"Root", true},
                       {"Overlap", true},
                       {"Sign", true},
-                      {"eV", true, 2},
-                      {"Strength", true, 3},
+                      {"eV", true, 3},
+                      {"Strength", true, 4},
                       {"Corrected dipole (au)", true, 1},
                       {"Verdict"}},
                      {}};
     for (const states::reference_state& each : result.reference.states) {
         row& cells =
             all.rows.emplace_back(new_row(result.reference.reference.files.name, each.state));
+        cells[spin].text = name_of(each.spin);
         show_values(cells, each.values);
         cells[words].text = "reference";
     }
@@ -206,6 +243,10 @@ std::string table(const set_result& result, const options& how, const tools::ter
         for (const followed_state& of : each.followed->states) {
             all.rows.push_back(row_of(each.name, of));
         }
+    }
+    if (!has_triplets(result)) {
+        all.columns.erase(all.columns.begin() + spin);
+        for (row& cells : all.rows) cells.erase(cells.begin() + spin);
     }
     return tools::table_text(all, on) + summary(result, how);
 }
@@ -220,6 +261,7 @@ std::string json(const set_result& result, const options& how) {
         {"unreadable", tools::json_value::array()}};
     for (const states::reference_state& each : result.reference.states) {
         all["states"].push_back({{"state", each.state},
+                                 {"spin", known_json(each.spin.has_value(), name_of(each.spin))},
                                  {"energy", electronvolts(each.values)},
                                  {"dipole", each.values.dipole},
                                  {"strength", each.values.oscillator_strength()}});
@@ -237,12 +279,12 @@ std::string json(const set_result& result, const options& how) {
 
 std::string csv(const set_result& result) {
     std::string text =
-        tools::csv_line({"job", "state", "root", "overlap", "sign", "energy", "strength",
+        tools::csv_line({"job", "state", "root", "spin", "overlap", "sign", "energy", "strength",
                          "dipole_x", "dipole_y", "dipole_z", "verdict", "overlaps"});
     for (const states::reference_state& each : result.reference.states) {
         std::vector<std::string> fields =
-            csv_fields(result.reference.reference.files.name, each.state, "", "", "", each.values,
-                       "reference");
+            csv_fields(result.reference.reference.files.name, each.state, "", each.spin, "", "",
+                       each.values, "reference");
         fields.emplace_back();
         text += tools::csv_line(fields);
     }
@@ -251,9 +293,9 @@ std::string csv(const set_result& result) {
         for (const followed_state& of : each.followed->states) {
             const bool known = of.root != 0;
             std::vector<std::string> fields =
-                csv_fields(each.name, of.state, known ? std::to_string(of.root) : "",
+                csv_fields(each.name, of.state, known ? std::to_string(of.root) : "", of.spin,
                            known ? tools::csv_real(of.overlap) : "", std::to_string(of.sign),
-                           of.values, name_of(of.kind));
+                           of.values, states::name_of(of.kind));
             std::string& overlaps = fields.emplace_back();
             for (const double value : of.overlaps) {
                 overlaps.append(overlaps.empty() ? "" : " ").append(tools::csv_real(value));

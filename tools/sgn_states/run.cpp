@@ -68,14 +68,14 @@ std::vector<job_result> jobs_of(const options& how, const job_files& reference) 
 }
 
 std::vector<std::int32_t> wanted_states(const options& how, const states::job& reference) {
-    const std::int32_t roots = reference.counts.mci;
-    if (how.states.empty()) return tools::numbers_in({{1, roots}}, roots);
-    if (const std::int32_t state = tools::largest_in(how.states); state > roots) {
+    const std::int32_t known = reference.states;
+    if (how.states.empty()) return tools::numbers_in({{1, known}}, known);
+    if (const std::int32_t state = tools::largest_in(how.states); state > known) {
         throw flib::run_error("--states: there is no state " + std::to_string(state) + ", " +
                               flib::printable(reference.files.checkpoint) + " has " +
-                              std::to_string(roots));
+                              std::to_string(known));
     }
-    return tools::numbers_in(how.states, roots);
+    return tools::numbers_in(how.states, known);
 }
 
 /// The result file of a state must not be that of another job.

@@ -35,6 +35,12 @@ double density_element(const job& now, std::int32_t root, const flib::element_lo
     return element.value(now.amplitudes(root));
 }
 
+/// A singlet has nothing in common with a triplet, however alike their alpha amplitudes are.
+bool of_other_spin(const job& reference, std::size_t row, const job& now, std::size_t column) {
+    if (reference.spin.empty() || now.spin.empty()) return false;
+    return reference.spin[row] != now.spin[column];
+}
+
 verdict judge(const followed_state& of, double weight, const thresholds& limits) {
     // What is not a number is below every threshold.
     if (!(weight >= limits.lost_below)) return verdict::lost;
@@ -57,6 +63,7 @@ followed_state judge_state(const reference_state& state, std::optional<std::size
     result.overlap = std::abs(overlap);
     result.sign = (overlap > 0 ? 1 : 0) - (overlap < 0 ? 1 : 0);
     result.values = values_of(now, result.root);
+    result.spin = now.spin_of(result.root);
     for (double& component : result.values->dipole) component *= result.sign;
     result.element_value = density_element(now, result.root, state.element);
     return result;
@@ -93,7 +100,7 @@ reference_set prepare(job&& reference, std::span<const std::int32_t> wanted) {
     std::vector<reference_state> states;
     for (const std::int32_t state : wanted) {
         const auto [at, value] = largest_element(reference, state);
-        states.push_back({state, values_of(reference, state), at, value});
+        states.push_back({state, values_of(reference, state), reference.spin_of(state), at, value});
     }
     reference.moc = flib::matrix<double>(0, 0, "");
     reference.xpy = {};
@@ -106,8 +113,18 @@ bool followed_job::clear() const {
 }
 
 followed_job follow(const reference_set& from, const job& now, const thresholds& limits) {
-    const overlap_rows rows = from.overlaps.overlaps(now);
-    const auto columns = assign(rows);
+    overlap_rows rows = from.overlaps.overlaps(now);
+    for (std::size_t row = 0; row < rows.size(); ++row) {
+        for (std::size_t column = 0; column < rows[row].size(); ++column) {
+            if (of_other_spin(from.reference, row, now, column)) rows[row][column] = 0;
+        }
+    }
+    auto columns = assign(rows);
+    for (std::size_t row = 0; row < rows.size(); ++row) {
+        // Where nothing better is left, an overlap of 0 is assigned, too.
+        auto& column = columns[row];
+        if (column && of_other_spin(from.reference, row, now, *column)) column.reset();
+    }
     followed_job result;
     for (const reference_state& state : from.states) {
         const auto row = static_cast<std::size_t>(state.state) - 1;

@@ -40,6 +40,7 @@ root_values values_of(const job& now, std::int32_t root);
 struct reference_state {
     std::int32_t state = 0;  ///< from 1 on
     root_values values;
+    std::optional<flib::root_spin> spin{};  ///< if the dump tells it
     /// The largest element of its transition density, which stigruz would choose, and its value.
     flib::element_location element{0, 0};
     double element_value = 0;
@@ -64,8 +65,9 @@ struct followed_state {
     double overlap = 0;                   ///< its magnitude
     std::int32_t sign = 0;                ///< of the overlap
     std::optional<root_values> values{};  ///< of the root, the dipole times the sign
-    double element_value = 0;             ///< of the root's density at the state's element
-    std::vector<double> overlaps{};       ///< with every root of the job
+    std::optional<flib::root_spin> spin{};  ///< of the root, if the dump tells it
+    double element_value = 0;               ///< of the root's density at the state's element
+    std::vector<double> overlaps{};  ///< with every state of the job; 0 where the spins differ
 };
 
 /// What stigruz makes of the first state: the first root's density at the element.
@@ -82,8 +84,8 @@ struct followed_job {
     bool clear() const;
 };
 
-/// Follows the states into a job of the reference's sizes. Throws flib::run_error if its orbitals
-/// are linearly dependent.
+/// Follows the states into a job of the reference's sizes. A singlet is never continued by a
+/// triplet, nor the other way. Throws flib::run_error if its orbitals are linearly dependent.
 followed_job follow(const reference_set& from, const job& now, const thresholds& limits);
 
 }  // namespace states

@@ -1,11 +1,13 @@
-// A job with all its states, read from its three files.
+// A job with its states, read from its three files.
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
 
+#include "flib/excited/root_norms.h"
 #include "flib/util/matrix.h"
 #include "numfreq/job_atoms.h"
 #include "numfreq/job_counts.h"
@@ -23,29 +25,36 @@ struct job_files {
 /// The files of the job with this checkpoint. Throws flib::run_error if its name is blank.
 job_files files_of(const std::string& checkpoint);
 
-/// What a job's files hold.
+/// What a job's files hold of its states: of all roots those that converged and that the log
+/// prints.
 struct job {
-    /// Zeros. Throws flib::run_error without enough memory.
-    job(job_files its_files, const numfreq::job_counts& sizes);
+    /// Zeros for so many states. Throws flib::run_error without enough memory.
+    job(job_files its_files, const numfreq::job_counts& sizes, std::int32_t its_states);
 
-    /// Component 1 of the amplitudes of `root` (from 1 on), ma x mi.
+    /// Component 1 of the amplitudes of `root` (from 1 on), ma x mi: X+Y of alpha spin.
     std::span<const double> amplitudes(std::int32_t root) const;
 
+    /// The spin of `root`; nullopt if the dump does not tell it.
+    std::optional<flib::root_spin> spin_of(std::int32_t root) const;
+
     job_files files;
-    numfreq::job_counts counts;
+    numfreq::job_counts counts;  ///< mci: roots to seek of the log, else roots of the dump
+    std::int32_t states;
     numfreq::job_atoms atoms;
-    flib::matrix<double> force;      ///< 3 x natom, Hartree/Bohr
-    flib::matrix<double> moc;        ///< nbasis x nbasis: basis function, orbital
-    flib::matrix<double> tdip;       ///< 3 x mci, atomic units
-    std::vector<double> energy;      ///< of excitation, Hartree
-    flib::zeroed_array<double> xpy;  ///< ma x mi x 2 x mci
+    flib::matrix<double> force;         ///< 3 x natom, Hartree/Bohr
+    flib::matrix<double> moc;           ///< nbasis x nbsuse: basis function, orbital
+    flib::matrix<double> tdip;          ///< 3 x states, atomic units
+    std::vector<double> energy;         ///< of excitation, Hartree
+    flib::zeroed_array<double> xpy;     ///< ma x mi x 2 x states (or more)
+    std::vector<flib::root_spin> spin;  ///< of every state, or empty
 };
 
 /// Reads the job with this checkpoint. Throws flib::run_error, which names the file, if one of its
 /// files is of another kind, cannot be read or changes meanwhile, and if overlaps make no sense
-/// with what it holds: no roots, fewer independent than basis functions, counts that contradict
-/// each other, numbers that are not finite, a root without amplitudes. With a `reference`, the job
-/// must also have its atoms and sizes; only the number of roots may be another.
+/// with what it holds: a dump of another record or with fewer roots than the log has states, counts
+/// that contradict each other, numbers that are not finite, amplitudes that are not normalised as
+/// amplitudes are, a root that is neither a singlet nor a triplet. With a `reference`, the job must
+/// also have its atoms and sizes; only the numbers of states and roots may be others.
 job read_job(const std::string& checkpoint, const job* reference = nullptr);
 
 }  // namespace states

@@ -15,8 +15,9 @@ using overlap_rows = std::vector<std::vector<double>>;
 ///
 /// The transition density of root t of a job, in the orbitals of the reference and the metric of
 /// its basis functions, is A_v X1_t A_o^T: X1 the amplitudes (component 1, ma x mi), A = C0^-1 C1
-/// with the orbitals of both jobs as columns, A_v and A_o its columns of active virtual and active
-/// occupied orbitals. Its overlap with state s of the reference is
+/// with the orbitals of both jobs as columns, or (C0^T C0)^-1 C0^T C1 where there are fewer
+/// orbitals than basis functions, A_v and A_o its columns of active virtual and active occupied
+/// orbitals. Its overlap with state s of the reference is
 ///
 ///   O(s, t) = sum over a, i of X0_s(a, i) (A_vv X1_t A_oo^T)(a, i) / (|X0_s| |A_v X1_t A_o^T|),
 ///
@@ -30,7 +31,7 @@ class overlap_reference {
     ~overlap_reference();
     overlap_reference(overlap_reference&&) noexcept;
 
-    /// The overlaps with all roots of a job of the same sizes. Throws flib::run_error if its
+    /// The overlaps with all states of a job of the same sizes. Throws flib::run_error if its
     /// orbitals are linearly dependent.
     overlap_rows overlaps(const job& now) const;
 

@@ -91,13 +91,9 @@ void qm_file_ci_energy(std::string_view fname, std::int32_t nci, std::span<doubl
     const std::size_t count = element_count({nci}, "the excitation energies");
     require_room(fname, count, "excitation energies", energy.size());
     const amplitude_dump dump(fname, info);
-    item_reader values = dump.all_values();
-    if (dump.layout()) {
-        require_rest(dump, "the excitation energies");
-        dump.require_roots(nci);
-        values = dump.energies(count);
-    }
-    values.begin_reals(count);
+    require_rest(dump, "the excitation energies");
+    dump.require_roots(nci);
+    item_reader values = dump.energies(count);
     values.take_part(energy.first(count));
     values.finish();
 }
