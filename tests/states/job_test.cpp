@@ -248,6 +248,12 @@ TEST_F(ReadingAJob, FollowsDumpsOfOtherShapes) {
     plain.write("h2ox_02yp.cis");
     support::write_file("h2ox_02yp.log", support::replaced(log, "seek:    16", "seek:     5"));
     expect("4 5 0" + from_log);
+    // What the second component is then is not known.
+    dump half = plain;
+    std::fill_n(half.values.begin() + 5 + 3 * dump::block, dump::block, "0.0");
+    half.write("h2ox_02yp.cis");
+    expect("4 5 0" + from_log);
+    plain.write("h2ox_02yp.cis");
     support::write_file("h2ox_02yp.log", support::replaced(log, "seek:    16", "seek:     3"));
     EXPECT_EQ(text(read_job("h2ox_02yp.fchk")), "3 3 0 0.34209944 0.41649109 0.41656459");
     support::write_file("h2ox_02yp.log", support::replaced(log, "roots to seek", "roots"));
