@@ -5,6 +5,7 @@
 #include <iterator>
 #include <sstream>
 
+#include "flib/excited/qm_file_ci_xpy.h"
 #include "flib/excited/qm_file_mo_coeff_nbasis_nbsuse.h"
 #include "support/support.h"
 
@@ -23,6 +24,39 @@ TEST(ExcitedStateReaders, AnswerAsTheRowsSay) {
         EXPECT_THAT(std::to_string(ended.status) + ": " + ended.output + ended.errors,
                     testing::HasSubstr(row[5]))
             << row[0] << " of " << row[1] << " with '" << row[3] << "' for '" << from << "'";
+    }
+}
+
+TEST(Dumps, GiveTheRestIfTheyTellWhereItIs) {
+    const auto told = [](const char* name, auto routine, std::size_t room) {
+        const std::string file = support::data_file(std::string("gaussian/") + name);
+        std::vector<double> values(room, -7);
+        std::int32_t info = -9;
+        std::ostringstream text;
+        text << support::answer_of(file, [&] {
+            routine(file, values, info);
+            return "read";
+        });
+        for (const double value : values) text << ' ' << value;
+        text << " (" << info << ')';
+        return text.str();
+    };
+    const auto minus = [](const std::string& file, auto& values, auto& info) {
+        flib::qm_file_ci_xmy(file, 1, 2, 2, values, info);
+    };
+    const auto energies = [](const std::string& file, auto& values, auto& info) {
+        flib::qm_file_ci_energy(file, 2, values, info);
+    };
+    EXPECT_EQ(told("roots.cis", minus, 9), "read 0.5 1 0.5 1 0.5 -1 -0.5 1 -7 (1)");
+    EXPECT_EQ(told("roots.cis", minus, 7),
+              "exit 2: 8 amplitudes were asked for, but there is room for 7"
+              " -7 -7 -7 -7 -7 -7 -7 (-1)");
+    EXPECT_EQ(told("roots.cis", energies, 3), "read 0.31 0.32 -7 (1)");
+    for (const char* const name : {"plus.cis", "water.cis"}) {
+        EXPECT_EQ(told(name, minus, 8),
+                  "exit 2: does not tell where it holds X-Y -7 -7 -7 -7 -7 -7 -7 -7 (1)");
+        EXPECT_EQ(told(name, energies, 2),
+                  "exit 2: does not tell where it holds the excitation energies -7 -7 (1)");
     }
 }
 

@@ -113,6 +113,12 @@ TEST_F(DumpLayout, SameSignWhateverTheNumberOfRoots) {
         EXPECT_EQ(without_roots(result), right) << states;
         EXPECT_THAT(result, testing::HasSubstr(" " + std::to_string(made.mci) + "\n NFC "));
         EXPECT_EQ(without_roots(told("a", "ref.sgn")), right) << states;
+        // What is not needed is not read.
+        dump damaged("a.cis");
+        std::fill(damaged.values.begin() + 12 + 6, damaged.values.end(), "0.I0000000D+00");
+        damaged.write("a.cis");
+        EXPECT_EQ(without_roots(told("a", "ref.sgn")), right) << states;
+        support::write_job(".", "a", made);
         // With as many other values before the amplitudes as there are words, they stand where a
         // dump that does not tell its layout has them: twelve roots are read either way.
         dump plain("a.cis");
