@@ -22,12 +22,13 @@ std::string joined(const std::vector<std::string>& lines) {
 
 }  // namespace
 
-ending::ending(int status, std::vector<std::string> lines, std::string in_one_line)
+ending::ending(int status, std::vector<std::string> lines, std::string in_one_line,
+               std::string hint)
     : how_(std::make_shared<const contents>(
-          contents{status, std::move(lines), std::move(in_one_line)})) {}
+          contents{status, std::move(lines), std::move(in_one_line), std::move(hint)})) {}
 
-stop_run::stop_run(int status, const std::vector<std::string>& lines)
-    : ending(status, lines, joined(lines)) {}
+stop_run::stop_run(int status, const std::vector<std::string>& lines, const std::string& hint)
+    : ending(status, lines, joined(lines) + (hint.empty() ? "" : ": " + hint), hint) {}
 
 io_error::io_error(std::string_view file, std::int64_t line, std::string_view message)
     : run_error((file.empty() ? "''" : printable(file)) +

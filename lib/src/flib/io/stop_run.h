@@ -26,26 +26,31 @@ class ending : public std::exception {
     int status() const { return how_->status; }
     /// The message, line by line, exactly as it must appear.
     const std::vector<std::string>& lines() const { return how_->lines; }
+    /// What may help, in one line, beyond a fixed message; mostly empty.
+    const std::string& hint() const { return how_->hint; }
     /// The message in one line.
     const char* what() const noexcept override { return how_->in_one_line.c_str(); }
 
   protected:
-    ending(int status, std::vector<std::string> lines, std::string in_one_line);
+    ending(int status, std::vector<std::string> lines, std::string in_one_line,
+           std::string hint = {});
 
   private:
     struct contents {
         int status;
         std::vector<std::string> lines;
         std::string in_one_line;
+        std::string hint;
     };
     std::shared_ptr<const contents> how_;  // so that a copy cannot fail
 };
 
 /// Thrown by a routine that must end the run: the exit status, and the message lines for standard
-/// output.
+/// output. The lines are fixed; a `hint`, for standard error, may say more than they do. what() has
+/// both.
 class stop_run : public ending {
   public:
-    stop_run(int status, const std::vector<std::string>& lines);
+    stop_run(int status, const std::vector<std::string>& lines, const std::string& hint = {});
 };
 
 /// Thrown when a run cannot go on: a one-line diagnostic for standard error, status 2.

@@ -14,6 +14,7 @@
 #include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
 #include "flib/qm_file/detail/facts_steps.h"
+#include "flib/qm_file/detail/keyword.h"
 #include "flib/qm_file/detail/oniom_steps.h"
 #include "flib/qm_file/detail/reader_steps.h"
 #include "flib/qm_file/detail/recognise.h"
@@ -76,6 +77,7 @@ class asker {
     file_kind kind();
     std::int32_t natom();
     std::vector<std::int32_t> numbers();
+    std::vector<std::int32_t> point_charges();
     flib::geometry geometry();
     std::vector<double> masses();
     vector_list forces();
@@ -102,7 +104,7 @@ void asker::ask(quantity which, std::optional<Value>& fact, Value (asker::*reade
     } catch (const not_there& absent) {
         why.reason = absent.what();
     } catch (const stop_run& stop) {
-        why.reason = stop.what();
+        why.reason = stop.hint().empty() ? stop.what() : stop.hint();
     } catch (const line_not_found& absent) {
         why.reason = "no line with '" + absent.word() + "'";
     } catch (const run_error& error) {
@@ -165,7 +167,23 @@ std::vector<std::int32_t> asker::numbers() {
     if (std::ranges::all_of(nat, [](std::int32_t number) { return number == unknown_number; })) {
         throw not_there{"no table holds symbols of elements"};
     }
+    if (is(tag::gaussian_fchk)) facts_.point_charges = point_charges();
     return nat;
+}
+
+// Nuclear charges                            R   N=           6
+//   8.00000000E+00  1.00000000E+00  1.00000000E+00 -8.34000000E-01  4.17000000E-01
+std::vector<std::int32_t> asker::point_charges() {
+    std::vector<std::int32_t> positions;
+    line_buffer line;
+    if (!search_word(fid_, 1, 15, "Nuclear charges", line)) return positions;
+    std::vector<double> charges(static_cast<std::size_t>(atoms()));
+    read_items(fid_, std::span(charges));
+    for (std::size_t i = 0; i < charges.size(); ++i) {
+        if (charges[i] >= 0 && charges[i] == std::floor(charges[i])) continue;
+        positions.push_back(static_cast<std::int32_t>(i) + 1);
+    }
+    return positions;
 }
 
 geometry asker::geometry() {
@@ -208,11 +226,16 @@ std::vector<double> asker::masses() {
 
 vector_list asker::forces() {
     require_kind(is(tag::gaussian_log));
-    const bool of_layer = names_oniom(fid_) && facts_.oniom;
+    const bool of_layer = is_oniom(fid_, tag::gaussian_log) && facts_.oniom;
     vector_list found =
         unknown_vectors(of_layer ? static_cast<std::int32_t>(facts_.oniom->high.size()) : atoms());
     rewind_unit(fid_);
     if (!read_last_forces(fid_, view(found))) {
+        rewind_unit(fid_);
+        line_buffer line;
+        if (of_layer && search_word_free(fid_, "Forces (Hartrees/Bohr)", line)) {
+            throw not_there{"no table of them has a row for each atom of all layers"};
+        }
         throw not_there{
             "no table of them: the job computed no gradient, or the log ends before it"};
     }
@@ -230,16 +253,26 @@ vector_list asker::dipoles() {
 }
 
 oniom_layers asker::oniom() {
-    if (!names_oniom(fid_)) throw not_there{"not an ONIOM job"};
-    rewind_unit(fid_);
+    constexpr const char* no_oniom = "not an ONIOM job";
+    const std::string_view its_tag = facts_.kind ? std::string_view(facts_.kind->tag) : "";
     oniom_layers layers;
+    if (!is(tag::gaussian_fchk) && !is_oniom(fid_, its_tag)) throw not_there{no_oniom};
     if (is(tag::gaussian_log)) {
         layer_counts counts;
+        rewind_unit(fid_);
         count_layers(fid_, counts);
         layers.natom = counts.nqmmm;
         layers.high.resize(static_cast<std::size_t>(counts.nqm));
         rewind_unit(fid_);
         read_layer_index(fid_, counts.nqmmm, layers.high);
+    } else if (is(tag::gaussian_fchk)) {
+        const std::vector<std::int32_t> of_atoms = read_checkpoint_layers(fid_);
+        if (std::ranges::all_of(of_atoms, [](std::int32_t layer) { return layer == 1; })) {
+            throw not_there{no_oniom};
+        }
+        for (const std::int32_t layer : of_atoms) {
+            if (++layers.natom; layer == 1) layers.high.push_back(layers.natom);
+        }
     } else {
         // An input file tells how many there are only by listing them: at most one per line.
         const std::int32_t most = num_file_lines(file());
@@ -263,6 +296,12 @@ basis_counts asker::basis() {
     std::int32_t info = 0;
     qm_file_nbasis_nbsuse(file(), counts.alpha_electrons, counts.beta_electrons, counts.functions,
                           counts.independent, info);
+    line_buffer line;
+    if (counts.functions == 0 && search_word_free(fid_, keyword::fchk_basis_functions, line)) {
+        std::int32_t told = -1;
+        read_items(held_record{fid_, line.padded()}, discard{5}, told);
+        if (told == 0) throw not_there{std::string(no_orbitals)};
+    }
     if (counts.functions < 1) throw not_there{"no line tells the number of basis functions"};
     return counts;
 }

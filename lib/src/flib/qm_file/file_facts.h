@@ -110,6 +110,9 @@ struct file_facts {
     std::optional<file_kind> kind{};
     std::optional<std::int32_t> natom{};
     std::optional<std::vector<std::int32_t>> numbers{};  ///< unknown_number where there is none
+    /// Atoms of a formatted checkpoint, 1-based, that are point charges around an embedded model:
+    /// their nuclear charge is negative or no whole number. Asked for with the numbers.
+    std::vector<std::int32_t> point_charges{};
     std::optional<flib::geometry> geometry{};
     std::optional<std::vector<double>> masses{};  ///< u; NaN where there is none
     std::optional<vector_list> forces{};   ///< Hartree/Bohr; of an ONIOM job, on its high layer

@@ -1,6 +1,7 @@
 #include "flib/qm_file/qm_file_coord.h"
 
 #include "flib/io/free_format.h"
+#include "flib/io/number.h"
 #include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
 #include "flib/qm_file/detail/facts_steps.h"
@@ -8,6 +9,7 @@
 #include "flib/qm_file/detail/oniom_steps.h"
 #include "flib/qm_file/detail/reader_steps.h"
 #include "flib/qm_file/type_tag.h"
+#include "flib/text/line_test.h"
 #include "flib/text/string.h"
 #include "flib/util/units.h"
 
@@ -22,16 +24,31 @@ bool read_as_printed(std::int32_t fid, std::int32_t thrown_away, matrix_view<dou
     return true;
 }
 
-bool read_angstrom(std::int32_t fid, std::int32_t thrown_away, matrix_view<double> x) {
-    read_vector_rows(fid, thrown_away, x);
+/// The end of a table in Angstrom.
+bool from_angstrom(matrix_view<double> x) {
     for (double& value : x.all()) value /= bohr_radius;
     return true;
+}
+
+bool read_angstrom(std::int32_t fid, std::int32_t thrown_away, matrix_view<double> x) {
+    read_vector_rows(fid, thrown_away, x);
+    return from_angstrom(x);
 }
 
 [[noreturn]] void stop_without_coordinates(std::string_view program) {
     throw stop_run{exit_status::complete,
                    {"  Error!", "  Can not find coordinate in " + std::string(program) +
                                     " output file, stop!"}};
+}
+
+/// Reads rows of an orientation table. Dummy atoms, whose atomic number is -1, are none.
+void read_orientation_rows(std::int32_t fid, matrix_view<double> x) {
+    for (std::int32_t i = 1; i <= x.columns(); ++i) {
+        line_buffer number;
+        do {
+            read_items(fid, discard{1}, number, discard{1}, x(1, i), x(2, i), x(3, i));
+        } while (number.padded().starts_with('-'));
+    }
 }
 
 //                          Standard orientation:
@@ -41,14 +58,16 @@ bool read_angstrom(std::int32_t fid, std::int32_t thrown_away, matrix_view<doubl
 //  ---------------------------------------------------------------------
 //       1          8           0        0.000000    0.000000    0.118000
 bool gaussian_log_coord(std::int32_t fid, vectors x) {
-    const bool ifoniom = names_oniom(fid);
+    const bool ifoniom = is_oniom(fid, tag::gaussian_log);
     go_to_end(fid);
     line_buffer line;
     const bool found = ifoniom
                            ? search_word_back_del_space(fid, keyword::gaussian_orientation, line)
                            : search_word_last_del_space(fid, keyword::gaussian_orientation, line);
     if (!found) miss_keyword(keyword::gaussian_orientation);
-    return go_before_first_number(fid) && read_angstrom(fid, 3, x);
+    if (!go_before_first_number(fid)) return false;
+    read_orientation_rows(fid, x);
+    return from_angstrom(x);
 }
 
 //                                *      Input Coordinates      *
@@ -168,21 +187,69 @@ bool vasp_coord(std::int32_t fid, vectors x) {
     return read_angstrom(fid, 0, x);
 }
 
+/// Whether a line is a row of a GAMESS table: a name, a charge and three numbers.
+bool is_gamess_row(const line_buffer& line) {
+    std::string_view rest = line.trimmed();
+    const auto next_item = [&] {
+        const std::string_view item = first_token(rest);
+        rest.remove_prefix(static_cast<std::size_t>(item.data() + item.size() - rest.data()));
+        return item;
+    };
+    if (next_item().empty()) return false;
+    double value = 0;
+    for (int i = 0; i < 4; ++i) {
+        if (parse_real(next_item(), value) != number_error::none) return false;
+    }
+    return true;
+}
+
+/// Goes from the heading of a GAMESS table to its first row: one that begins with a number or, as
+/// nearly all names begin with a letter, the third line. False if the file ends before that.
+bool go_to_gamess_rows(std::int32_t fid) {
+    constexpr int usual_place = 3;
+    const line_test begins_with_number = line_test::first_number(record_length);
+    line_buffer line;
+    int at = 1;
+    for (; read_record(fid, line); ++at) {
+        const bool may_be_first = at == usual_place || begins_with_number.accepts(line.padded());
+        if (may_be_first && is_gamess_row(line)) {
+            step_back(fid);
+            return true;
+        }
+        if (at > usual_place && line.trimmed().empty()) break;
+    }
+    if (at < usual_place) return false;
+    for (; at >= usual_place; --at) step_back(fid);
+    return true;
+}
+
+/// Reads the rows of a GAMESS table, none of which may be anything else.
+void read_gamess_rows(std::int32_t fid, matrix_view<double> x) {
+    line_buffer row;
+    for (std::int32_t i = 1; i <= x.columns(); ++i) {
+        require_record(fid, row);
+        if (!is_gamess_row(row)) {
+            throw error_at_last_record(fid, "expected an atom: its name, charge and coordinates");
+        }
+        read_items(held_record{fid, row.padded()}, discard{2}, x(1, i), x(2, i), x(3, i));
+    }
+}
+
 //  COORDINATES OF ALL ATOMS ARE (ANGS)
 //    ATOM   CHARGE       X              Y              Z
 //  ------------------------------------------------------------
 //  O           8.0   0.0000000000   0.0000000000   0.1180000000
 //
-// whose first line with a number for its first token is wanted; without it
+// or, without it,
 //
 //  ATOM      ATOMIC                      COORDINATES (BOHR)
 //            CHARGE         X                   Y                   Z
 //  O           8.0     0.0000000000        0.0000000000        0.2229876800
 bool gamess_coord(std::int32_t fid, vectors x) {
     line_buffer line;
-    if (search_word_last_del_space(fid, keyword::gamess_angstrom, line) &&
-        go_before_first_number(fid)) {
-        return read_angstrom(fid, 2, x);
+    if (search_word_last_del_space(fid, keyword::gamess_angstrom, line) && go_to_gamess_rows(fid)) {
+        read_gamess_rows(fid, x);
+        return from_angstrom(x);
     }
     if (!search_word_last_del_space(fid, keyword::gamess_bohr, line)) return false;
     skip_records(fid, 1);
@@ -292,7 +359,7 @@ bool read_last_orientation(std::int32_t fid, std::string_view title, matrix_view
     line_buffer line;
     if (!search_word_free_last(fid, title, line)) return false;
     if (!go_before_first_number(fid)) return false;
-    read_vector_rows(fid, 3, x);
+    read_orientation_rows(fid, x);
     return true;
 }
 

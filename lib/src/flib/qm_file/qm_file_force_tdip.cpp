@@ -44,9 +44,8 @@ void go_up_to(std::int32_t fid, std::string_view header) {
     if (!find_up(fid, header)) miss_keyword(header);
 }
 
-/// Reads the table below `header`, the last of the file.
-void read_forces(std::int32_t fid, std::string_view header, matrix_view<double> force) {
-    go_up_to(fid, header);
+/// Reads the table whose header was found.
+void read_rows(std::int32_t fid, matrix_view<double> force) {
     go_before_first_number(fid);
     read_vector_rows(fid, 2, force);
 }
@@ -66,11 +65,34 @@ std::vector<std::int32_t> high_layer_index(std::int32_t fid, std::int32_t natom,
     return idx;
 }
 
-/// Reads the integrated forces on all `nqmmm` atoms and keeps those on the atoms `idx`.
+/// Whether the table whose header was found has a row for each of `natom` atoms and no other: a
+/// plain table of an ONIOM job may be that of the model system.
+bool has_row_for_each(std::int32_t fid, std::int32_t natom) {
+    if (!go_before_first_number(fid)) return false;
+    line_buffer row;
+    for (std::int32_t i = 1; i <= natom; ++i) {
+        if (!read_record(fid, row) || first_token(row.padded()) != std::to_string(i)) return false;
+    }
+    line_buffer after;
+    return natom > 0 && read_record(fid, after) && trim_left(after.trimmed()).starts_with("--");
+}
+
+/// Goes to the end of an ONIOM job's log and from there up to the last forces on all `nqmmm` atoms:
+/// the integrated ones or, if there are none (Gaussian 09), those of the last plain table.
+bool find_last_oniom_forces(std::int32_t fid, std::int32_t nqmmm) {
+    go_to_end(fid);
+    if (find_up(fid, oniom_forces_header)) return true;
+    go_to_end(fid);
+    if (!find_up(fid, forces_header) || !has_row_for_each(fid, nqmmm)) return false;
+    return find_up(fid, forces_header);
+}
+
+/// Reads the forces on all `nqmmm` atoms and keeps those on the atoms `idx`.
 void read_oniom_forces(std::int32_t fid, std::int32_t nqmmm, std::span<const std::int32_t> idx,
                        matrix_view<double> force) {
     matrix<double> force_qmmm(3, nqmmm, "the forces of all layers");
-    read_forces(fid, oniom_forces_header, force_qmmm.view());
+    if (!find_last_oniom_forces(fid, nqmmm)) miss_keyword(oniom_forces_header);
+    read_rows(fid, force_qmmm.view());
     std::int32_t k = 0;
     for (const std::int32_t atom : idx) {
         std::ranges::copy(force_qmmm.view().column(atom), force.column(++k).begin());
@@ -79,24 +101,28 @@ void read_oniom_forces(std::int32_t fid, std::int32_t nqmmm, std::span<const std
 
 /// Reads the last forces of a log, from its start.
 void read_log_forces(std::int32_t fid, matrix_view<double> force) {
-    const bool ifoniom = names_oniom(fid);
-    std::vector<std::int32_t> idx;
-    std::int32_t nqmmm = 0;
-    if (ifoniom) idx = high_layer_index(fid, force.columns(), nqmmm);
-    go_to_end(fid);
-    if (ifoniom) {
+    if (is_oniom(fid, tag::gaussian_log)) {
+        std::int32_t nqmmm = 0;
+        const std::vector<std::int32_t> idx = high_layer_index(fid, force.columns(), nqmmm);
         read_oniom_forces(fid, nqmmm, idx, force);
     } else {
-        read_forces(fid, forces_header, force);
+        go_to_end(fid);
+        go_up_to(fid, forces_header);
+        read_rows(fid, force);
     }
 }
 
 /// Goes to the end of a log and from there up to its last forces, if there are some.
 bool find_last_forces(std::int32_t fid) {
     rewind_unit(fid);
-    const std::string_view header = names_oniom(fid) ? oniom_forces_header : forces_header;
+    if (is_oniom(fid, tag::gaussian_log)) {
+        layer_counts counts;
+        rewind_unit(fid);
+        count_atoms(fid, counts);
+        return find_last_oniom_forces(fid, counts.nqmmm);
+    }
     go_to_end(fid);
-    return find_up(fid, header);
+    return find_up(fid, forces_header);
 }
 
 //  Ground to excited state transition electric dipole moments (Au):

@@ -59,10 +59,8 @@ void gaussian_log_mass(std::int32_t fid, masses mass) {
     rewind_unit(fid);
     if (!search_word_del_space(fid, "Center Atomic Atomic Coordinates", line)) return;
     go_before_first_number(fid);
-    std::vector<std::int32_t> nat;
-    for (std::size_t i = 0; i < mass.size(); ++i) {
-        read_items(fid, discard{1}, nat.emplace_back());
-    }
+    std::vector<std::int32_t> nat(mass.size());
+    read_orientation_numbers(fid, nat);
     nat_to_mass(static_cast<std::int32_t>(nat.size()), nat, mass);
 }
 

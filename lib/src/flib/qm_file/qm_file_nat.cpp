@@ -51,7 +51,7 @@ void gaussian_log_nat(std::int32_t fid, numbers nat) {
     line_buffer line;
     if (search_word_del_space(fid, "Center Atomic Atomic Coordinates", line)) {
         go_before_first_number(fid);
-        read_number_rows(fid, 1, nat);
+        read_orientation_numbers(fid, nat);
         return;
     }
     rewind_unit(fid);

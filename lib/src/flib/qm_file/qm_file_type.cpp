@@ -157,6 +157,8 @@ constexpr detection detections[] = {
     {0, 0, "$orca_hessian_file", tag::orca_hessian, 0, no_version},
     {0, 0, "ORCA version", tag::orca, 0, orca_version},
     {0, 0, "TeraChem v", tag::terachem, 0, item_version<3>},  // TeraChem v1.94V-2019.08-dev
+    // Gaussian for Windows begins its logs here.
+    {0, 0, "Entering Link 1 = ", tag::gaussian_log, 2, gaussian_log_version},
 };
 
 bool find_banner(const detection& test, std::int32_t fid, text_span line) {

@@ -17,11 +17,24 @@ void recognised_file::require(std::string_view its_tag) const {
     if (!is(its_tag)) stop_not_implemented();
 }
 
-void require_positive(std::string_view name, std::int32_t value) {
+namespace {
+
+void require_positive(std::string_view name, std::int32_t value, const std::string& hint) {
     if (value >= 1) return;
     throw stop_run{
         exit_status::complete,
-        {"  Error!", "  " + std::string(name) + " =" + integer_field(value, 20), "  Stop!"}};
+        {"  Error!", "  " + std::string(name) + " =" + integer_field(value, 20), "  Stop!"},
+        hint};
+}
+
+}  // namespace
+
+void require_positive(std::string_view name, std::int32_t value) {
+    require_positive(name, value, {});
+}
+
+void require_basis_functions(std::int32_t nbasis) {
+    require_positive("nbasis", nbasis, nbasis == 0 ? std::string(no_orbitals) : "");
 }
 
 void require_room(std::string_view fname, std::size_t count, std::string_view what,
@@ -60,6 +73,14 @@ bool go_before_first_number(std::int32_t fid) {
 
 void read_number_rows(std::int32_t fid, std::int32_t thrown_away, std::span<std::int32_t> nat) {
     for (std::int32_t& number : nat) read_items(fid, discard{thrown_away}, number);
+}
+
+void read_orientation_numbers(std::int32_t fid, std::span<std::int32_t> nat) {
+    for (std::int32_t& number : nat) {
+        do {
+            read_items(fid, discard{1}, number);
+        } while (number < 0);
+    }
 }
 
 void read_real_rows(std::int32_t fid, std::int32_t thrown_away, std::span<double> values) {

@@ -82,6 +82,15 @@ void read_by_row(const recognised_file& file, const reader_row<Output> (&table)[
 /// value in 20 columns, "Stop!".
 void require_positive(std::string_view name, std::int32_t value);
 
+/// What a checkpoint without basis functions is.
+inline constexpr std::string_view no_orbitals =
+    "0 basis functions: the checkpoint of an ONIOM job whose low level is a force field holds no "
+    "orbitals; orbitals, amplitudes and transition dipole are in the files of the high model's own "
+    "job";
+
+/// require_positive() for the number of basis functions, with that hint.
+void require_basis_functions(std::int32_t nbasis);
+
 /// The io_error of an array handed in that has room for `room` values where `count` are to be read
 /// from `fname`; nothing happens if they fit.
 void require_room(std::string_view fname, std::size_t count, std::string_view what,
@@ -121,6 +130,10 @@ using symbol_fields = std::vector<fixed_text<3>>;
 
 /// Reads `nat.size()` rows with an atomic number each.
 void read_number_rows(std::int32_t fid, std::int32_t thrown_away, std::span<std::int32_t> nat);
+
+/// Reads the atomic numbers of a Gaussian log's orientation table. Those below 0 are of dummy atoms
+/// of a Z-matrix, which are passed over.
+void read_orientation_numbers(std::int32_t fid, std::span<std::int32_t> nat);
 
 /// Reads rows with a real number each.
 void read_real_rows(std::int32_t fid, std::int32_t thrown_away, std::span<double> values);
