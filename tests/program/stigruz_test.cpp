@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <regex>
+
 #include "support/support.h"
 
 namespace {
@@ -66,23 +68,56 @@ TEST(Stigruz, GivesEveryDisplacedJobTheReferencesSign) {
     EXPECT_EQ(results, contents_of(data_file("water_results.txt")));
 }
 
+/// The log of an ONIOM job as that of a protein: the parameter file at the top, what a PDB file
+/// knows of each atom, three layers, and forces as Gaussian 09 prints them.
+std::string dressed_as_protein(std::string log) {
+    const std::string line = " NonBon 3 1 0 0 0.000 0.000 0.500 0.000 0.000 -1.200\n";
+    std::string parameters;
+    for (int i = 0; i < 900; ++i) parameters += line;
+    log.insert(log.find('\n') + 1, parameters);
+    log = replaced(log, "-3.900000 L ", "-3.900000 M    H-HC     2     0.7");
+    log = replaced(log, "             Integrated Forces (", "                   Forces (");
+    const std::regex symbol("\n ([A-Z][a-z]?) {10,}(-1|0) ");
+    return std::regex_replace(log, symbol, "\n $1-$1--0.1(PDBName=$1,ResName=H,ResNum=7) $2 ");
+}
+
 TEST(Stigruz, WritesOfAnOniomJobTheHighLayer) {
-    const jobs oniom(data_file("oniom"));
-    const std::string expected = contents_of(oniom.path("h2o_oniom_ref.sgn"));
-    fs::rename(oniom.path("h2o_oniom_ref.sgn"), oniom.path("ref.sgn"));
-    EXPECT_EQ(oniom.result_of("h2o_oniom_ref", {"h2o_oniom_ref.fchk"}), expected);
-    // Against another phase, at an element that is not the largest.
-    oniom.edit("ref.sgn", "17                   5", " 8                   5");
-    std::string mapped = expected;
-    for (const auto& [from, to] :
-         {std::pair{"sign  =                    1", "sign  =                   -1"},
-          {"17                   5", " 8                   5"},
-          {" 4.3674325520E-01", "-3.8343434579E-01"},
-          {" -5.3540000000E-01    1.2300000000E-02   -4.5600000000E-02",
-           "  5.3540000000E-01   -1.2300000000E-02    4.5600000000E-02"}}) {
-        mapped = replaced(mapped, from, to);
+    for (const bool of_protein : {false, true}) {
+        const jobs oniom(data_file("oniom"));
+        const std::string expected = contents_of(oniom.path("h2o_oniom_ref.sgn"));
+        fs::rename(oniom.path("h2o_oniom_ref.sgn"), oniom.path("ref.sgn"));
+        const fs::path log = oniom.path("h2o_oniom_ref.log");
+        if (of_protein) support::write_file(log, dressed_as_protein(contents_of(log)));
+        EXPECT_EQ(oniom.result_of("h2o_oniom_ref", {"h2o_oniom_ref.fchk"}), expected);
+        // Against another phase, at an element that is not the largest.
+        oniom.edit("ref.sgn", "17                   5", " 8                   5");
+        std::string mapped = expected;
+        for (const auto& [from, to] :
+             {std::pair{"sign  =                    1", "sign  =                   -1"},
+              {"17                   5", " 8                   5"},
+              {" 4.3674325520E-01", "-3.8343434579E-01"},
+              {" -5.3540000000E-01    1.2300000000E-02   -4.5600000000E-02",
+               "  5.3540000000E-01   -1.2300000000E-02    4.5600000000E-02"}}) {
+            mapped = replaced(mapped, from, to);
+        }
+        EXPECT_EQ(oniom.result_of("h2o_oniom_ref", {"h2o_oniom_ref.fchk", "ref.sgn"}), mapped);
     }
-    EXPECT_EQ(oniom.result_of("h2o_oniom_ref", {"h2o_oniom_ref.fchk", "ref.sgn"}), mapped);
+}
+
+TEST(Stigruz, SaysBesideAFixedMessageWhatMayHelp) {
+    const jobs oniom(data_file("oniom"));
+    oniom.edit("h2o_oniom_ref.log", " Ar                    -1",
+               " Redundant internal coordinates found in file.\n Ar                    -1");
+    EXPECT_THAT(oniom.run({"h2o_oniom_ref.fchk"}).errors,
+                testing::MatchesRegex("stigruz: the log lists the atoms without their layers, "
+                                      "[^\n]*: give the job its atoms in the input; [^\n]*\n"));
+    const jobs water;
+    water.edit("h2o_ref.fchk", "functions                  I               22",
+               "functions                  I                0");
+    const outcome ended = water.run({"h2o_ref.fchk"});
+    EXPECT_EQ(std::to_string(ended.status) + ended.output,
+              "0  Error!\n  nbasis =                   0\n  Stop!\n");
+    EXPECT_THAT(ended.errors, HasSubstr("are in the files of the high model's own job\n"));
 }
 
 TEST(Stigruz, LooksForTheOtherFilesInTheWorkingDirectory) {

@@ -56,6 +56,7 @@ int run(int argc, char** argv) {
         last_words text;
         for (const std::string& line : stop.lines()) text.add(line).add("\n");
         text.write_to(STDOUT_FILENO);
+        if (!stop.hint().empty()) report(stop.hint());
         return stop.status();
     } catch (const flib::run_error& error) {
         return report(error.what(), argc < 2 ? " (usage: stigruz CHECKPOINT [REFERENCE])" : "");

@@ -115,6 +115,7 @@ json_value json_of(const file_report& report) {
                           {"frozen_virtual", space.frozen_virtual}};
     });
     json["atomic_numbers"] = numbers_of(facts.numbers);
+    if (!facts.point_charges.empty()) json["point_charges"] = facts.point_charges;
     json["masses_u"] = array_of(facts.masses);
     json["geometry"] = if_there(facts.geometry, [](const flib::geometry& geometry) {
         return json_value{{"which", geometry.last ? "last" : "first"},

@@ -6,8 +6,11 @@
 #include <map>
 #include <vector>
 
+#include "common/layers.h"
 #include "flib/io/stop_run.h"
+#include "flib/qm_file/type_tag.h"
 #include "flib/text/fixed_text.h"
+#include "flib/text/string.h"
 #include "flib/util/elements.h"
 #include "flib/util/units.h"
 
@@ -174,6 +177,50 @@ std::string dipole_lines(const flib::vector_list& dipoles) {
     return text;
 }
 
+std::string layers_text(const flib::oniom_layers& layers) {
+    return tools::high_layer_in_words(layers.high.size(), static_cast<std::size_t>(layers.natom));
+}
+
+/// What a person should know of a file of this kind, because its rule is a coarse one.
+struct rule_in_words {
+    std::string_view tag;
+    bool (*applies)(const file_facts& facts);
+    std::string_view words;
+};
+
+constexpr rule_in_words coarse_rules[] = {
+    {flib::tag::cif, [](const file_facts& facts) { return facts.natom.has_value(); },
+     "the atoms counted are the lines below _atom_site_occupancy, among them tags and blank "
+     "lines."},
+    {flib::tag::terachem,
+     [](const file_facts& facts) { return facts.geometry && facts.geometry->tables > 1; },
+     "the last geometry of a frequency job is a displaced one."},
+};
+
+std::string coarse_rule_notes(const file_facts& facts, const terminal& on) {
+    std::string text;
+    for (const rule_in_words& rule : coarse_rules) {
+        if (rule.tag == facts.kind->tag && rule.applies(facts)) {
+            text += entry("note", rule.words, on);
+        }
+    }
+    return text;
+}
+
+/// The point charges among the atoms of an embedded model.
+std::string point_charge_note(const file_facts& facts, const terminal& on) {
+    if (facts.point_charges.empty()) return {};
+    constexpr std::size_t most_named = 20;
+    const std::size_t count = facts.point_charges.size();
+    std::string text = std::to_string(count);
+    text += " of the atoms are point charges, whose nuclear charge is no atomic number:";
+    for (std::size_t i = 0; i < std::min(count, most_named); ++i) {
+        text.append(" ").append(std::to_string(facts.point_charges[i]));
+    }
+    if (count > most_named) text += " ...";
+    return entry("note", text, on);
+}
+
 std::string basis_text(const flib::basis_counts& basis) {
     return formatted("%d functions, %d of them independent; %d alpha and %d beta electrons",
                      basis.functions, basis.independent, basis.alpha_electrons,
@@ -242,9 +289,14 @@ std::vector<std::string> state_rows(const flib::dump_header& dump) {
 
 std::string kind_text(const flib::file_kind& kind) {
     if (kind.tag == result_tag) return "stigruz (a result file)";
-    return kind.tag + ", version " +
-           (kind.version.empty() ? "not told" : flib::printable(kind.version)) +
-           formatted(" (class %d)", kind.class_code);
+    // What the rule takes for a version may be another word: "Apple", "TeraChem", ".".
+    const bool has_digit = std::ranges::any_of(kind.version, flib::is_ascii_digit);
+    const bool is_version = has_digit || kind.tag == flib::tag::gaussian_fchk;
+    std::string version = is_version ? flib::printable(kind.version) : "not told";
+    if (!is_version && !kind.version.empty()) {
+        version += " (" + flib::quoted(kind.version) + " stands in its place)";
+    }
+    return kind.tag + ", version " + version + formatted(" (class %d)", kind.class_code);
 }
 
 std::string result_text(const numfreq::sgn_contents& result) {
@@ -286,10 +338,7 @@ std::string summary(const file_report& report, const terminal& on) {
         text +=
             entry("program", "not recognised: " + std::string(facts.why_not(quantity::kind)), on);
         if (facts.oniom) {
-            text += entry("ONIOM",
-                          formatted("%zu of %d atoms in the high layer", facts.oniom->high.size(),
-                                    facts.oniom->natom),
-                          on);
+            text += entry("ONIOM", layers_text(*facts.oniom), on);
         }
         return text + entry("known are", known_programs(), on);
     }
@@ -306,10 +355,7 @@ std::string summary(const file_report& report, const terminal& on) {
         text += entry("atoms", std::to_string(*facts.natom) + symbols, on);
     }
     if (facts.oniom) {
-        text += entry("ONIOM",
-                      formatted("%zu of %d atoms in the high layer", facts.oniom->high.size(),
-                                facts.oniom->natom),
-                      on);
+        text += entry("ONIOM", layers_text(*facts.oniom), on);
     }
     if (facts.basis) text += entry("basis", basis_text(*facts.basis), on);
     if (facts.excitations) text += entry("excitations", excitation_text(*facts.excitations), on);
@@ -320,6 +366,8 @@ std::string summary(const file_report& report, const terminal& on) {
     if (facts.numbers && !std::ranges::all_of(*facts.numbers, flib::is_atomic_number)) {
         text += entry("note", "? stands for an atom whose symbol is that of no element.", on);
     }
+    text += point_charge_note(facts, on);
+    text += coarse_rule_notes(facts, on);
     if (facts.geometry && facts.geometry->two_frames) {
         text += entry("note",
                       "the input and the standard orientation differ by more than a shift. Forces "
@@ -385,11 +433,8 @@ std::string rows_of(const file_report& report, const named_quantity& which, bool
             break;
         case quantity::oniom:
             if (facts.oniom) {
-                std::string row =
-                    formatted("%zu of %d atoms in the high layer:", facts.oniom->high.size(),
-                              facts.oniom->natom);
-                for (const std::int32_t atom : facts.oniom->high) row += ' ' + std::to_string(atom);
-                rows.push_back(row);
+                rows.push_back(tools::high_layer_in_words(
+                    facts.oniom->high, static_cast<std::size_t>(facts.oniom->natom)));
             }
             break;
         case quantity::dump:

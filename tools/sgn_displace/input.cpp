@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "common/layers.h"
 #include "flib/io/detail/text_file.h"
 #include "flib/io/number.h"
 #include "flib/io/stop_run.h"
@@ -304,11 +305,21 @@ class input_parser {
             if (next_ == lines_.size()) fail_at_end("an atom");
             fail("expected an atom, not a blank line");
         }
+        tell_layers();
         if (next_ == lines_.size()) {
             if (!text_.ends_with('\n')) result_.body += result_.end_of_line;
             result_.body += result_.end_of_line;
             tell("a blank line added after the last atom");
         }
+    }
+
+    void tell_layers() {
+        if (!result_.kind.oniom) return;
+        std::vector<std::int32_t> high;
+        for (std::size_t i = 0; i < result_.atoms.size(); ++i) {
+            if (result_.atoms[i].layer == 'H') high.push_back(static_cast<std::int32_t>(i) + 1);
+        }
+        tell("ONIOM: " + tools::high_layer_in_words(high, result_.atoms.size()));
     }
 
     std::string_view file_;

@@ -11,6 +11,7 @@
 #include "flib/excited/qm_file_mo_coeff_nbasis_nbsuse.h"
 #include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
+#include "flib/qm_file/detail/reader_steps.h"
 #include "flib/qm_file/file_facts.h"
 #include "flib/qm_file/qm_file_force_tdip.h"
 #include "flib/qm_file/qm_file_states.h"
@@ -78,6 +79,7 @@ void require_sizes_of(const job& reference, const job_files& files, const job_co
 
 void require_sense(const job_files& files, const job_counts& counts) {
     const auto text = [](std::int64_t n) { return std::to_string(n); };
+    if (counts.nbasis == 0) fail(files.checkpoint, std::string(flib::no_orbitals));
     if (counts.nbsuse > counts.nbasis) {
         fail(files.checkpoint, "has " + text(counts.nbsuse) + " independent functions of " +
                                    text(counts.nbasis) + " basis functions");
