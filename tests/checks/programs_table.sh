@@ -34,7 +34,7 @@ rows=$(awk -F ' *[|] *' '
     inside && !/^[|][-: |]*$/ && NF == columns && $real != "" { print $2 "\t" $real }' docs/readers.md)
 [ "$(wc -l <<<"$rows")" = "$(wc -l <<<"$tags")" ] ||
     { echo "a row of docs/readers.md does not tell its real files" >&2; exit 1; }
-claim=$(sed -n 's/^| `qm_file` | what the readers see in output of \(.*\);.*/\1/p' README.md)
+claim=$(sed -n "s/^| .qm_file. | what the readers see in output of \(.*\);.*/\1/p" README.md)
 [ -n "$claim" ] || { echo "README.md claims no programs" >&2; exit 1; }
 program_of() { # TAG
     local name

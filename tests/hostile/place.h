@@ -66,8 +66,13 @@ class place {
             line.starts_with("stigruz: ") && line.ends_with("\n")) {
             return "diagnostic: " + line.substr(9, line.size() - 10);
         }
-        if (!errors.empty() || (status != 0 && status != 1)) return told;
-        if (result == earlier_ && output.ends_with("\n")) return "message: " + output;
+        if (status != 0 && status != 1) return told;
+        // Beside a message a hint may stand.
+        const bool hint = one_line && line.starts_with("stigruz: ") && line.ends_with("\n");
+        if (result == earlier_ && output.ends_with("\n") && (errors.empty() || hint)) {
+            return "message: " + output;
+        }
+        if (!errors.empty()) return told;
         const bool whole = status == 0 && output.empty() && result.starts_with("INFORMATION\n");
         return whole ? "another result" : told;
     }

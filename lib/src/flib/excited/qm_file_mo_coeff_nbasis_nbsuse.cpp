@@ -22,7 +22,7 @@ void clear(std::span<double> values) {
 void qm_file_mo_coeff_nbasis_nbsuse(std::string_view fname, std::int32_t nbasis,
                                     std::int32_t nbsuse, matrix_view<double> mo,
                                     std::int32_t& info) {
-    require_basis_functions(nbasis);
+    require_basis_functions(fname, nbasis);
     info = -1;
     clear(mo.all());
     const std::size_t count = element_count({nbsuse, nbasis}, "the MO coefficients");

@@ -14,7 +14,6 @@
 #include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
 #include "flib/qm_file/detail/facts_steps.h"
-#include "flib/qm_file/detail/keyword.h"
 #include "flib/qm_file/detail/oniom_steps.h"
 #include "flib/qm_file/detail/reader_steps.h"
 #include "flib/qm_file/detail/recognise.h"
@@ -296,12 +295,7 @@ basis_counts asker::basis() {
     std::int32_t info = 0;
     qm_file_nbasis_nbsuse(file(), counts.alpha_electrons, counts.beta_electrons, counts.functions,
                           counts.independent, info);
-    line_buffer line;
-    if (counts.functions == 0 && search_word_free(fid_, keyword::fchk_basis_functions, line)) {
-        std::int32_t told = -1;
-        read_items(held_record{fid_, line.padded()}, discard{5}, told);
-        if (told == 0) throw not_there{std::string(no_orbitals)};
-    }
+    if (has_no_orbitals(fid_)) throw not_there{std::string(no_orbitals)};
     if (counts.functions < 1) throw not_there{"no line tells the number of basis functions"};
     return counts;
 }

@@ -38,7 +38,7 @@ namespace {
 
 /// The number of coefficients that an `nbasis` x `nbasis` matrix is to take.
 std::size_t count_of(std::string_view fname, std::int32_t nbasis, std::int32_t nbsuse) {
-    require_basis_functions(nbasis);
+    require_basis_functions(fname, nbasis);
     const char* const what = "the MO coefficients";
     const std::size_t count = element_count({nbsuse, nbasis}, what);
     require_room(fname, count, "MO coefficients", element_count({nbasis, nbasis}, what));

@@ -88,8 +88,12 @@ inline constexpr std::string_view no_orbitals =
     "orbitals; orbitals, amplitudes and transition dipole are in the files of the high model's own "
     "job";
 
-/// require_positive() for the number of basis functions, with that hint.
-void require_basis_functions(std::int32_t nbasis);
+/// Whether an open formatted checkpoint says that it has no basis functions, from its start.
+bool has_no_orbitals(std::int32_t fid);
+
+/// require_positive() for the number of basis functions of the checkpoint `fname`, with that hint
+/// if it has none itself.
+void require_basis_functions(std::string_view fname, std::int32_t nbasis);
 
 /// The io_error of an array handed in that has room for `room` values where `count` are to be read
 /// from `fname`; nothing happens if they fit.
