@@ -94,13 +94,11 @@ void require_sense(const job_files& files, const job_counts& counts) {
     }
 }
 
-void require_record(const std::string& dump) {
-    constexpr std::int32_t amplitudes = 635;
-    constexpr std::array wanted{flib::quantity::dump};
-    const auto found = flib::facts_of(dump, wanted).dump;
-    if (!found || found->number == amplitudes) return;
-    fail(dump, "is a dump of record " + std::to_string(found->number) +
-                   "; the amplitudes are record " + std::to_string(amplitudes));
+void require_amplitudes(const std::string& dump) {
+    const std::int32_t record = flib::qm_file_dump_record(dump);
+    if (record == flib::amplitude_record) return;
+    fail(dump, "is a dump of record " + std::to_string(record) + "; the amplitudes are record " +
+                   std::to_string(flib::amplitude_record));
 }
 
 /// How many states the job has, the first of its roots.
@@ -147,6 +145,17 @@ void require_numbers(const job& now) {
         if (std::ranges::all_of(amplitudes, [](double value) { return value == 0; })) {
             fail(now.files.dump, of_root + " are all zero");
         }
+    }
+}
+
+/// States can be followed without forces; only result files need them.
+void read_forces(job& now) {
+    try {
+        std::int32_t info = 0;
+        flib::qm_file_force_tdip(now.files.log, now.counts.natom, 0, now.force.view(),
+                                 {nullptr, 3, 0}, info);
+    } catch (const flib::stop_run& stop) {
+        now.no_forces = stop.what();
     }
 }
 
@@ -255,7 +264,7 @@ job read_job(const std::string& checkpoint, const job* reference) {
     require_kind(files.checkpoint, flib::tag::gaussian_fchk, "a formatted checkpoint");
     require_kind(files.log, flib::tag::gaussian_log, "a Gaussian log");
     require_kind(files.dump, flib::tag::gaussian_rwf, "a dump of a Gaussian read-write file");
-    require_record(files.dump);
+    require_amplitudes(files.dump);
     job_counts counts =
         reading(files.log, [&] { return numfreq::count_orbitals(files.log, files.checkpoint); });
     if (reference != nullptr) require_sizes_of(*reference, files, counts);
@@ -269,11 +278,12 @@ job read_job(const std::string& checkpoint, const job* reference) {
 
     job now(files, counts, number_of_states);
     std::int32_t info = 0;
-    reading(files.log, [&] {
-        numfreq::read_job_atoms(files.log, now.atoms);
-        flib::qm_file_force_tdip(files.log, counts.natom, now.states, now.force.view(),
-                                 now.tdip.view(), info);
-    });
+    reading(files.log, [&] { numfreq::read_job_atoms(files.log, now.atoms); });
+    for (std::int32_t state = 1; state <= now.states; ++state) {
+        std::ranges::copy(printed[static_cast<std::size_t>(state) - 1].dipole,
+                          now.tdip.view().column(state).begin());
+    }
+    read_forces(now);
     reading(files.checkpoint, [&] {
         flib::qm_file_mo_coeff_nbasis_nbsuse(files.checkpoint, counts.nbasis, counts.nbsuse,
                                              now.moc.view(), info);

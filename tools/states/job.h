@@ -42,6 +42,7 @@ struct job {
     std::int32_t states;
     numfreq::job_atoms atoms;
     flib::matrix<double> force;         ///< 3 x natom, Hartree/Bohr
+    std::string no_forces{};            ///< why there are none; empty if there are
     flib::matrix<double> moc;           ///< nbasis x nbsuse: basis function, orbital
     flib::matrix<double> tdip;          ///< 3 x states, atomic units
     std::vector<double> energy;         ///< of excitation, Hartree

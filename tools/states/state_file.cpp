@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
 #include "flib/util/elements.h"
 #include "numfreq/job_files.h"
@@ -14,6 +15,7 @@ namespace {
 /// The sizes are those of the reference, as in every result file of a set.
 void write_state(const reference_set& from, const job& now, const reference_state& state,
                  std::int32_t sign, double element_value, const std::array<double, 3>& dipole) {
+    if (!now.no_forces.empty()) throw flib::io_error(now.files.log, 0, now.no_forces);
     const numfreq::job_counts& counts = from.reference.counts;
     std::vector<numfreq::report_symbol> symbol(now.atoms.nat.size());
     flib::nat_to_symbol(now.atoms.natom, now.atoms.nat.all(), symbol);

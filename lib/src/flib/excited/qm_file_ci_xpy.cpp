@@ -7,6 +7,7 @@
 #include "flib/io/free_format.h"
 #include "flib/io/stop_run.h"
 #include "flib/qm_file/detail/reader_steps.h"
+#include "flib/qm_file/type_tag.h"
 #include "flib/util/matrix.h"
 
 namespace flib {
@@ -39,6 +40,14 @@ void require_rest(const amplitude_dump& dump, const char* what) {
 }
 
 }  // namespace
+
+std::int32_t qm_file_dump_record(std::string_view fname) {
+    const recognised_file file(fname);
+    file.require(tag::gaussian_rwf);
+    line_buffer line;
+    require_found(find_dump_heading(file.fid, line), file.fid, "Dump of file");
+    return read_dump_heading(file.fid, line.padded()).record;
+}
 
 std::optional<dump_layout> qm_file_dump_layout(std::string_view fname) {
     std::int32_t info = 0;

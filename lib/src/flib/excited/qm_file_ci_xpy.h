@@ -17,7 +17,11 @@ std::size_t xpy_count(std::int32_t ni, std::int32_t na, std::int32_t nci);
 /// The number of the record of a Gaussian checkpoint or read-write file that holds the amplitudes.
 inline constexpr std::int32_t amplitude_record = 635;
 
-/// What a dump of that record tells of its own layout in its first twelve values.
+/// The number of the record that the dump `fname` is of. Throws stop_run (status 1) for a file of
+/// another kind; io_error if the file cannot be opened or has no "Dump of file" line with a number.
+std::int32_t qm_file_dump_record(std::string_view fname);
+
+/// What a dump of record 635 tells of its own layout in its first twelve values.
 struct dump_layout {
     std::int32_t states = 0;      ///< that were asked for and converged: the first of the roots
     std::int32_t roots = 0;       ///< that were kept, some four times as many

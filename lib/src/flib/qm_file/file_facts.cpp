@@ -313,16 +313,12 @@ excitation_counts asker::excitations() {
     return counts;
 }
 
-//  Dump of file   635 length        548 (read left to right):
 dump_header asker::dump() {
     if (!is(tag::gaussian_rwf)) throw not_there{"not a dump of a read-write file"};
     line_buffer line;
-    if (!search_word(fid_, 2, 13, "Dump of file", line)) {
-        throw not_there{"no line says which file was dumped"};
-    }
-    dump_header found;
-    read_items(held_record{fid_, line.padded()}, discard{3}, found.number, discard{1},
-               found.values);
+    if (!find_dump_heading(fid_, line)) throw not_there{"no line says which record was dumped"};
+    const auto [record, values] = read_dump_heading(fid_, line.padded());
+    dump_header found{.number = record, .values = values};
     if (found.number != amplitude_record) return found;
     std::int32_t info = 0;
     const amplitude_dump amplitudes(file(), info);

@@ -16,6 +16,8 @@
 namespace flib {
 namespace {
 
+constexpr std::string_view heading = "Dump of file";
+
 constexpr std::size_t word_count = 12;
 /// 1 as a word, seen as a real.
 constexpr double unit_word = 0x1p-1074;
@@ -100,22 +102,29 @@ bool tells_layout(std::int32_t fid) {
 
 }  // namespace
 
+//  Dump of file   635 length         42292 (read left to right):
+bool find_dump_heading(std::int32_t fid, text_span line) {
+    return search_word(fid, 2, 13, heading, line);
+}
+
+dump_heading read_dump_heading(std::int32_t fid, std::string_view line) {
+    dump_heading found;
+    read_items(held_record{fid, line}, discard{3}, found.record, discard{1}, found.values);
+    return found;
+}
+
 amplitude_dump::amplitude_dump(std::string_view fname, std::int32_t& info)
     : name_(trim_right(fname)), file_(fname) {
     info = file_.class_code;
     file_.require(tag::gaussian_rwf);
-    line_buffer heading;
-    const auto [first, last] = heading_columns;
-    const bool found = search_word(file_.fid, first, last, dump_heading, heading);
-    require_found(found, file_.fid, dump_heading);
+    line_buffer line;
+    require_found(find_dump_heading(file_.fid, line), file_.fid, heading);
     begin_ = input_of(file_.fid).position();
     if (!tells_layout(file_.fid)) return;
 
     step_back(file_.fid);
-    require_record(file_.fid, heading);
-    std::int32_t record = 0;
-    std::int32_t length = 0;
-    read_items(held_record{file_.fid, heading.padded()}, discard{3}, record, discard{1}, length);
+    require_record(file_.fid, line);
+    const std::int32_t length = read_dump_heading(file_.fid, line.padded()).values;
     std::array<double, word_count> words{};
     read_items(file_.fid, std::span<double>(words));
     input_of(file_.fid).go_to(begin_);

@@ -13,12 +13,16 @@
 
 namespace flib {
 
-//  Dump of file   635 length         42292 (read left to right):
-inline constexpr std::string_view dump_heading = "Dump of file";
-inline constexpr struct {
-    std::int32_t first;
-    std::int32_t last;
-} heading_columns{2, 13};
+/// Goes on to just below the next heading of a dump, which `line` then holds. False if there is
+/// none.
+bool find_dump_heading(std::int32_t fid, text_span line);
+
+/// What a heading that was read last tells.
+struct dump_heading {
+    std::int32_t record = 0;
+    std::int32_t values = 0;
+};
+dump_heading read_dump_heading(std::int32_t fid, std::string_view line);
 
 /// A dump, open. The program itself writes, for R roots with n amplitudes per spin:
 ///

@@ -7,7 +7,6 @@
 #include "flib/excited/detail/amplitude_dump.h"
 #include "flib/io/number.h"
 #include "flib/io/unit.h"
-#include "flib/search/search_word.h"
 #include "flib/text/line_test.h"
 
 namespace flib {
@@ -99,9 +98,7 @@ void dump_values::check_behind() const {
             throw error_at_last_record(fid_, "there are more than the " + told(count_));
         }
         step_back(fid_);
-        if (!search_word(fid_, heading_columns.first, heading_columns.last, dump_heading, line)) {
-            return;
-        }
+        if (!find_dump_heading(fid_, line)) return;
         throw error_at_last_record(fid_, "a second dump begins here: which of them is meant?");
     }
 }
