@@ -98,7 +98,7 @@ check_dumps() {
     elif [ "$untold" -gt 0 ]; then
         echo "dumps: $untold of ${#dumps[@]} do not tell their layout, so nothing in them was checked"
     else
-        echo "dumps: all fine"
+        echo "dumps: no doubt"
     fi
 }
 

@@ -73,4 +73,27 @@ for file in gamess/*.out; do
         "$("$qm_file" --xyz "$file" 2>/dev/null | awk 'NR > 2 { print $2, $3, $4 }')"
 done
 expect "the count of a CIF" 1 "$("$qm_file" cif/LiFePO4.cif | grep -c 'tags and blank lines')"
+# Dumps, and a run on a real job: with any phases of its orbitals it has this element.
+expect "a dump of three states" "record 635: 3864 values; 3 states, 12 roots of 80 amplitudes per spin
+3 singlet 0.500000, 0.500000" "$("$qm_file" dump rwfdump/635R.dat | head -n 1)
+$("$qm_file" dump rwfdump/635R.dat | awk '$5 == "singlet" { n++; sums = $7 " " $8 } END { print n, "singlet", sums }')"
+job=$(mktemp -d)
+trap 'rm -rf "$job"' EXIT
+cp ../gaussian_td/ch2o* "$job"
+cd "$job"
+stigruz=$(dirname "$qm_file")/stigruz
+sgn_states=$(dirname "$qm_file")/sgn_states
+"$stigruz" ch2o.fchk
+expect "a run on a real job" "mci 40; 1 at 11 27: 1.3078459126E-01" \
+    "$(awk '$1 == "mci" { mci = $3 } $1 == "Transden_sign" { sign = $3 } $1 == "tden_maxloc" { at = $3 " " $4 }
+        $1 == "tden_maxval" { print "mci " mci "; " sign " at " at ": " $3 }' ch2o.sgn)"
+# The log as printed has no line of roots to seek and no forces. Energies and spins are those of the
+# log.
+if [ -x "$sgn_states" ]; then
+    for suffix in fchk cis; do cp "ch2o.$suffix" "ch2o_as_printed.$suffix"; done
+    expect "states of a real job" \
+        "$(sed -n 's/^ Excited State *\([0-9]*\): *\([A-Z]\)\([a-z]*\)-.* \([0-9.]*\) eV.*/\1 \L\2\E\3 \4/p' ch2o.log)" \
+        "$("$sgn_states" ch2o_as_printed.fchk ch2o_as_printed.fchk | awk '$NF == "same" { print $2, $3, $7 }')"
+fi
+
 exit "$failed"

@@ -133,6 +133,45 @@ TEST_F(DumpLayout, SameSignWhateverTheNumberOfRoots) {
     }
 }
 
+/// `number` with the other sign.
+std::string negated(const std::string& number) {
+    return number.front() == '-' ? number.substr(1) : '-' + number;
+}
+
+TEST_F(DumpLayout, PhasesOfOrbitalsChangeNothingOfASample) {
+    const fs::path water = fs::path(EXAMPLES) / "water";
+    for (const char* const name : {"h2o_ref", "h2o_01zp"}) {
+        for (const char* const suffix : {".log", ".fchk", ".cis"}) {
+            fs::copy(water / (std::string(name) + suffix), ".");
+        }
+    }
+    told("h2o_ref");
+    const std::string right = told("h2o_01zp", "h2o_ref.sgn");
+    ASSERT_THAT(right, testing::StartsWith("INFORMATION\n Transden_sign  =                   -1"));
+    const std::string checkpoint = contents_of("h2o_01zp.fchk");
+    const std::size_t begin = checkpoint.find('\n', checkpoint.find("Alpha MO coef")) + 1;
+    const dump amplitudes("h2o_01zp.cis");
+    // Frozen core 1, active occupied 4, active virtual 17.
+    for (std::size_t orbital = 0; orbital < 22; ++orbital) {
+        std::string turned = checkpoint;
+        for (std::size_t i = 22 * orbital; i < 22 * (orbital + 1); ++i) {
+            // Fields of 16 columns, five of them and a newline in a line.
+            char& sign = turned[begin + 16 * i + i / 5 + 1];
+            sign = sign == '-' ? ' ' : '-';
+        }
+        support::write_file("h2o_01zp.fchk", turned);
+        dump also_turned = amplitudes;
+        for (std::size_t i = 12; i < also_turned.values.size() - 16; ++i) {
+            const std::size_t occupied = 1 + (i - 12) / 17 % 4;
+            const std::size_t virtual_one = 5 + (i - 12) % 17;
+            if (orbital != occupied && orbital != virtual_one) continue;
+            also_turned.values[i] = negated(also_turned.values[i]);
+        }
+        also_turned.write("h2o_01zp.cis");
+        EXPECT_EQ(told("h2o_01zp", "h2o_ref.sgn"), right) << orbital;
+    }
+}
+
 TEST_F(DumpLayout, SizesOfAnotherJobAreRefused) {
     std::mt19937_64 random(7);
     // Of each pair the first is the reference's, the second the job's.
