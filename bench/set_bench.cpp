@@ -23,7 +23,7 @@ model::molecule hundred_atoms() {
     for (int i = 0; i < 100; ++i) {
         result.numbers.push_back(i % 3 == 0 ? 8 : i % 3 == 1 ? 6 : 1);
         const double cell[] = {1.4 * (i % 5), 1.4 * (i / 5 % 5), 1.4 * (i / 25)};
-        sgn_set::vec3 x{};
+        sgn::vec3 x{};
         for (std::size_t k = 0; k < 3; ++k) {
             x[k] = cell[k] + 0.3 * static_cast<double>(random() % 1000) / 1000;
         }
@@ -33,8 +33,8 @@ model::molecule hundred_atoms() {
     return result;
 }
 
-void write(const sgn_set::result_file& file, const std::string& path) {
-    const numfreq::sgn_contents& from = file.contents;
+void write(const sgn::result_file& file, const std::string& path) {
+    const sgn::sgn_contents& from = file.contents;
     const auto natom = static_cast<std::int32_t>(from.x.size());
     flib::matrix<double> x(3, natom, "coordinates");
     flib::matrix<double> forces(3, natom, "forces");
@@ -47,15 +47,15 @@ void write(const sgn_set::result_file& file, const std::string& path) {
     std::int32_t fid = 0;
     flib::get_free_fid(fid);
     flib::open_replace(fid, path);
-    numfreq::write_sgn_parameters(fid, from.parameters);
-    numfreq::write_sgn_body(fid, {from.symbol, from.nat, from.mass, std::as_const(x).view(),
-                                  from.corrected_tdip, std::as_const(forces).view()});
+    sgn::write_sgn_parameters(fid, from.parameters);
+    sgn::write_sgn_body(fid, {from.symbol, from.nat, from.mass, std::as_const(x).view(),
+                              from.corrected_tdip, std::as_const(forces).view()});
     flib::commit_unit(fid);
 }
 
-std::vector<sgn_set::result_file> read(const std::vector<std::string>& paths) {
-    std::vector<sgn_set::result_file> files;
-    for (const std::string& path : paths) files.push_back({path, numfreq::read_sgn_file(path)});
+std::vector<sgn::result_file> read(const std::vector<std::string>& paths) {
+    std::vector<sgn::result_file> files;
+    for (const std::string& path : paths) files.push_back({path, sgn::read_sgn_file(path)});
     return files;
 }
 
@@ -79,7 +79,7 @@ void derive_100_atoms(benchmark::State& state, std::size_t reversed, bool mixed)
         state,
         [&] {
             auto all = read(paths);
-            const sgn_set::result_file reference = std::move(all.front());
+            const sgn::result_file reference = std::move(all.front());
             all.erase(all.begin());
             const auto report = sgn_derive::analyse(reference, all);
             benchmark::DoNotOptimize(sgn_derive::json_of(report).size());

@@ -1,5 +1,5 @@
 # What `cmake --install` puts where, in three components: tools, runtime (the shared library) and
-# development (headers, static library, what find_package() and pkg-config read).
+# development (headers, static libraries, what find_package() and pkg-config read).
 include(CMakePackageConfigHelpers)
 
 get_property(tools GLOBAL PROPERTY STIGRUZ_TOOLS)
@@ -43,10 +43,14 @@ if(TARGET tools_common)
     endforeach()
 endif()
 
-install(DIRECTORY lib/src/flib
+install(DIRECTORY lib/src/flib lib/src/sgn
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
     FILES_MATCHING PATTERN "*.h" PATTERN detail EXCLUDE)
-install(TARGETS flib EXPORT flib
+set(libraries flib sgn_result)
+if(TARGET sgn)
+    list(APPEND libraries sgn)
+endif()
+install(TARGETS ${libraries} EXPORT flib
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
 if(STIGRUZ_SHARED)
     install(TARGETS flib_shared EXPORT flib
@@ -67,5 +71,10 @@ install(FILES ${PROJECT_BINARY_DIR}/flib-config.cmake ${PROJECT_BINARY_DIR}/flib
 # Relative to where it lies, so that the whole tree may be installed or moved elsewhere later.
 file(RELATIVE_PATH prefix_from_pc /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(cmake/flib.pc.in flib.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/flib.pc
+set(packages ${PROJECT_BINARY_DIR}/flib.pc)
+if(TARGET sgn)
+    configure_file(cmake/sgn.pc.in sgn.pc @ONLY)
+    list(APPEND packages ${PROJECT_BINARY_DIR}/sgn.pc)
+endif()
+install(FILES ${packages}
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)

@@ -9,7 +9,7 @@
 #include "flib/io/unit.h"
 #include "flib/text/string_utility.h"
 #include "flib/util/units.h"
-#include "numfreq/sgn_file.h"
+#include "sgn/result/sgn_file.h"
 #include "support.h"
 
 namespace {
@@ -22,7 +22,7 @@ const std::string& scratch_path() {
 }
 
 /// What was read, as the tool writes it, in scratch_path().
-std::string rewritten(const numfreq::sgn_contents& contents) {
+std::string rewritten(const sgn::sgn_contents& contents) {
     constexpr std::int32_t unit = 1;
     const auto natom = static_cast<std::int32_t>(contents.nat.size());
     std::vector<double> x;
@@ -32,13 +32,13 @@ std::string rewritten(const numfreq::sgn_contents& contents) {
     std::vector<double> frc;
     for (const auto& atom : contents.frc) frc.insert(frc.end(), atom.begin(), atom.end());
     flib::open_replace(unit, scratch_path());
-    numfreq::write_sgn_parameters(unit, contents.parameters);
-    numfreq::write_sgn_body(unit, {contents.symbol,
-                                   contents.nat,
-                                   contents.mass,
-                                   {x.data(), 3, natom},
-                                   contents.corrected_tdip,
-                                   {frc.data(), 3, natom}});
+    sgn::write_sgn_parameters(unit, contents.parameters);
+    sgn::write_sgn_body(unit, {contents.symbol,
+                               contents.nat,
+                               contents.mass,
+                               {x.data(), 3, natom},
+                               contents.corrected_tdip,
+                               {frc.data(), 3, natom}});
     flib::commit_unit(unit);
     std::string text;
     const flib::input_unit fid(scratch_path());
@@ -48,7 +48,7 @@ std::string rewritten(const numfreq::sgn_contents& contents) {
 }
 
 /// Whether the columns of the file can hold what was read, with a blank before each number.
-bool fits(const numfreq::sgn_contents& contents, std::string_view text) {
+bool fits(const sgn::sgn_contents& contents, std::string_view text) {
     const auto no_blank = [](char c) { return c > ' ' && c <= '~' && c != ','; };
     // The largest numbers are rounded to ten digits beyond what can be read.
     const auto readable = [](double x) {
@@ -57,7 +57,7 @@ bool fits(const numfreq::sgn_contents& contents, std::string_view text) {
     const auto below = [](double most) { return [=](double x) { return !(std::abs(x) >= most); }; };
     return text.find('*') == std::string_view::npos &&
            std::ranges::all_of(contents.symbol,
-                               [&](const numfreq::report_symbol& symbol) {
+                               [&](const sgn::report_symbol& symbol) {
                                    return !symbol.trimmed().empty() &&
                                           std::ranges::all_of(symbol.trimmed(), no_blank);
                                }) &&
@@ -85,15 +85,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     file.fill({reinterpret_cast<const char*>(data), size});
     fuzz::ending_of([&] {
         const flib::input_unit fid(file.path());
-        static_cast<void>(numfreq::read_sgn_parameters(fid));
+        static_cast<void>(sgn::read_sgn_parameters(fid));
     });
     fuzz::ending_of([&] {
-        const numfreq::sgn_contents contents = numfreq::read_sgn_file(file.path());
+        const sgn::sgn_contents contents = sgn::read_sgn_file(file.path());
         const std::string once = rewritten(contents);
         if (!fits(contents, once)) return;
         fuzz::ending read = fuzz::ending::failed;
         std::string twice;
-        read = fuzz::ending_of([&] { twice = rewritten(numfreq::read_sgn_file(scratch_path())); });
+        read = fuzz::ending_of([&] { twice = rewritten(sgn::read_sgn_file(scratch_path())); });
         fuzz::require(read == fuzz::ending::returned, "a written result cannot be read back");
         fuzz::require(once == twice, "a written result changes when it is written again");
     });

@@ -67,6 +67,9 @@ build() { # build TREE TARGET
 programs_for() {
     local near='' room found
     case "$2" in
+        lib/src/sgn/result/*) near="numfreq program hostile" ;;
+        lib/src/sgn/set/*) near="set sgn_check sgn_derive" ;;
+        lib/src/sgn/*) near="sgn_derive sgn_check" ;;
         lib/*/text/*) near="util search io qm_file" ;;
         lib/*density* | lib/*/matrix_product*) near=excited ;;
         lib/*/mo_columns*) near=numfreq ;;
@@ -136,7 +139,7 @@ report() { # report ROOM VERDICT FILE TEXT
 plant() {
     local tree=$1 file=$2 text instead whole rest room seen
     text=${3//<nl>/$'\n'} instead=${4//<nl>/$'\n'}
-    room=$(sed -E 's:^(lib)/src/flib(/[^/]*).*:\1\2:; s:^(tools/[^/]*).*:\1:' <<<"$file")
+    room=$(sed -E 's:^lib/src/((flib|sgn)/[^/]*).*:\1:; s:^(tools/[^/]*).*:\1:' <<<"$file")
     if [ ! -f "$tree/$file" ]; then
         report "$room" table "$file" "no such file ($5)"
         return

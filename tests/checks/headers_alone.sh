@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Every header of the library compiles by itself, and may be included twice.
+# Every header of the libraries compiles by itself, and may be included twice; those that are installed
+# without Eigen.
 set -euo pipefail
 source=$1
 compiler=$3
@@ -11,4 +12,4 @@ compile() {
 export -f compile
 
 cd "$source/lib/src"
-find flib -name '*.h' -print0 | xargs -0 -P 2 -I {} bash -c 'compile "$@"' - "$compiler" {}
+find flib sgn -name '*.h' ! -path 'sgn/*/detail/*' -print0 | xargs -0 -P 2 -I {} bash -c 'compile "$@"' - "$compiler" {}

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs into a scratch directory, moves the tree, and builds and runs the programs of docs/library.md
-# and docs/install.md against it: by find_package() and by pkg-config, with the static and with the
+# Installs into a scratch directory, moves the tree, and builds and runs the programs of docs/library.md,
+# docs/install.md and docs/sgn.md against it: by find_package() and by pkg-config, with the static and with the
 # shared library.
 set -euo pipefail
 source=$1
@@ -59,6 +59,36 @@ for program in "${programs[@]}"; do
     [[ $program == *.so* ]] || runs "$program"
 done
 
+# judges PROGRAM: the bundled set as it is, with a sign reversed, and without a file.
+judges() {
+    local said
+    said=$(LD_LIBRARY_PATH=$library_directory "$1" "${set[@]}") || fail "$1 fails: $said"
+    [[ $said == "  0.0000   0.0000   0.4816"$'\n'*$'\n'"the sums hold" ]] || fail "$1 says: $said"
+    sed 's/\(Corrected_tdip *= *\)-/\1 /' h2o_01zp.sgn >reversed.sgn
+    said=$(LD_LIBRARY_PATH=$library_directory "$1" "${set[@]/h2o_01zp/reversed}")
+    [[ $said == *$'\n'"the sums fail"$'\n'"wrong: reversed.sgn" ]] || fail "$1 says: $said"
+    if said=$(LD_LIBRARY_PATH=$library_directory "$1" h2o_ref.sgn none.sgn) || [[ $said != "none.sgn: cannot be opened"* ]]; then
+        fail "$1 says: $said"
+    fi
+}
+
+# The result files of the bundled set, the reference first.
+results() {
+    ln -s "$source"/examples/water/h2o_* .
+    "$work/prefix/bin/stigruz" h2o_ref.fchk
+    for checkpoint in h2o_0*.fchk; do "$work/prefix/bin/stigruz" "$checkpoint" h2o_ref.sgn; done
+    set=(h2o_ref.sgn h2o_0*.sgn)
+}
+
+if [ -e "$work/consumer/judge_set" ]; then
+    [[ $(<"$source/docs/sgn.md") == *"$(<"$source/tests/checks/consumer/judge_set.cpp")"* ]] ||
+        fail "docs/sgn.md shows another judge_set"
+    [ "$(wc -l <"$source/tests/checks/consumer/judge_set.cpp")" -le 25 ] || fail "judge_set is long"
+    cd "$work"
+    results
+    judges consumer/judge_set
+fi
+
 shared=$library_directory/libflib.so
 if [ -e "$shared" ]; then
     [ "${#programs[@]}" -eq 4 ] || fail "no program was built with the shared library"
@@ -79,6 +109,11 @@ if command -v pkg-config >/dev/null; then
     "$compiler" -std=c++20 "$source/tests/checks/consumer/count_atoms.cpp" "${flags[@]}" \
         -o "$work/count_atoms_with_pkg_config"
     runs "$work/count_atoms_with_pkg_config"
+    if [ -e "$work/consumer/judge_set" ]; then
+        read -ra flags <<<"$(pkg-config --cflags --libs sgn)"
+        "$compiler" -std=c++20 "$source/tests/checks/consumer/judge_set.cpp" "${flags[@]}" -o judge_set
+        judges ./judge_set
+    fi
 fi
 
 for tool in stigruz qm_file sgn_check sgn_states; do

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# As a part of another project this one is its library, and nothing else: no tools, no tests, no rules
+# As a part of another project this one is its libraries, and nothing else: no tools, no tests, no rules
 # of installation.
 set -euo pipefail
 source=$1
@@ -15,7 +15,7 @@ add_executable(count_atoms "$source/tests/checks/consumer/count_atoms.cpp")
 target_link_libraries(count_atoms PRIVATE flib::flib)
 get_property(targets DIRECTORY "$source" PROPERTY BUILDSYSTEM_TARGETS)
 get_property(library DIRECTORY "$source/lib" PROPERTY BUILDSYSTEM_TARGETS)
-if(NOT "\${targets};\${library}" STREQUAL "build_flags;flib" OR CMAKE_BUILD_TYPE OR TARGET stigruz)
+if(NOT "\${targets};\${library}" MATCHES "^build_flags;flib;sgn_result(;sgn)?\$" OR CMAKE_BUILD_TYPE OR TARGET stigruz)
     message(FATAL_ERROR "also here: \${targets} \${library} \${CMAKE_BUILD_TYPE}")
 endif()
 END

@@ -1,5 +1,5 @@
 // The result file: every field of what is written, and every line of what is read back.
-#include "numfreq/sgn_file.h"
+#include "sgn/result/sgn_file.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,7 @@
 
 namespace {
 
-using numfreq::sgn_contents;
+using sgn::sgn_contents;
 using support::scratch_directory;
 
 /// No value but the sign stands twice.
@@ -46,12 +46,12 @@ const std::string whole_read =
 /// Everything that is read, in one text; or how reading ends.
 std::string read_back(const std::string& file) {
     return support::answer_of(file, [&] {
-        const sgn_contents read = numfreq::read_sgn_file(file);
-        const numfreq::sgn_parameters& p = read.parameters;
+        const sgn_contents read = sgn::read_sgn_file(file);
+        const sgn::sgn_parameters& p = read.parameters;
         std::ostringstream all;
         all.precision(12);
         all << p.sign;
-        for (const auto& [name, value] : numfreq::sgn_counts) all << ' ' << name << p.*value;
+        for (const auto& [name, value] : sgn::sgn_counts) all << ' ' << name << p.*value;
         all << " (" << p.tden_maxloc[0] << ' ' << p.tden_maxloc[1] << ") " << p.tden_maxval;
         const auto add = [&](const std::array<double, 3>& v) {
             all << " [" << v[0] << ' ' << v[1] << ' ' << v[2] << ']';
@@ -69,17 +69,17 @@ std::string read_back(const std::string& file) {
 
 TEST(ResultFile, IsWrittenFieldByField) {
     constexpr double r = flib::bohr_radius;
-    const numfreq::sgn_parameters parameters{-1, 2, 31, 4, 15, 6, 7, 5, {19, 28}, -1.2345678901e-3};
+    const sgn::sgn_parameters parameters{-1, 2, 31, 4, 15, 6, 7, 5, {19, 28}, -1.2345678901e-3};
     const std::array x{-1.0, 2.0, 1234.567891 / r, 3 / r, -4.25 / r, 5.5 / r};
     const std::array frc{0.11, -0.012, 0.0013, -0.21, 0.022, -0.0023};
-    const std::array symbol{numfreq::report_symbol("Cl"), numfreq::report_symbol("H")};
+    const std::array symbol{sgn::report_symbol("Cl"), sgn::report_symbol("H")};
     const std::array<std::int32_t, 2> nat{17, 1};
     const std::array<double, 2> mass{34.968852729, 1.007825037};
     const scratch_directory scratch;
     const std::string path = (scratch.path() / "f").string();
     flib::open_replace(1, path);
-    numfreq::write_sgn_parameters(1, parameters);
-    numfreq::write_sgn_body(
+    sgn::write_sgn_parameters(1, parameters);
+    sgn::write_sgn_body(
         1, {symbol, nat, mass, {x.data(), 3, 2}, {0.15, -2.5, 3.5e101}, {frc.data(), 3, 2}});
     flib::commit_unit(1);
     EXPECT_EQ(support::contents_of(path), whole);

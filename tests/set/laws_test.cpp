@@ -6,11 +6,11 @@
 #include <cmath>
 
 #include "model.h"
-#include "set/suspects.h"
+#include "sgn/set/suspects.h"
 
 namespace {
 
-using namespace sgn_set;
+using namespace sgn;
 using model::molecule;
 
 const molecule all_molecules[] = {model::bent, model::diatomic, model::line, model::dark};

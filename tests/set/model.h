@@ -8,12 +8,12 @@
 #include <vector>
 
 #include "flib/util/units.h"
-#include "set/displaced_set.h"
+#include "sgn/set/displaced_set.h"
 
 namespace model {
 
-using sgn_set::result_file;
-using sgn_set::vec3;
+using sgn::result_file;
+using sgn::vec3;
 using geometry = std::vector<vec3>;  // Angstrom
 
 struct molecule {
@@ -30,7 +30,7 @@ inline double rounded(double value, int decimals) {
 }
 
 inline vec3 arm(const geometry& x, std::size_t a, std::size_t b) {
-    return sgn_set::scaled(1 / flib::bohr_radius, sgn_set::difference(x[a], x[b]));
+    return sgn::scaled(1 / flib::bohr_radius, sgn::difference(x[a], x[b]));
 }
 
 /// A sum over pairs of atoms of a vector along the pair (au): it moves and turns along. Atoms of
@@ -40,9 +40,9 @@ inline vec3 dipole(const molecule& of, const geometry& x) {
     for (std::size_t a = 0; a < x.size(); ++a) {
         for (std::size_t b = 0; b < x.size(); ++b) {
             const vec3 d = arm(x, a, b);
-            const double r = sgn_set::length(d);
+            const double r = sgn::length(d);
             const double charge = 0.05 * of.numbers[a] * std::exp(-r / 3) * of.strength;
-            if (a != b) total = sgn_set::sum(total, sgn_set::scaled(charge, d));
+            if (a != b) total = sgn::sum(total, sgn::scaled(charge, d));
         }
     }
     return total;
@@ -55,10 +55,10 @@ inline geometry forces(const molecule& of, const geometry& x) {
         for (std::size_t b = 0; b < x.size(); ++b) {
             if (a == b) continue;
             const vec3 d = arm(x, a, b);
-            const double r = sgn_set::length(d);
+            const double r = sgn::length(d);
             const double pull =
                 0.02 * (of.numbers[a] + of.numbers[b]) * std::exp(-r / 2) * (2.5 - r) / r;
-            result[a] = sgn_set::sum(result[a], sgn_set::scaled(pull, d));
+            result[a] = sgn::sum(result[a], sgn::scaled(pull, d));
         }
     }
     return result;
@@ -101,8 +101,7 @@ inline std::vector<result_file> displaced(const molecule& of, double step = 0.01
                 geometry x = of.x;
                 x[a][k] += direction * step;
                 files.push_back(file(
-                    of,
-                    std::to_string(a + 1) + sgn_set::axis_names[k] + (direction > 0 ? '+' : '-'),
+                    of, std::to_string(a + 1) + sgn::axis_names[k] + (direction > 0 ? '+' : '-'),
                     x));
             }
         }
@@ -123,7 +122,7 @@ inline std::vector<result_file> obliquely_displaced(const molecule& of, double s
         for (const int direction : {1, -1}) {
             geometry x = of.x;
             for (std::size_t a = 0; a < x.size(); ++a) {
-                x[a] = sgn_set::sum(x[a], sgn_set::scaled(direction, shift[a]));
+                x[a] = sgn::sum(x[a], sgn::scaled(direction, shift[a]));
             }
             files.push_back(file(of, std::to_string(n) + (direction > 0 ? '+' : '-'), x));
         }

@@ -4,17 +4,18 @@
 #include <gtest/gtest.h>
 
 #include "common/json_text.h"
+#include "common/set_json.h"
 #include "model.h"
-#include "set/decimals.h"
-#include "set/derivatives.h"
-#include "set/json.h"
-#include "set/modes.h"
-#include "set/suspects.h"
+#include "sgn/set/decimals.h"
+#include "sgn/set/derivatives.h"
+#include "sgn/set/modes.h"
+#include "sgn/set/suspects.h"
 #include "support/json_difference.h"
 
 namespace {
 
-using namespace sgn_set;
+using namespace sgn;
+using tools::json_of;
 using tools::json_text;
 using tools::json_value;
 

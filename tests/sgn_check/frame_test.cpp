@@ -10,11 +10,11 @@
 
 namespace {
 
+using sgn::difference;
+using sgn::length;
+using sgn::vec3;
 using sgn_check::angle_between;
 using sgn_check::turn_of_frame;
-using sgn_set::difference;
-using sgn_set::length;
-using sgn_set::vec3;
 using geometry = std::vector<vec3>;
 
 double rotation(const geometry& from, const geometry& to, const std::vector<double>& mass) {

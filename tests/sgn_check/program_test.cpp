@@ -7,7 +7,7 @@
 #include <sstream>
 
 #include "common/number_text.h"
-#include "numfreq/sgn_file.h"
+#include "sgn/result/sgn_file.h"
 #include "sgn_check/options.h"
 #include "sgn_check/report.h"
 #include "support/support.h"
@@ -15,8 +15,8 @@
 namespace {
 
 namespace fs = std::filesystem;
+using sgn::vec3;
 using sgn_check::result_file;
-using sgn_set::vec3;
 
 /// The directory with the result files of the bundled set, made once.
 const fs::path& bundled() {
@@ -124,7 +124,7 @@ struct sample {
             sample set(0);
             const auto read = [](const std::string& name) {
                 return result_file{
-                    name, numfreq::read_sgn_file((bundled() / ("h2o_" + name + ".sgn")).string())};
+                    name, sgn::read_sgn_file((bundled() / ("h2o_" + name + ".sgn")).string())};
             };
             set.reference = read("ref");
             for (const char atom : {'1', '2', '3'}) {
@@ -152,7 +152,7 @@ struct sample {
         const auto named = std::find_if(files.begin(), files.end(), [&](const result_file& file) {
             return file.name == words.at(1);
         });
-        numfreq::sgn_contents& file = (named == files.end() ? reference : *named).contents;
+        sgn::sgn_contents& file = (named == files.end() ? reference : *named).contents;
         vec3& dipole = file.corrected_tdip;
         if (what == "reverse") {  // what the file says still fits together
             for (double& component : dipole) component = -component;
@@ -192,7 +192,7 @@ struct sample {
     void add(const std::string& what, double side, double number) {
         result_file more = what == "double" ? files[side < 0 ? 0 : 1] : reference;
         more.name = side < 0 ? "m" : "p";
-        numfreq::sgn_contents& file = more.contents;
+        sgn::sgn_contents& file = more.contents;
         if (what == "double") {
             file.x[0][0] += side * 0.01 * (number - 1);
             for (std::size_t k = 0; k < 3; ++k) {

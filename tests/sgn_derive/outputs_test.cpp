@@ -146,7 +146,7 @@ TEST(Outputs, AreThoseOfTheFixtures) {
     }
     EXPECT_EQ(difference_from("sgn_derive/water.txt", text_of(cases[0].of, {false, 118})), "");
     EXPECT_THAT(text_of(cases[0].of, {false, 117}), HasSubstr("mass-weighted coordinate: x"));
-    sgn_set::sum_rules failed = cases[3].of.dipole_rules;
+    sgn::sum_rules failed = cases[3].of.dipole_rules;
     failed.satisfied = false;
     EXPECT_THAT(sgn_derive::residues_text(failed, "dipole"), testing::Not(HasSubstr("about z")));
     const auto json = nlohmann::json::parse(json_of(many()));
@@ -185,7 +185,7 @@ TEST(Outputs, OfReportsThatSetsDoNotMake) {
 
 TEST(ShortNames, AreWhatTellsJobsApart) {
     const auto shortened = [](const std::vector<std::string>& names) {
-        sgn_set::displaced_set set;
+        sgn::displaced_set set;
         for (const std::string& name : names) {
             set.jobs.emplace_back();
             set.jobs.back().name = name;

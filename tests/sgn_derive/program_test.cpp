@@ -6,8 +6,8 @@
 #include <sstream>
 
 #include "sets.h"
-#include "sgn_derive/checkpoint.h"
-#include "sgn_derive/checkpoint_sections.h"
+#include "sgn/checkpoint/checkpoint.h"
+#include "sgn/checkpoint/detail/checkpoint_sections.h"
 #include "sgn_derive/html.h"
 #include "sgn_derive/json.h"
 #include "sgn_derive/molden.h"
@@ -95,11 +95,11 @@ TEST_F(SgnDerive, JudgesCheckpoints) {
     const std::string good = fixture("water.fchk");
     const std::string scalars = "           1          16           1          10           ";
     const std::string name = "ETran state values";
-    auto values = sgn_derive::read_sections(path("x.fchk")).reals(name, 208);
+    auto values = sgn::read_sections(path("x.fchk")).reals(name, 208);
     values.insert(values.begin(), 16, 9.9);
     std::string second = good.substr(0, good.find(name));
     second = support::replaced(second, scalars + "1", "           2" + scalars.substr(12) + "2");
-    second += sgn_derive::text_of(sgn_derive::real_section(name, values));
+    second += sgn::text_of(sgn::real_section(name, values));
     support::write_file(path("x.fchk"), second);
     EXPECT_EQ(judged("x.fchk"), fixture("judged.txt"));
     // A wrong sign; no gradient; a force constant that is off.
@@ -113,7 +113,7 @@ TEST_F(SgnDerive, JudgesCheckpoints) {
     EXPECT_EQ(wrong, fixture("judged_wrong.txt"));
     for (std::size_t i = 0; i < good.size(); i += 97) {
         support::write_file(path("x.fchk"), good.substr(0, i));
-        EXPECT_TRUE(support::ending_of([&] { sgn_derive::read_checkpoint(path("x.fchk")); })) << i;
+        EXPECT_TRUE(support::ending_of([&] { sgn::read_checkpoint(path("x.fchk")); })) << i;
     }
 }
 

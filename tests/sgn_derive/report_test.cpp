@@ -143,7 +143,7 @@ TEST(Report, TellsAllThatDeservesDoubt) {
     }
     EXPECT_EQ(told, support::contents_of(support::data_file("sgn_derive/doubts.txt")));
     sets::set_files downhill = sets::water();
-    for (auto& force : downhill.reference.contents.frc) force = sgn_set::scaled(-1, force);
+    for (auto& force : downhill.reference.contents.frc) force = sgn::scaled(-1, force);
     report slope = analyse(downhill);
     EXPECT_NEAR(slope.largest_force, 0.083903333, 1e-12);
     slope.largest_force = 4.5e-4;

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "set/displaced_set.h"
+#include "sgn/set/displaced_set.h"
 #include "support/support.h"
 
 namespace sets {
@@ -16,8 +16,8 @@ namespace fs = std::filesystem;
 
 struct set_files {
     std::string name;
-    sgn_set::result_file reference;
-    std::vector<sgn_set::result_file> files;  // in the order of their names
+    sgn::result_file reference;
+    std::vector<sgn::result_file> files;  // in the order of their names
 };
 
 inline set_files read(const std::string& name, const fs::path& directory) {
@@ -28,7 +28,7 @@ inline set_files read(const std::string& name, const fs::path& directory) {
     }
     std::sort(paths.begin(), paths.end());
     for (const fs::path& path : paths) {
-        sgn_set::result_file file{path.filename(), numfreq::read_sgn_file(path.string())};
+        sgn::result_file file{path.filename(), sgn::read_sgn_file(path.string())};
         if (file.name.find("_ref") != std::string::npos) {
             result.reference = std::move(file);
         } else {
@@ -69,7 +69,7 @@ inline const set_files& crossing() {
 }
 
 /// Turns the dipole, the sign, and the element of a result round.
-inline void reverse(sgn_set::result_file& file, bool element) {
+inline void reverse(sgn::result_file& file, bool element) {
     for (double& component : file.contents.corrected_tdip) component = -component;
     file.contents.parameters.sign *= -1;
     if (element) file.contents.parameters.tden_maxval *= -1;

@@ -3,7 +3,7 @@
 #include "flib/io/unit.h"
 #include "numfreq/job_counts.h"
 #include "numfreq/job_files.h"
-#include "numfreq/sgn_file.h"
+#include "sgn/result/sgn_file.h"
 
 namespace numfreq {
 
@@ -13,7 +13,7 @@ void get_sgn_param(bool ref, std::string_view finp, std::int32_t& natom, std::in
                    double& tden_maxval) {
     if (ref) {
         const flib::input_unit fid(finp);
-        const sgn_parameters reference = read_sgn_parameters(fid);
+        const sgn::sgn_parameters reference = sgn::read_sgn_parameters(fid);
         natom = reference.natom;
         nbasis = nbsuse = reference.nmo;
         mi = reference.mi;

@@ -12,7 +12,7 @@
 #include "numfreq/get_sgn_param.h"
 #include "numfreq/job_atoms.h"
 #include "numfreq/job_files.h"
-#include "numfreq/sgn_file.h"
+#include "sgn/result/sgn_file.h"
 
 namespace numfreq {
 namespace {
@@ -37,7 +37,7 @@ void run_driver(std::span<const std::string_view> arguments) {
 
     const file_state inputs[] = {file_state(flog.padded()), file_state(ffch.padded()),
                                  file_state(fcis.padded())};
-    sgn_parameters run;
+    sgn::sgn_parameters run;
     std::int32_t nbsuse = 0;
     double denmax_ref = 0;
     get_sgn_param(ref, fref.padded(), run.natom, run.nmo, nbsuse, run.mi, run.ma, run.mci, run.nfc,
@@ -51,7 +51,7 @@ void run_driver(std::span<const std::string_view> arguments) {
 
     std::int32_t info = 0;
     read_job_atoms(flog.padded(), atoms);
-    std::vector<report_symbol> symbol(atoms.nat.size());
+    std::vector<sgn::report_symbol> symbol(atoms.nat.size());
     flib::nat_to_symbol(natom, atoms.nat.all(), symbol);
 
     flib::qm_file_force_tdip(flog.padded(), natom, 1, frc.view(), tdip.view(), info);
@@ -68,14 +68,14 @@ void run_driver(std::span<const std::string_view> arguments) {
     }
     run.sign = flib::same_sign_d(run.tden_maxval, denmax_ref);
 
-    sgn_body body{symbol, atoms.nat.all(), atoms.mass.all(), atoms.x.view(), {}, frc.view()};
+    sgn::sgn_body body{symbol, atoms.nat.all(), atoms.mass.all(), atoms.x.view(), {}, frc.view()};
     for (std::int32_t k = 1; k <= 3; ++k) {
         body.corrected_tdip[static_cast<std::size_t>(k) - 1] = tdip(k, 1) * run.sign;
     }
     std::ranges::for_each(inputs, &file_state::require_unchanged);
     flib::open_replace(result_unit, fsgn.padded());
-    write_sgn_parameters(result_unit, run);
-    write_sgn_body(result_unit, body);
+    sgn::write_sgn_parameters(result_unit, run);
+    sgn::write_sgn_body(result_unit, body);
     flib::commit_unit(result_unit);
 }
 

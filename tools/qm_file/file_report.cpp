@@ -18,7 +18,7 @@ using flib::quantity;
 /// Why a result file does not give a quantity.
 constexpr const char* not_in_results = "not in a result file";
 
-flib::geometry geometry_of(const numfreq::sgn_contents& result) {
+flib::geometry geometry_of(const sgn::sgn_contents& result) {
     flib::geometry geometry;
     geometry.x = result.x;
     for (auto& atom : geometry.x) {
@@ -27,9 +27,9 @@ flib::geometry geometry_of(const numfreq::sgn_contents& result) {
     return geometry;
 }
 
-void take_result(flib::file_facts& facts, const numfreq::sgn_contents& result,
+void take_result(flib::file_facts& facts, const sgn::sgn_contents& result,
                  std::span<const quantity> wanted) {
-    const numfreq::sgn_parameters& parameters = result.parameters;
+    const sgn::sgn_parameters& parameters = result.parameters;
     facts.missing.clear();
     facts.kind = {std::string(result_tag), "a result file of stigruz", "", -1};
     for (const quantity which : wanted) {
@@ -81,9 +81,9 @@ file_report report_of(const std::string& file, std::span<const quantity> wanted)
         report.readable = false;
         return report;
     }
-    if (report.facts.kind || !numfreq::is_sgn_file(file)) return report;
+    if (report.facts.kind || !sgn::is_sgn_file(file)) return report;
     try {
-        report.result = numfreq::read_sgn_file(file);
+        report.result = sgn::read_sgn_file(file);
         take_result(report.facts, *report.result, wanted);
     } catch (const flib::run_error& error) {
         std::string why = error.what();

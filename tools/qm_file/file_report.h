@@ -7,14 +7,14 @@
 #include <string_view>
 
 #include "flib/qm_file/file_facts.h"
-#include "numfreq/sgn_file.h"
+#include "sgn/result/sgn_file.h"
 
 namespace qm_file {
 
 struct file_report {
     flib::file_facts facts{};
-    std::optional<numfreq::sgn_contents> result{};  ///< of a result file of stigruz
-    bool readable = true;                           ///< the file could be opened
+    std::optional<sgn::sgn_contents> result{};  ///< of a result file of stigruz
+    bool readable = true;                       ///< the file could be opened
 };
 
 /// What stands for the type tag of a result file.

@@ -30,8 +30,8 @@ json_value numbers_of(const std::optional<std::vector<std::int32_t>>& numbers) {
     return all;
 }
 
-json_value result_of(const numfreq::sgn_contents& result) {
-    const numfreq::sgn_parameters& parameters = result.parameters;
+json_value result_of(const sgn::sgn_contents& result) {
+    const sgn::sgn_parameters& parameters = result.parameters;
     return {{"sign", parameters.sign},
             {"basis_functions", parameters.nmo},
             {"element", parameters.tden_maxloc},

@@ -299,8 +299,8 @@ std::string kind_text(const flib::file_kind& kind) {
     return kind.tag + ", version " + version + formatted(" (class %d)", kind.class_code);
 }
 
-std::string result_text(const numfreq::sgn_contents& result) {
-    const numfreq::sgn_parameters& parameters = result.parameters;
+std::string result_text(const sgn::sgn_contents& result) {
+    const sgn::sgn_parameters& parameters = result.parameters;
     return formatted("%d; the chosen element, row %d and column %d of %d, is %.10E",
                      parameters.sign, parameters.tden_maxloc[0], parameters.tden_maxloc[1],
                      parameters.nmo, parameters.tden_maxval);

@@ -13,11 +13,11 @@
 namespace sgn_check {
 namespace {
 
-using numfreq::sgn_contents;
-using numfreq::sgn_parameters;
-using sgn_set::difference;
-using sgn_set::length;
-using sgn_set::rounding;
+using sgn::difference;
+using sgn::length;
+using sgn::rounding;
+using sgn::sgn_contents;
+using sgn::sgn_parameters;
 using tools::decimal;
 
 /// "+x", or a unit vector.
@@ -53,7 +53,7 @@ std::string element_text(const sgn_parameters& parameters) {
 /// Which sizes differ, or nothing.
 std::string other_sizes(const sgn_parameters& file, const sgn_parameters& reference) {
     std::string text;
-    for (const auto& [name, size] : numfreq::sgn_counts) {
+    for (const auto& [name, size] : sgn::sgn_counts) {
         if (file.*size == reference.*size) continue;
         if (!text.empty()) text += ", ";
         text.append(name).append(" ").append(std::to_string(file.*size));
@@ -272,7 +272,7 @@ std::string_view name_of(doubt kind) {
     return {};
 }
 
-std::string displacement::text(const std::vector<numfreq::report_symbol>& symbol) const {
+std::string displacement::text(const std::vector<sgn::report_symbol>& symbol) const {
     if (moved == 0) return "none";
     return (moved > 1 ? std::to_string(moved) + " atoms, " : "") + std::to_string(farthest + 1) +
            " " + flib::printable(symbol[farthest].trimmed()) + " " + direction_of(shift[farthest]) +

@@ -9,14 +9,14 @@
 #include <utility>
 #include <vector>
 
-#include "set/displaced_set.h"
-#include "set/sum_rules.h"
-#include "set/suspects.h"
+#include "sgn/set/displaced_set.h"
+#include "sgn/set/sum_rules.h"
+#include "sgn/set/suspects.h"
 #include "sgn_check/frame.h"
 
 namespace sgn_check {
 
-using sgn_set::result_file;
+using sgn::result_file;
 
 /// Where doubt begins.
 struct thresholds {
@@ -68,7 +68,7 @@ struct displacement {
     double distance = 0;       // of that one
 
     /// "none", "1 O +x 0.0100", or "3 atoms, 2 H +y 0.0100" with the farthest.
-    std::string text(const std::vector<numfreq::report_symbol>& symbol) const;
+    std::string text(const std::vector<sgn::report_symbol>& symbol) const;
 };
 
 /// What is known of one file of the set; `unknown` where there is nothing to compare.
@@ -92,8 +92,8 @@ struct verdict {
 /// What is known of a set.
 struct assessment {
     std::vector<verdict> verdicts;  ///< the reference's first
-    sgn_set::sum_rules rules;       ///< of the dipole
-    sgn_set::suspects suspects;     ///< places in `verdicts`
+    sgn::sum_rules rules;           ///< of the dipole
+    sgn::suspects suspects;         ///< places in `verdicts`
 
     /// Nothing speaks against any sign.
     bool fine() const;

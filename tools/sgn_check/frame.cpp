@@ -13,9 +13,9 @@ namespace {
 
 using Eigen::Quaterniond;
 using Eigen::Vector3d;
-using sgn_set::difference;
-using sgn_set::length;
-using sgn_set::rounding;
+using sgn::difference;
+using sgn::length;
+using sgn::rounding;
 
 /// What one atom may be displaced by for a derivative (Angstrom).
 constexpr double longest_step = 0.1;

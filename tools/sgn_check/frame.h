@@ -4,11 +4,11 @@
 #include <array>
 #include <span>
 
-#include "set/geometry.h"
+#include "sgn/set/geometry.h"
 
 namespace sgn_check {
 
-using sgn_set::vec3;
+using sgn::vec3;
 
 /// A rotation of the frame.
 struct frame_turn {

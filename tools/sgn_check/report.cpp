@@ -10,10 +10,10 @@
 #include "common/csv.h"
 #include "common/json_text.h"
 #include "common/number_text.h"
+#include "common/set_json.h"
 #include "common/table.h"
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
-#include "set/json.h"
 
 namespace sgn_check {
 namespace {
@@ -34,7 +34,7 @@ std::string verdict_text(const verdict& of) {
 }
 
 std::vector<tools::table_cell> row_of(const verdict& of, bool is_reference) {
-    const numfreq::sgn_contents& contents = of.file->contents;
+    const sgn::sgn_contents& contents = of.file->contents;
     std::string dipole;
     for (const double component : contents.corrected_tdip) {
         const std::string text = decimal(component, 4);
@@ -49,12 +49,12 @@ std::vector<tools::table_cell> row_of(const verdict& of, bool is_reference) {
             {flib::scientific_field(contents.parameters.tden_maxval, 11, 4)},
             {is_reference ? "" : known(of.ratio, 3)},
             {dipole},
-            {is_reference ? "" : known(sgn_set::length(of.change), 4)},
+            {is_reference ? "" : known(sgn::length(of.change), 4)},
             {displaced},
             {verdict_text(of), of.fine() ? tools::paint::good : tools::paint::bad}};
 }
 
-std::string rules_text(const sgn_set::sum_rules& rules) {
+std::string rules_text(const sgn::sum_rules& rules) {
     if (!rules.judged) return "Sum rules: not judged, " + rules.why_not + ".";
     return "Sum rules: chi-squared " + decimal(rules.chi2, 1) + " of " +
            std::to_string(rules.sums) + " sums, largest residue " + decimal(rules.largest, 1) +
@@ -100,7 +100,7 @@ json_value displacement_json(const verdict& of) {
 }
 
 json_value verdict_json(const verdict& of, bool is_reference) {
-    const numfreq::sgn_contents& contents = of.file->contents;
+    const sgn::sgn_contents& contents = of.file->contents;
     json_value json;
     json["file"] = of.file->name;
     json["sign"] = contents.parameters.sign;
@@ -132,7 +132,7 @@ json_value names_json(const assessment& of, const std::vector<std::size_t>& flip
 }
 
 json_value rules_json(const assessment& of) {
-    json_value json = sgn_set::json_of(of.rules);
+    json_value json = tools::json_of(of.rules);
     const auto& flips = of.suspects.flips;
     json["suspects"] = flips.empty() ? json_value::array() : names_json(of, flips.front());
     json["alternatives"] = json_value::array();
@@ -144,7 +144,7 @@ json_value rules_json(const assessment& of) {
 }
 
 std::vector<std::string> csv_fields(const verdict& of) {
-    const numfreq::sgn_contents& contents = of.file->contents;
+    const sgn::sgn_contents& contents = of.file->contents;
     std::vector<std::string> fields{of.file->name,
                                     std::to_string(contents.parameters.sign),
                                     std::to_string(contents.parameters.tden_maxloc[0]),

@@ -8,7 +8,7 @@
 
 #include "common/number_text.h"
 #include "flib/io/stop_run.h"
-#include "set/derivatives.h"
+#include "sgn/set/derivatives.h"
 
 namespace sgn_check {
 namespace {
@@ -24,8 +24,8 @@ struct participants {
     std::vector<std::size_t> place;  ///< of each among the verdicts
     std::vector<result_file> files;
 
-    sgn_set::displaced_set set() const {
-        return sgn_set::make_set(files.front(), std::span(files).subspan(1));
+    sgn::displaced_set set() const {
+        return sgn::make_set(files.front(), std::span(files).subspan(1));
     }
 };
 
@@ -67,7 +67,7 @@ void add_suspects(assessment& of) {
 }
 
 /// The derivatives of the dipole once that of a job has changed.
-void change_dipole(sgn_set::derivatives& of, std::size_t job, const vec3& change) {
+void change_dipole(sgn::derivatives& of, std::size_t job, const vec3& change) {
     for (std::size_t row = 0; row < of.dipole.rows; ++row) {
         for (std::size_t k = 0; k < 3; ++k) of.dipole(row, k) += of.weights(row, job) * change[k];
     }
@@ -75,23 +75,23 @@ void change_dipole(sgn_set::derivatives& of, std::size_t job, const vec3& change
 
 /// Looks for geometries that are turned and whose dipoles are not: the sums come out better with
 /// dipoles turned along, pair by pair.
-void judge_frames(assessment& of, const sgn_set::displaced_set& set,
-                  sgn_set::derivatives derivatives, std::span<const std::size_t> place) {
+void judge_frames(assessment& of, const sgn::displaced_set& set, sgn::derivatives derivatives,
+                  std::span<const std::size_t> place) {
     constexpr double noticed = 30;  // more than the scatter of chi-squared
     constexpr double clearly = 4;
     const auto turns_along = [&](std::size_t job) {
         const verdict& one = of.verdicts[place[job]];
         if (!(one.rotation > seen_rotation)) return false;
         const vec3& dipole = set.jobs[job].dipole;
-        change_dipole(derivatives, job, sgn_set::difference(one.frame.applied_to(dipole), dipole));
+        change_dipole(derivatives, job, sgn::difference(one.frame.applied_to(dipole), dipole));
         return true;
     };
     double chi2 = of.rules.chi2;
     std::vector<std::size_t> apart;
     for (std::size_t job = 1; job < set.jobs.size(); ++job) {
         const std::size_t partner = set.jobs[job].other;
-        if (set.jobs[job].is != sgn_set::role::paired || partner < job) continue;
-        sgn_set::table before = derivatives.dipole;
+        if (set.jobs[job].is != sgn::role::paired || partner < job) continue;
+        sgn::table before = derivatives.dipole;
         const bool first = turns_along(job);
         const bool second = turns_along(partner);
         if (!first && !second) continue;
@@ -122,8 +122,8 @@ void judge_set(assessment& of) {
     }
     const participants taking_part = participants_of(of);
     try {
-        const sgn_set::displaced_set set = taking_part.set();
-        const sgn_set::derivatives derivatives = differentiate(set);
+        const sgn::displaced_set set = taking_part.set();
+        const sgn::derivatives derivatives = differentiate(set);
         of.rules = dipole_rules(set, derivatives);
         if (!of.rules.judged || of.rules.satisfied) return;
         of.suspects = find_suspects(set, derivatives, of.rules);

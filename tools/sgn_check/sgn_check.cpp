@@ -10,7 +10,7 @@
 #include "common/program.h"
 #include "common/same_file.h"
 #include "flib/io/stop_run.h"
-#include "numfreq/sgn_file.h"
+#include "sgn/result/sgn_file.h"
 #include "sgn_check/check.h"
 #include "sgn_check/options.h"
 #include "sgn_check/report.h"
@@ -23,7 +23,7 @@ constexpr std::string_view tool = "sgn_check";
 void read_file(const std::string& name, std::vector<sgn_check::result_file>& read,
                std::vector<sgn_check::unreadable_file>& unreadable) {
     try {
-        read.push_back({name, numfreq::read_sgn_file(name)});
+        read.push_back({name, sgn::read_sgn_file(name)});
     } catch (const flib::run_error& error) {
         tools::complain(tool, error.what());
         unreadable.push_back({name, error.what()});

@@ -14,9 +14,9 @@
 namespace sgn_derive {
 namespace {
 
-using sgn_set::job;
-using sgn_set::role;
-using sgn_set::sum_rules;
+using sgn::job;
+using sgn::role;
+using sgn::sum_rules;
 using svg::escaped;
 using tools::decimal;
 
@@ -98,7 +98,7 @@ std::string fact(std::string_view name, const std::string& value, const std::str
 }
 
 std::string facts_part(const report& of) {
-    const sgn_set::displaced_set& set = of.set;
+    const sgn::displaced_set& set = of.set;
     const sum_rules& rules = of.dipole_rules;
     std::string text;
     text +=
@@ -110,7 +110,7 @@ std::string facts_part(const report& of) {
     text += rules.judged ? fact("Sum rules, \u03C7\u00B2", chi2_text(rules),
                                 "of " + std::to_string(rules.sums) + " sums", !rules.satisfied)
                          : fact("Sum rules", "\u2013", "not judged");
-    text += fact("Transition dipole", decimal(sgn_set::length(set.jobs.front().dipole), 4), "au");
+    text += fact("Transition dipole", decimal(sgn::length(set.jobs.front().dipole), 4), "au");
     text += fact("Displacement", decimal(set.largest_step, 4), "\u00C5");
     return tag("dl", "\n" + text, "facts");
 }
@@ -118,7 +118,7 @@ std::string facts_part(const report& of) {
 std::string molecule_part(const report& of) {
     std::string rows;
     for (std::size_t i = 0; i < of.set.atoms.size(); ++i) {
-        const sgn_set::atom& atom = of.set.atoms[i];
+        const sgn::atom& atom = of.set.atoms[i];
         std::string row = cell(std::to_string(i + 1)) + cell(escaped(atom.symbol), "name");
         for (const double x : atom.x) row += cell(decimal(x, 4));
         rows += tag("tr", row + cell(number(atom.mass, 4)));
@@ -212,7 +212,7 @@ std::string rules_part(const report& of) {
 std::string mode_rows(const report& of) {
     std::string rows;
     for (std::size_t i = 0; i < of.modes.size(); ++i) {
-        const sgn_set::normal_mode& mode = of.modes[i];
+        const sgn::normal_mode& mode = of.modes[i];
         std::string row = cell(std::to_string(i + 1)) + cell(decimal(mode.wavenumber, 1)) +
                           cell(decimal(mode.reduced_mass, 4));
         for (const double each : mode.dipole_derivative_q) row += cell(number(each, 5));
@@ -267,14 +267,14 @@ std::string displacement_of(const report& of, const job& each) {
     std::size_t moved = 0;
     std::size_t farthest = 0;
     for (std::size_t i = 0; i < each.shift.size(); ++i) {
-        if (sgn_set::length(each.shift[i]) > sgn_set::rounding) ++moved;
-        if (sgn_set::length(each.shift[i]) > sgn_set::length(each.shift[farthest])) farthest = i;
+        if (sgn::length(each.shift[i]) > sgn::rounding) ++moved;
+        if (sgn::length(each.shift[i]) > sgn::length(each.shift[farthest])) farthest = i;
     }
-    const sgn_set::vec3& shift = each.shift[farthest];
+    const sgn::vec3& shift = each.shift[farthest];
     std::string direction;
     for (std::size_t k = 0; k < 3; ++k) {
-        if (std::abs(shift[k]) > each.step - sgn_set::rounding) {
-            direction = std::string(1, shift[k] < 0 ? '-' : '+') + sgn_set::axis_names[k] + " ";
+        if (std::abs(shift[k]) > each.step - sgn::rounding) {
+            direction = std::string(1, shift[k] < 0 ? '-' : '+') + sgn::axis_names[k] + " ";
         }
     }
     return (moved > 1 ? std::to_string(moved) + " atoms, " : "") + std::to_string(farthest + 1) +

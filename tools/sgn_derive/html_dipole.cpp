@@ -11,7 +11,7 @@
 namespace sgn_derive {
 namespace {
 
-using sgn_set::job;
+using sgn::job;
 using svg::point;
 
 constexpr double width = 1000;
@@ -73,8 +73,8 @@ std::string panel_of(const report& of, std::size_t k, double from) {
         text += svg::line({left, y(mark)}, {width - right, y(mark)}, zero ? "zero" : "grid");
         text += svg::text({left - 8, y(mark) + 4}, tools::decimal(mark, decimals), "small", "end");
     }
-    text += svg::text({left, from - 7}, std::string("\u03BC") + sgn_set::axis_names[k] + " (au)",
-                      "label");
+    text +=
+        svg::text({left, from - 7}, std::string("\u03BC") + sgn::axis_names[k] + " (au)", "label");
     text += svg::text({width - right, from - 7}, span_of(of, k), "small", "end");
 
     const double size =
@@ -105,7 +105,7 @@ std::string panel_of(const report& of, std::size_t k, double from) {
 
 }  // namespace
 
-std::vector<std::string> short_names(const sgn_set::displaced_set& set) {
+std::vector<std::string> short_names(const sgn::displaced_set& set) {
     std::vector<std::string> names;
     for (const job& each : set.jobs) names.push_back(stem_of(each.name));
     // What all displaced jobs begin with, cut between words only.

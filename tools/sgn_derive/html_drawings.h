@@ -10,7 +10,7 @@ namespace sgn_derive {
 
 /// Names of the jobs as short as they can be told apart: without directory,
 /// ".sgn", and what all begin with.
-std::vector<std::string> short_names(const sgn_set::displaced_set& set);
+std::vector<std::string> short_names(const sgn::displaced_set& set);
 
 /// Whether reversing the sign of a job is part of what would mend the sum rules
 /// best.
@@ -32,7 +32,7 @@ std::string rules_drawing(const report& of);
 std::string modes_drawing(const report& of);
 
 /// The height of a mode in that drawing.
-double borrowed_by(const report& of, const sgn_set::normal_mode& mode);
+double borrowed_by(const report& of, const sgn::normal_mode& mode);
 /// Whether these are parts of the intensity of the dipole itself; else, where
 /// that has none, squares in atomic units.
 bool has_own_intensity(const report& of);

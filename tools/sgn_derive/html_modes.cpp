@@ -9,7 +9,7 @@
 namespace sgn_derive {
 namespace {
 
-using sgn_set::normal_mode;
+using sgn::normal_mode;
 
 constexpr double width = 1000;
 constexpr double left = 72;
@@ -26,7 +26,7 @@ bool has_own_intensity(const report& of) {
 
 double borrowed_by(const report& of, const normal_mode& mode) {
     if (has_own_intensity(of)) return mode.borrowed;
-    const double size = sgn_set::length(mode.dipole_derivative_q);
+    const double size = sgn::length(mode.dipole_derivative_q);
     return size * size;
 }
 

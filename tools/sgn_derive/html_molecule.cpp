@@ -31,21 +31,20 @@ constexpr std::array<int, 96> covalent_radii{
     145, 146, 148, 140, 150, 150, 260, 221, 215, 206, 200, 196, 190, 187, 180, 169};
 
 /// Angstrom.
-double radius_of(const sgn_set::atom& atom) {
+double radius_of(const sgn::atom& atom) {
     const bool known =
         atom.number >= 1 && atom.number <= static_cast<std::int32_t>(covalent_radii.size());
     const int picometre = known ? covalent_radii[static_cast<std::size_t>(atom.number) - 1] : 150;
     return 0.01 * picometre;
 }
 
-bool are_bonded(const sgn_set::atom& a, const sgn_set::atom& b) {
+bool are_bonded(const sgn::atom& a, const sgn::atom& b) {
     constexpr double stretched = 1.25;  // of the sum of the radii
-    return sgn_set::length(sgn_set::difference(a.x, b.x)) <=
-           stretched * (radius_of(a) + radius_of(b));
+    return sgn::length(sgn::difference(a.x, b.x)) <= stretched * (radius_of(a) + radius_of(b));
 }
 
 /// The class that gives an element its colour.
-std::string kind_of(const sgn_set::atom& atom) {
+std::string kind_of(const sgn::atom& atom) {
     switch (atom.number) {
         case 1:
             return "atom el-h";
@@ -72,7 +71,7 @@ struct view {
     Vector3d centre = Vector3d::Zero();
     double per_angstrom = 60;
 
-    Vector3d turned(const sgn_set::vec3& x) const {
+    Vector3d turned(const sgn::vec3& x) const {
         return turn * (Vector3d(x[0], x[1], x[2]) - centre);
     }
     point place(const Vector3d& x) const {
@@ -81,7 +80,7 @@ struct view {
 };
 
 /// Along the axes of inertia, a little from the side and from above.
-view view_of(const std::vector<sgn_set::atom>& atoms) {
+view view_of(const std::vector<sgn::atom>& atoms) {
     view result;
     for (const auto& each : atoms) result.centre += Vector3d(each.x[0], each.x[1], each.x[2]);
     result.centre /= static_cast<double>(atoms.size());
@@ -141,7 +140,7 @@ std::string frame_of(const view& from) {
         const point end{origin[0] + size * axis[0], origin[1] - size * axis[1]};
         const point beyond{origin[0] + 1.4 * size * axis[0], origin[1] - 1.4 * size * axis[1] + 4};
         text += svg::line(origin, end, "axis");
-        text += svg::text(beyond, std::string(1, sgn_set::axis_names[static_cast<std::size_t>(k)]),
+        text += svg::text(beyond, std::string(1, sgn::axis_names[static_cast<std::size_t>(k)]),
                           "small", "middle");
     }
     return text;
@@ -149,8 +148,8 @@ std::string frame_of(const view& from) {
 
 /// The dipole, as it comes towards the reader or not.
 std::string dipole_arrow(const report& of, const view& from, bool towards) {
-    const sgn_set::vec3& dipole = of.set.jobs.front().dipole;
-    const double size = sgn_set::length(dipole);
+    const sgn::vec3& dipole = of.set.jobs.front().dipole;
+    const double size = sgn::length(dipole);
     if (!(size > 0)) return {};
     if (towards != ((from.turn * Vector3d(dipole[0], dipole[1], dipole[2]))[2] > 0)) return {};
     const Vector3d direction = from.turn * Vector3d(dipole[0], dipole[1], dipole[2]) / size;
@@ -165,7 +164,7 @@ std::string dipole_arrow(const report& of, const view& from, bool towards) {
 }  // namespace
 
 std::string molecule_drawing(const report& of) {
-    const std::vector<sgn_set::atom>& atoms = of.set.atoms;
+    const std::vector<sgn::atom>& atoms = of.set.atoms;
     const view from = view_of(atoms);
     std::vector<Vector3d> at;
     at.reserve(atoms.size());

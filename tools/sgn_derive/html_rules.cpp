@@ -9,8 +9,8 @@
 namespace sgn_derive {
 namespace {
 
-using sgn_set::sum_rules;
-using sgn_set::table;
+using sgn::sum_rules;
+using sgn::table;
 
 constexpr double width = 1000;
 constexpr double name_width = 196;
@@ -91,8 +91,8 @@ std::string rules_drawing(const report& of) {
     double y = top;
     for (std::size_t axis = 0; axis < 3; ++axis) {
         for (std::size_t k = 0; k < 3; ++k) {
-            const std::string name = std::string(1, sgn_set::axis_names[axis]) +
-                                     ", component \u03BC" + sgn_set::axis_names[k];
+            const std::string name =
+                std::string(1, sgn::axis_names[axis]) + ", component \u03BC" + sgn::axis_names[k];
             const auto pair = [&](const sum_rules& rules, bool moving) {
                 return moving
                            ? residue_of(rules.translation, rules.translation_uncertainty, axis, k)

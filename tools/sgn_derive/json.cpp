@@ -3,13 +3,13 @@
 #include <string_view>
 
 #include "common/json_text.h"
-#include "set/json.h"
+#include "common/set_json.h"
 
 namespace sgn_derive {
 namespace {
 
-using sgn_set::json_of;
-using sgn_set::role;
+using sgn::role;
+using tools::json_of;
 using tools::json_value;
 
 std::string_view role_name(role of) {
@@ -37,7 +37,7 @@ json_value findings_of(const report& of, std::size_t job) {
 }
 
 json_value file_of(const report& of, std::size_t at) {
-    const sgn_set::job& job = of.set.jobs[at];
+    const sgn::job& job = of.set.jobs[at];
     json_value result{{"file", job.name},
                       {"role", role_name(job.is)},
                       {"sign", job.sign},
@@ -55,9 +55,9 @@ json_value names(const std::vector<std::size_t>& jobs, const report& of) {
     return result;
 }
 
-json_value mode_of(const sgn_set::normal_mode& mode) {
+json_value mode_of(const sgn::normal_mode& mode) {
     json_value displacement = json_value::array();
-    for (const sgn_set::vec3& each : mode.displacement) displacement.push_back(each);
+    for (const sgn::vec3& each : mode.displacement) displacement.push_back(each);
     return {{"wavenumber", mode.wavenumber},
             {"reduced_mass", mode.reduced_mass},
             {"displacement", displacement},
@@ -69,13 +69,13 @@ json_value mode_of(const sgn_set::normal_mode& mode) {
 }  // namespace
 
 std::string json_of(const report& of) {
-    const sgn_set::displaced_set& set = of.set;
+    const sgn::displaced_set& set = of.set;
     json_value result;
     result["reference"] = set.jobs.front().name;
     json_value& files = result["files"] = json_value::array();
     for (std::size_t i = 0; i < set.jobs.size(); ++i) files.push_back(file_of(of, i));
     json_value& atoms = result["atoms"] = json_value::array();
-    for (const sgn_set::atom& each : set.atoms) {
+    for (const sgn::atom& each : set.atoms) {
         atoms.push_back(
             {{"symbol", each.symbol}, {"number", each.number}, {"mass", each.mass}, {"x", each.x}});
     }
@@ -89,13 +89,13 @@ std::string json_of(const report& of) {
     }
     result["dipole_step_error"] = of.derivatives.dipole_step_error;
     json_value& forces = result["forces"] = json_value::array();
-    for (const sgn_set::vec3& each : set.jobs.front().forces) forces.push_back(each);
+    for (const sgn::vec3& each : set.jobs.front().forces) forces.push_back(each);
     result["force_constants"] = json_of(of.force_constants);
     result["force_constants_asymmetry"] = of.asymmetry;
     result["force_step_error"] = of.derivatives.force_step_error;
     result["stationary"] = of.stationary();
     json_value& modes = result["modes"] = json_value::array();
-    for (const sgn_set::normal_mode& each : of.modes) modes.push_back(mode_of(each));
+    for (const sgn::normal_mode& each : of.modes) modes.push_back(mode_of(each));
 
     json_value dipole = json_of(of.dipole_rules);
     const auto& flips = of.suspects.flips;

@@ -4,9 +4,9 @@
 
 #include "flib/io/stop_run.h"
 #include "flib/util/units.h"
-#include "set/decimals.h"
-#include "set/derivatives.h"
-#include "sgn_derive/checkpoint.h"
+#include "sgn/checkpoint/checkpoint.h"
+#include "sgn/set/decimals.h"
+#include "sgn/set/derivatives.h"
 #include "sgn_derive/text.h"
 
 namespace sgn_derive {
@@ -14,20 +14,20 @@ namespace sgn_derive {
 judgement judge(const std::string& file) {
     constexpr double step = 0.01 / flib::bohr_radius;
     constexpr int decimals = 4;
-    const double uncertainty = sgn_set::rounding_error(decimals) / (std::numbers::sqrt2 * step);
-    const double relative = sgn_set::relative_step_error(step);
-    const checkpoint from = read_checkpoint(file);
+    const double uncertainty = sgn::rounding_error(decimals) / (std::numbers::sqrt2 * step);
+    const double relative = sgn::relative_step_error(step);
+    const sgn::checkpoint from = sgn::read_checkpoint(file);
     judgement result;
     result.atoms = from.atoms.size();
     result.dipole =
-        sgn_set::rules_of(from.atoms, from.dipole, from.dipole_derivatives, uncertainty, relative);
+        sgn::rules_of(from.atoms, from.dipole, from.dipole_derivatives, uncertainty, relative);
     if (from.forces.empty()) {
         result.forces.why_not = "the checkpoint holds no gradient or no force constants";
     } else {
         // A checkpoint has nine digits of each.
         constexpr double printed = 1e-7;
         result.forces =
-            sgn_set::rules_of(from.atoms, from.forces, from.force_derivatives, printed, relative);
+            sgn::rules_of(from.atoms, from.forces, from.force_derivatives, printed, relative);
     }
     return result;
 }

@@ -4,13 +4,13 @@
 #include <string>
 
 #include "common/terminal.h"
-#include "set/sum_rules.h"
+#include "sgn/set/sum_rules.h"
 
 namespace sgn_derive {
 
 struct judgement {
-    sgn_set::sum_rules dipole;
-    sgn_set::sum_rules forces;
+    sgn::sum_rules dipole;
+    sgn::sum_rules forces;
     std::size_t atoms = 0;
 
     bool fine() const { return dipole.satisfied && (forces.satisfied || !forces.judged); }

@@ -11,8 +11,8 @@
 namespace sgn_derive {
 namespace {
 
-using sgn_set::job;
-using sgn_set::role;
+using sgn::job;
+using sgn::role;
 using tools::decimal;
 
 /// Steps beyond which derivatives are off by more than a tenth.
@@ -32,7 +32,7 @@ void add_set_findings(report& of) {
             {"one_sided", "no file has the opposite displacement: a one-sided difference", i});
     }
     const double step = of.set.largest_step;
-    const double error = sgn_set::relative_step_error(step / flib::bohr_radius);
+    const double error = sgn::relative_step_error(step / flib::bohr_radius);
     if (error > largest_step_error) {
         of.findings.push_back({"large_step", "a displacement of " + decimal(step, 3) +
                                                  " Angstrom is too large: derivatives may be off "
@@ -71,9 +71,9 @@ void add_rule_findings(report& of) {
 
 void add_forces(report& of) {
     const auto& d = of.derivatives;
-    of.force_constants = sgn_set::force_constants(d.forces);
-    of.asymmetry = sgn_set::largest_asymmetry(d.forces);
-    for (const sgn_set::vec3& force : of.set.jobs.front().forces) {
+    of.force_constants = sgn::force_constants(d.forces);
+    of.asymmetry = sgn::largest_asymmetry(d.forces);
+    for (const sgn::vec3& force : of.set.jobs.front().forces) {
         for (const double component : force) {
             of.largest_force = std::max(of.largest_force, std::abs(component));
         }
@@ -87,10 +87,10 @@ void add_forces(report& of) {
                                                         " Hartree/Bohr^2"});
     }
     const bool masses = std::all_of(of.set.atoms.begin(), of.set.atoms.end(),
-                                    [](const sgn_set::atom& each) { return each.mass > 0; });
+                                    [](const sgn::atom& each) { return each.mass > 0; });
     if (masses) {
-        of.modes = sgn_set::normal_modes(of.set.atoms, of.force_constants, d.dipole,
-                                         of.set.jobs.front().dipole);
+        of.modes = sgn::normal_modes(of.set.atoms, of.force_constants, d.dipole,
+                                     of.set.jobs.front().dipole);
     } else {
         of.findings.push_back({"no_masses", "an atom has no mass, so there are no wavenumbers"});
     }
@@ -98,8 +98,8 @@ void add_forces(report& of) {
 
 /// What each file shows by itself and against the reference. (Missing partners and the sum rules
 /// are told by the set.)
-void add_file_findings(report& of, const sgn_set::result_file& reference,
-                       const std::vector<sgn_set::result_file>& files) {
+void add_file_findings(report& of, const sgn::result_file& reference,
+                       const std::vector<sgn::result_file>& files) {
     sgn_check::thresholds limits;
     limits.sum_rules = false;
     const auto verdicts = sgn_check::check(reference, files, limits).verdicts;
@@ -113,22 +113,21 @@ void add_file_findings(report& of, const sgn_set::result_file& reference,
 
 }  // namespace
 
-report analyse(const sgn_set::result_file& reference,
-               const std::vector<sgn_set::result_file>& files) {
+report analyse(const sgn::result_file& reference, const std::vector<sgn::result_file>& files) {
     report result;
-    result.set = sgn_set::make_set(reference, files);
-    result.derivatives = sgn_set::differentiate(result.set);
+    result.set = sgn::make_set(reference, files);
+    result.derivatives = sgn::differentiate(result.set);
     const auto& d = result.derivatives;
     if (!d.complete()) {
         throw flib::io_error(reference.name, 0,
                              "coordinates are missing: no file displaces " +
-                                 sgn_set::text_of(d.missing, result.set.atoms) + " (" +
+                                 sgn::text_of(d.missing, result.set.atoms) + " (" +
                                  std::to_string(d.open_directions) + " of " +
                                  std::to_string(3 * result.set.atoms.size()) + " directions)");
     }
-    result.dipole_rules = sgn_set::dipole_rules(result.set, d);
-    result.force_rules = sgn_set::force_rules(result.set, d);
-    result.suspects = sgn_set::find_suspects(result.set, d, result.dipole_rules);
+    result.dipole_rules = sgn::dipole_rules(result.set, d);
+    result.force_rules = sgn::force_rules(result.set, d);
+    result.suspects = sgn::find_suspects(result.set, d, result.dipole_rules);
     add_rule_findings(result);
     add_set_findings(result);
     if (result.set.has_forces) add_forces(result);

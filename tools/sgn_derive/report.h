@@ -6,12 +6,12 @@
 #include <string>
 #include <vector>
 
-#include "set/derivatives.h"
-#include "set/displaced_set.h"
-#include "set/modes.h"
-#include "set/sum_rules.h"
-#include "set/suspects.h"
-#include "set/table.h"
+#include "sgn/set/derivatives.h"
+#include "sgn/set/displaced_set.h"
+#include "sgn/set/modes.h"
+#include "sgn/set/sum_rules.h"
+#include "sgn/set/suspects.h"
+#include "sgn/set/table.h"
 
 namespace sgn_derive {
 
@@ -25,17 +25,17 @@ struct finding {
 };
 
 struct report {
-    sgn_set::displaced_set set;
-    sgn_set::derivatives derivatives;  ///< complete
-    sgn_set::sum_rules dipole_rules;
-    sgn_set::sum_rules force_rules;
-    sgn_set::suspects suspects;
+    sgn::displaced_set set;
+    sgn::derivatives derivatives;  ///< complete
+    sgn::sum_rules dipole_rules;
+    sgn::sum_rules force_rules;
+    sgn::suspects suspects;
 
     // All of these empty or zero if the files hold no forces.
-    sgn_set::table force_constants;           ///< 3N x 3N, Hartree/Bohr^2
-    double asymmetry = 0;                     ///< largest, of the force derivatives, Hartree/Bohr^2
-    double largest_force = 0;                 ///< component at the reference, Hartree/Bohr
-    std::vector<sgn_set::normal_mode> modes;  ///< empty also if a mass is missing
+    sgn::table force_constants;           ///< 3N x 3N, Hartree/Bohr^2
+    double asymmetry = 0;                 ///< largest, of the force derivatives, Hartree/Bohr^2
+    double largest_force = 0;             ///< component at the reference, Hartree/Bohr
+    std::vector<sgn::normal_mode> modes;  ///< empty also if a mass is missing
 
     std::vector<finding> findings;
 
@@ -47,8 +47,7 @@ struct report {
 
 /// Judges and differentiates a set. Throws flib::run_error if there is no result: files that do not
 /// belong together, values that are not finite, coordinates that no file displaces.
-report analyse(const sgn_set::result_file& reference,
-               const std::vector<sgn_set::result_file>& files);
+report analyse(const sgn::result_file& reference, const std::vector<sgn::result_file>& files);
 
 /// The verdict on the whole set in one sentence.
 std::string verdict_of(const report& of);

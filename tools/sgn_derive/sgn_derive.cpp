@@ -12,8 +12,8 @@
 #include "common/output_file.h"
 #include "common/program.h"
 #include "common/same_file.h"
-#include "numfreq/sgn_file.h"
-#include "sgn_derive/checkpoint.h"
+#include "sgn/checkpoint/checkpoint.h"
+#include "sgn/result/sgn_file.h"
 #include "sgn_derive/html.h"
 #include "sgn_derive/json.h"
 #include "sgn_derive/judge.h"
@@ -33,14 +33,13 @@ int status_of(bool fine) {
 
 sgn_derive::report report_on(const sgn_derive::options& options) {
     sgn_derive::progress progress(STDERR_FILENO, options.files.size() + 1);
-    const sgn_set::result_file reference{options.reference,
-                                         numfreq::read_sgn_file(options.reference)};
-    std::vector<sgn_set::result_file> files;
+    const sgn::result_file reference{options.reference, sgn::read_sgn_file(options.reference)};
+    std::vector<sgn::result_file> files;
     for (const std::string& name : options.files) {
         progress.at(files.size() + 1, "reading");
         // A pattern like *.sgn stands for the reference too.
         if (tools::is_same_file(name, options.reference)) continue;
-        files.push_back({name, numfreq::read_sgn_file(name)});
+        files.push_back({name, sgn::read_sgn_file(name)});
     }
     progress.at(options.files.size() + 1, "computing");
     return sgn_derive::analyse(reference, files);
@@ -65,8 +64,9 @@ int run(std::span<const std::string_view> arguments) {
     if (options.json) results.emplace_back(*options.json, json_of(report));
     if (options.fchk) {
         results.emplace_back(*options.fchk, options.fchk_template
-                                                ? checkpoint_of(report, *options.fchk_template)
-                                                : checkpoint_of(report));
+                                                ? checkpoint_of(report.set, report.derivatives,
+                                                                *options.fchk_template)
+                                                : checkpoint_of(report.set, report.derivatives));
     }
     if (options.molden) results.emplace_back(*options.molden, molden_of(report));
     if (options.html) results.emplace_back(*options.html, html_of(report));

@@ -10,14 +10,14 @@
 #include "common/number_text.h"
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
-#include "set/geometry.h"
+#include "sgn/set/geometry.h"
 
 namespace sgn_derive {
 namespace {
 
-using sgn_set::axis_names;
-using sgn_set::role;
-using sgn_set::sum_rules;
+using sgn::axis_names;
+using sgn::role;
+using sgn::sum_rules;
 using tools::decimal;
 using tools::paint;
 
@@ -48,9 +48,9 @@ std::string paragraph(std::string_view words, const tools::terminal& on) {
 }
 
 std::string what_it_is(const report& of, const tools::terminal& on) {
-    const sgn_set::displaced_set& set = of.set;
+    const sgn::displaced_set& set = of.set;
     std::string steps = decimal(set.largest_step, 4);
-    if (set.largest_step - set.smallest_step > sgn_set::rounding) {
+    if (set.largest_step - set.smallest_step > sgn::rounding) {
         steps = decimal(set.smallest_step, 4) + " to " + steps;
     }
     std::string text = flib::printable(set.jobs.front().name) + ": " + formula_of(set.atoms) +
@@ -75,7 +75,7 @@ std::string coordinate_text(const report& of, std::size_t c) {
 
 std::string dipole_text(const report& of, const tools::terminal& on) {
     const auto& d = of.derivatives;
-    const sgn_set::vec3& dipole = of.set.jobs.front().dipole;
+    const sgn::vec3& dipole = of.set.jobs.front().dipole;
     std::string text =
         '\n' +
         paragraph(
@@ -108,7 +108,7 @@ std::string rule_line(const char* name, const sum_rules& rules, const tools::ter
            '\n';
 }
 
-std::string vector_text(const sgn_set::vec3& of, int width, int decimals) {
+std::string vector_text(const sgn::vec3& of, int width, int decimals) {
     std::string text;
     for (const double value : of) text += number(value, width, decimals);
     return text;
@@ -129,7 +129,7 @@ std::string modes_table(const report& of, bool narrow) {
     std::string rest =
         "\n  Mode  Dipole derivatives (au) by the mass-weighted coordinate: x, y, z\n";
     for (std::size_t m = 0; m < of.modes.size(); ++m) {
-        const sgn_set::normal_mode& mode = of.modes[m];
+        const sgn::normal_mode& mode = of.modes[m];
         const std::string name = flib::integer_field(static_cast<std::int64_t>(m) + 1, 6);
         const std::string weighted = vector_text(mode.dipole_derivative, 11, 6);
         text += name + number(mode.wavenumber, 13, 1) + number(mode.reduced_mass, 10, 4) +
@@ -188,9 +188,9 @@ std::string findings_text(const report& of, const tools::terminal& on) {
 
 }  // namespace
 
-std::string formula_of(const std::vector<sgn_set::atom>& atoms) {
+std::string formula_of(const std::vector<sgn::atom>& atoms) {
     std::map<std::string, std::size_t> number_of;
-    for (const sgn_set::atom& each : atoms) ++number_of[flib::printable(each.symbol)];
+    for (const sgn::atom& each : atoms) ++number_of[flib::printable(each.symbol)];
     std::string text;
     const auto add = [&](const std::string& symbol) {
         const auto found = number_of.find(symbol);

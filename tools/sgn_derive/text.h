@@ -6,24 +6,24 @@
 #include <vector>
 
 #include "common/terminal.h"
-#include "set/displaced_set.h"
-#include "set/sum_rules.h"
+#include "sgn/set/displaced_set.h"
+#include "sgn/set/sum_rules.h"
 #include "sgn_derive/report.h"
 
 namespace sgn_derive {
 
 /// "H2O", carbon and hydrogen first.
-std::string formula_of(const std::vector<sgn_set::atom>& atoms);
+std::string formula_of(const std::vector<sgn::atom>& atoms);
 
 /// What the set is, the derivatives, the sum rules, the modes, what deserves doubt, and the
 /// verdict.
 std::string text_of(const report& of, const tools::terminal& on);
 
 /// The table of the sum rules; `forces` without any if they were not made.
-std::string rules_text(const sgn_set::sum_rules& dipole, const sgn_set::sum_rules& forces,
+std::string rules_text(const sgn::sum_rules& dipole, const sgn::sum_rules& forces,
                        const tools::terminal& on);
 
 /// The largest residues of rules that fail, a line each.
-std::string residues_text(const sgn_set::sum_rules& rules, std::string_view of_what);
+std::string residues_text(const sgn::sum_rules& rules, std::string_view of_what);
 
 }  // namespace sgn_derive

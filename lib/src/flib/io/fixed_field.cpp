@@ -47,4 +47,14 @@ std::string scientific_field(double value, int width, int decimals) {
     return field(upper, width);
 }
 
+std::string decimal(double value, int decimals) {
+    constexpr int widest = 24;
+    std::string text = fixed_field(value, widest, decimals);
+    text.erase(0, text.find_first_not_of(' '));
+    if (text.starts_with('-') && text.find_first_not_of("-0.") == std::string::npos) {
+        text.erase(0, 1);
+    }
+    return text;
+}
+
 }  // namespace flib

@@ -19,4 +19,8 @@ std::string fixed_field(double value, int width, int decimals);
 /// Scientific notation, as printf writes %WIDTH.DECIMALSE.
 std::string scientific_field(double value, int width, int decimals);
 
+/// Fixed-point notation, as wide as it takes; what rounds to zero has no sign. A value of more than
+/// 24 characters is shown as asterisks.
+std::string decimal(double value, int decimals);
+
 }  // namespace flib

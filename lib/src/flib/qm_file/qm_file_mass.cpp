@@ -7,6 +7,7 @@
 #include "flib/qm_file/detail/facts_steps.h"
 #include "flib/qm_file/detail/keyword.h"
 #include "flib/qm_file/detail/reader_steps.h"
+#include "flib/qm_file/fchk_label.h"
 #include "flib/qm_file/type_tag.h"
 #include "flib/util/elements.h"
 
@@ -148,7 +149,7 @@ void qchem_mass(std::int32_t fid, masses mass) {
 //   1.59949146E+01  1.00782504E+00  1.00782504E+00
 void gaussian_fchk_mass(std::int32_t fid, masses mass) {
     line_buffer line;
-    if (search_word_free(fid, "Real atomic weights", line)) read_items(fid, mass);
+    if (search_word_free(fid, fchk_label::masses, line)) read_items(fid, mass);
 }
 
 //  Output coordinates in angstroms (scale by  1.889725989 to convert to a.u.)

@@ -5,6 +5,7 @@
 #include "flib/qm_file/detail/facts_steps.h"
 #include "flib/qm_file/detail/keyword.h"
 #include "flib/qm_file/detail/reader_steps.h"
+#include "flib/qm_file/fchk_label.h"
 #include "flib/qm_file/type_tag.h"
 #include "flib/util/elements.h"
 
@@ -91,7 +92,7 @@ constexpr reader_row<numbers> nat_table[] = {
     {tag::gaussian_fchk,
      [](std::int32_t fid, numbers nat) {
          line_buffer line;
-         if (search_word_del_space(fid, "Atomic numbers", line)) read_items(fid, nat);
+         if (search_word_del_space(fid, fchk_label::numbers, line)) read_items(fid, nat);
      }},
     //  ATOMIC COORDINATES
     //

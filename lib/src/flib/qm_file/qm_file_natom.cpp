@@ -4,6 +4,7 @@
 #include "flib/qm_file/detail/facts_steps.h"
 #include "flib/qm_file/detail/keyword.h"
 #include "flib/qm_file/detail/reader_steps.h"
+#include "flib/qm_file/fchk_label.h"
 #include "flib/qm_file/type_tag.h"
 #include "flib/text/padded_view.h"
 #include "flib/text/string.h"
@@ -90,7 +91,7 @@ constexpr reader_row<std::int32_t&> natom_table[] = {
     {tag::gaussian_fchk,
      [](std::int32_t fid, std::int32_t& natom) {
          line_buffer line;
-         return search_word(fid, 1, 15, "Number of atoms", line) &&
+         return search_word(fid, 1, 15, fchk_label::atoms, line) &&
                 take_count(fid, line.padded(), 4, natom);
      }},
     {tag::chemshell, chemshell_natom},

@@ -3,6 +3,8 @@
 
 #include <string_view>
 
+#include "flib/qm_file/fchk_label.h"
+
 namespace flib::keyword {
 
 inline constexpr std::string_view gaussian_atom_count = "NAtoms=";
@@ -10,8 +12,8 @@ inline constexpr std::string_view gaussian_charge = "Charge =";
 inline constexpr std::string_view gaussian_electrons = "NAE=";
 inline constexpr std::string_view gaussian_orientation =
     "Center     Atomic      Atomic             Coordinates (Angstroms)";
-inline constexpr std::string_view fchk_basis_functions = "Number of basis functions";
-inline constexpr std::string_view fchk_mo_coefficients = "Alpha MO coefficients";
+inline constexpr std::string_view fchk_basis_functions = fchk_label::basis_functions;
+inline constexpr std::string_view fchk_mo_coefficients = fchk_label::mo_coefficients;
 inline constexpr std::string_view atomic_coordinates = "ATOMIC COORDINATES";
 inline constexpr std::string_view atomic_weights = "ATOMIC WEIGHTS";
 inline constexpr std::string_view chemshell_input_coordinates = "Input Coordinates";

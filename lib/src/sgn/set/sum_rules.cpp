@@ -1,4 +1,4 @@
-#include "set/sum_rules.h"
+#include "sgn/set/sum_rules.h"
 
 #include <Eigen/Geometry>
 #include <algorithm>
@@ -7,10 +7,10 @@
 
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
-#include "set/decimals.h"
-#include "set/rigid_motions.h"
+#include "sgn/set/decimals.h"
+#include "sgn/set/detail/rigid_motions.h"
 
-namespace sgn_set {
+namespace sgn {
 namespace {
 
 /// The mean square of a residue in units of its uncertainty beyond which the sums fail. Where all
@@ -196,4 +196,4 @@ sum_rules rules_of(std::span<const atom> atoms, std::span<const double> values,
     return evaluate(motions, y, view(derivatives), known);
 }
 
-}  // namespace sgn_set
+}  // namespace sgn

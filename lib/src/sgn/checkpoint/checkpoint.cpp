@@ -1,17 +1,18 @@
-#include "sgn_derive/checkpoint.h"
+#include "sgn/checkpoint/checkpoint.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <optional>
 
-#include "common/number_text.h"
+#include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
 #include "flib/util/elements.h"
 #include "flib/util/units.h"
-#include "sgn_derive/checkpoint_sections.h"
+#include "sgn/checkpoint/detail/checkpoint_sections.h"
+#include "sgn/set/modes.h"
 
-namespace sgn_derive {
+namespace sgn {
 namespace {
 
 /// Values of one state: its energy, the electric dipole, the velocity dipole, the magnetic dipole,
@@ -27,15 +28,15 @@ constexpr std::size_t values_at = 1;
 constexpr std::size_t target_at = 4;
 constexpr std::size_t derivatives_at = 5;
 
-std::vector<double> flat(const std::vector<sgn_set::vec3>& vectors, double factor) {
+std::vector<double> flat(const std::vector<vec3>& vectors, double factor) {
     std::vector<double> result;
-    for (const sgn_set::vec3& each : vectors) {
+    for (const vec3& each : vectors) {
         for (const double component : each) result.push_back(factor * component);
     }
     return result;
 }
 
-std::vector<double> lower_triangle(const sgn_set::table& of) {
+std::vector<double> lower_triangle(const table& of) {
     std::vector<double> result;
     for (std::size_t i = 0; i < of.rows; ++i) {
         const auto row = of.row(i).first(i + 1);
@@ -44,38 +45,38 @@ std::vector<double> lower_triangle(const sgn_set::table& of) {
     return result;
 }
 
-std::vector<double> state_values(const report& of, double energy) {
-    const std::size_t coordinates = of.derivatives.dipole.rows;
+std::vector<double> state_values(const displaced_set& set, const derivatives& of, double energy) {
+    const std::size_t coordinates = of.dipole.rows;
     std::vector<double> values(values_per_state * (1 + field_components + coordinates));
     values[0] = energy;
-    const sgn_set::vec3& dipole = of.set.jobs.front().dipole;
+    const vec3& dipole = set.jobs.front().dipole;
     std::copy(dipole.begin(), dipole.end(), values.begin() + dipole_at);
-    const std::vector<double> forces = flat(of.set.jobs.front().forces, 1);
+    const std::vector<double> forces = flat(set.jobs.front().forces, 1);
     for (std::size_t c = 0; c < coordinates; ++c) {
         const auto at = values.begin() +
                         static_cast<std::ptrdiff_t>(values_per_state * (1 + field_components + c));
-        *at = of.set.has_forces ? -forces[c] : 0;
-        const auto row = of.derivatives.dipole.row(c);
+        *at = set.has_forces ? -forces[c] : 0;
+        const auto row = of.dipole.row(c);
         std::copy(row.begin(), row.end(), at + dipole_at);
     }
     return values;
 }
 
 /// What the derivatives have to say, in the order of a checkpoint.
-std::vector<section> result_sections(const report& of, double energy) {
+std::vector<section> result_sections(const displaced_set& set, const derivatives& of,
+                                     double energy) {
     std::vector<double> coordinates;
     std::vector<double> masses;
-    for (const sgn_set::atom& each : of.set.atoms) {
+    for (const atom& each : set.atoms) {
         for (const double x : each.x) coordinates.push_back(x / flib::bohr_radius);
         masses.push_back(each.mass);
     }
     std::vector<section> result{real_section(section_name::coordinates, coordinates),
                                 real_section(section_name::masses, masses)};
-    if (of.set.has_forces) {
-        result.push_back(
-            real_section(section_name::gradient, flat(of.set.jobs.front().forces, -1)));
-        result.push_back(
-            real_section(section_name::force_constants, lower_triangle(of.force_constants)));
+    if (set.has_forces) {
+        result.push_back(real_section(section_name::gradient, flat(set.jobs.front().forces, -1)));
+        result.push_back(real_section(section_name::force_constants,
+                                      lower_triangle(force_constants(of.forces))));
     }
     std::vector<std::int32_t> scalars(scalar_count);
     scalars[states_at] = 1;
@@ -85,7 +86,7 @@ std::vector<section> result_sections(const report& of, double energy) {
     scalars[target_at] = 1;
     scalars[derivatives_at] = static_cast<std::int32_t>(coordinates.size() + field_components);
     result.push_back(integer_section(section_name::state_scalars, scalars));
-    result.push_back(real_section(section_name::state_values, state_values(of, energy)));
+    result.push_back(real_section(section_name::state_values, state_values(set, of, energy)));
     return result;
 }
 
@@ -98,9 +99,9 @@ std::size_t atom_count(const sections& from) {
 }
 
 /// The template has to be a checkpoint of the reference.
-void require_same_molecule(const sections& from, const report& of) {
-    const auto& atoms = of.set.atoms;
-    const std::string reference = " of " + flib::printable(of.set.jobs.front().name);
+void require_same_molecule(const sections& from, const displaced_set& set) {
+    const auto& atoms = set.atoms;
+    const std::string reference = " of " + flib::printable(set.jobs.front().name);
     const std::size_t count = atom_count(from);
     if (count != atoms.size()) {
         throw flib::io_error(from.file, 0,
@@ -116,13 +117,13 @@ void require_same_molecule(const sections& from, const report& of) {
             wrong.append(" instead of the ").append(std::to_string(atoms[i].number));
             throw flib::io_error(from.file, 0, wrong.append(reference));
         }
-        sgn_set::vec3 place{};
+        vec3 place{};
         for (std::size_t k = 0; k < 3; ++k) place[k] = x[3 * i + k] * flib::bohr_radius;
         // Six decimals there, a Bohr radius of another year here.
         constexpr double tolerance = 1e-4;
-        const double distance = sgn_set::length(sgn_set::difference(place, atoms[i].x));
+        const double distance = length(difference(place, atoms[i].x));
         if (!(distance <= tolerance)) {
-            wrong.append(" stands ").append(tools::decimal(distance, 4));
+            wrong.append(" stands ").append(flib::decimal(distance, 4));
             throw flib::io_error(from.file, 0,
                                  wrong.append(" Angstrom from that").append(reference));
         }
@@ -131,28 +132,29 @@ void require_same_molecule(const sections& from, const report& of) {
 
 }  // namespace
 
-std::string checkpoint_of(const report& of) {
+std::string checkpoint_of(const displaced_set& set, const derivatives& of) {
     std::vector<std::int32_t> numbers;
     std::vector<double> charges;
-    for (const sgn_set::atom& each : of.set.atoms) {
+    for (const atom& each : set.atoms) {
         numbers.push_back(each.number);
         charges.push_back(each.number);
     }
     std::string text = "Derivatives of a transition dipole and of forces, by sgn_derive\nFreq\n";
-    text += text_of(
-        integer_section(section_name::atoms, static_cast<std::int32_t>(of.set.atoms.size())));
-    text += text_of(integer_section(section_name::basis_functions, of.set.basis_functions));
+    text +=
+        text_of(integer_section(section_name::atoms, static_cast<std::int32_t>(set.atoms.size())));
+    text += text_of(integer_section(section_name::basis_functions, set.basis_functions));
     text += text_of(integer_section(section_name::numbers, numbers));
     text += text_of(real_section(section_name::charges, charges));
-    for (const section& each : result_sections(of, 0)) text += text_of(each);
+    for (const section& each : result_sections(set, of, 0)) text += text_of(each);
     return text;
 }
 
-std::string checkpoint_of(const report& of, const std::string& template_file) {
+std::string checkpoint_of(const displaced_set& set, const derivatives& of,
+                          const std::string& template_file) {
     sections from = read_sections(template_file);
-    require_same_molecule(from, of);
+    require_same_molecule(from, set);
     const double energy = from.find(section_name::energy) ? from.real(section_name::energy) : 0;
-    std::vector<section> added = result_sections(of, energy);
+    std::vector<section> added = result_sections(set, of, energy);
     std::string text = from.titles[0] + '\n' + from.titles[1] + '\n';
     for (const section& each : from.all) {
         const auto replacing = std::find_if(added.begin(), added.end(), [&](const section& one) {
@@ -176,7 +178,7 @@ checkpoint read_checkpoint(const std::string& file) {
     const auto x = from.reals(section_name::coordinates, 3 * count);
     checkpoint result;
     for (std::size_t i = 0; i < count; ++i) {
-        sgn_set::atom atom;
+        atom atom;
         atom.number = numbers[i];
         if (numbers[i] >= 0 && numbers[i] <= 118) atom.symbol = flib::element_symbol(numbers[i]);
         for (std::size_t k = 0; k < 3; ++k) atom.x[k] = x[3 * i + k] * flib::bohr_radius;
@@ -192,24 +194,24 @@ checkpoint read_checkpoint(const std::string& file) {
     };
     if (scalars.size() <= derivatives_at) refuse("has too few values");
     if (scalars[derivatives_at] == 0) refuse("tells of no derivatives");
-    const std::size_t derivatives = field_components + 3 * count;
+    const std::size_t derivative_count = field_components + 3 * count;
     if (scalars[values_at] != static_cast<std::int32_t>(values_per_state) ||
-        scalars[derivatives_at] != static_cast<std::int32_t>(derivatives)) {
+        scalars[derivatives_at] != static_cast<std::int32_t>(derivative_count)) {
         refuse("does not tell of " + std::to_string(values_per_state) + " values a state and " +
-               std::to_string(derivatives) + " derivatives of each");
+               std::to_string(derivative_count) + " derivatives of each");
     }
     const std::int32_t states = scalars[states_at];
     const std::int32_t target = scalars[target_at];
     if (states < 1 || target < 1 || target > states) refuse("names no target state");
     const auto before = static_cast<std::size_t>(states) * values_per_state;
     const auto values =
-        from.reals(section_name::state_values, before + derivatives * values_per_state);
+        from.reals(section_name::state_values, before + derivative_count * values_per_state);
     const auto dipole_of = [&](std::size_t block) {
         const auto at = values.begin() + static_cast<std::ptrdiff_t>(block + dipole_at);
-        return sgn_set::vec3{at[0], at[1], at[2]};
+        return vec3{at[0], at[1], at[2]};
     };
     result.dipole = dipole_of((static_cast<std::size_t>(target) - 1) * values_per_state);
-    result.dipole_derivatives = sgn_set::table(3 * count, 3);
+    result.dipole_derivatives = table(3 * count, 3);
     for (std::size_t c = 0; c < 3 * count; ++c) {
         const auto derivative = dipole_of(before + (field_components + c) * values_per_state);
         for (std::size_t k = 0; k < 3; ++k) result.dipole_derivatives(c, k) = derivative[k];
@@ -220,7 +222,7 @@ checkpoint read_checkpoint(const std::string& file) {
             result.forces.push_back(-each);
         }
         const auto triangle = from.reals(section_name::force_constants, n * (n + 1) / 2);
-        result.force_derivatives = sgn_set::table(n, n);
+        result.force_derivatives = table(n, n);
         std::size_t at = 0;
         for (std::size_t i = 0; i < n; ++i) {
             for (std::size_t j = 0; j <= i; ++j) {
@@ -231,4 +233,4 @@ checkpoint read_checkpoint(const std::string& file) {
     return result;
 }
 
-}  // namespace sgn_derive
+}  // namespace sgn

@@ -1,4 +1,4 @@
-#include "sgn_derive/checkpoint_sections.h"
+#include "sgn/checkpoint/detail/checkpoint_sections.h"
 
 #include <algorithm>
 #include <array>
@@ -11,7 +11,7 @@
 #include "flib/io/unit.h"
 #include "flib/text/fixed_text.h"
 
-namespace sgn_derive {
+namespace sgn {
 namespace {
 
 constexpr std::size_t label_width = 40;
@@ -232,4 +232,4 @@ sections read_sections(const std::string& file) {
     return result;
 }
 
-}  // namespace sgn_derive
+}  // namespace sgn

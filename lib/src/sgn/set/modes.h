@@ -6,10 +6,10 @@
 #include <span>
 #include <vector>
 
-#include "set/displaced_set.h"
-#include "set/table.h"
+#include "sgn/set/displaced_set.h"
+#include "sgn/set/table.h"
 
-namespace sgn_set {
+namespace sgn {
 
 struct normal_mode {
     double wavenumber = 0;    ///< 1/cm; negative if imaginary
@@ -34,4 +34,4 @@ double largest_asymmetry(const table& force_derivatives);
 std::vector<normal_mode> normal_modes(std::span<const atom> atoms, const table& force_constants,
                                       const table& dipole_derivatives, const vec3& dipole);
 
-}  // namespace sgn_set
+}  // namespace sgn

@@ -1,11 +1,11 @@
-#include "set/decimals.h"
+#include "sgn/set/decimals.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
 #include <numbers>
 
-namespace sgn_set {
+namespace sgn {
 namespace {
 
 /// As many as a result file gives of a number below 1.
@@ -38,4 +38,4 @@ double rounding_error(int decimals) {
     return 1 / (2 * std::numbers::sqrt3 * powers[static_cast<std::size_t>(decimals)]);
 }
 
-}  // namespace sgn_set
+}  // namespace sgn

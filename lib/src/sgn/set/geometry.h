@@ -4,7 +4,7 @@
 #include <array>
 #include <cmath>
 
-namespace sgn_set {
+namespace sgn {
 
 using vec3 = std::array<double, 3>;
 
@@ -30,4 +30,4 @@ inline vec3 scaled(double factor, const vec3& v) {
     return {factor * v[0], factor * v[1], factor * v[2]};
 }
 
-}  // namespace sgn_set
+}  // namespace sgn

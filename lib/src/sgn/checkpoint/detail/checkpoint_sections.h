@@ -2,6 +2,7 @@
 // label in columns 1 to 40 and its type in column 44, and the values of an array below.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <functional>
 #include <span>
@@ -9,21 +10,11 @@
 #include <string_view>
 #include <vector>
 
-namespace sgn_derive {
+#include "flib/qm_file/fchk_label.h"
 
-namespace section_name {
-inline constexpr std::string_view atoms = "Number of atoms";
-inline constexpr std::string_view basis_functions = "Number of basis functions";
-inline constexpr std::string_view numbers = "Atomic numbers";
-inline constexpr std::string_view charges = "Nuclear charges";
-inline constexpr std::string_view coordinates = "Current cartesian coordinates";
-inline constexpr std::string_view masses = "Real atomic weights";
-inline constexpr std::string_view energy = "Total Energy";
-inline constexpr std::string_view gradient = "Cartesian Gradient";
-inline constexpr std::string_view force_constants = "Cartesian Force Constants";
-inline constexpr std::string_view state_scalars = "ETran scalars";
-inline constexpr std::string_view state_values = "ETran state values";
-}  // namespace section_name
+namespace sgn {
+
+namespace section_name = flib::fchk_label;
 
 /// A section as it stands in a file.
 struct section {
@@ -66,4 +57,4 @@ struct sections {
 /// formatted checkpoint.
 sections read_sections(const std::string& file);
 
-}  // namespace sgn_derive
+}  // namespace sgn

@@ -2,14 +2,14 @@
 #pragma once
 
 #include "common/json_text.h"
-#include "set/sum_rules.h"
+#include "sgn/set/sum_rules.h"
 
-namespace sgn_set {
+namespace tools {
 
 /// An array of the table's rows.
-tools::json_value json_of(const table& rows);
+json_value json_of(const sgn::table& rows);
 
 /// "judged", and the sums with their uncertainties, or "why_not" and "satisfied" null.
-tools::json_value json_of(const sum_rules& rules);
+json_value json_of(const sgn::sum_rules& rules);
 
-}  // namespace sgn_set
+}  // namespace tools

@@ -1,4 +1,4 @@
-#include "numfreq/sgn_file.h"
+#include "sgn/result/sgn_file.h"
 
 #include <string>
 #include <string_view>
@@ -10,7 +10,7 @@
 #include "flib/search/search_word.h"
 #include "flib/util/units.h"
 
-namespace numfreq {
+namespace sgn {
 namespace {
 
 using flib::fixed_field;
@@ -221,4 +221,4 @@ sgn_contents read_sgn_file(std::string_view fname) {
     return contents;
 }
 
-}  // namespace numfreq
+}  // namespace sgn

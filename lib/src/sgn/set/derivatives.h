@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "set/displaced_set.h"
-#include "set/table.h"
+#include "sgn/set/displaced_set.h"
+#include "sgn/set/table.h"
 
-namespace sgn_set {
+namespace sgn {
 
 /// A coordinate that the displacements leave open.
 struct coordinate {
@@ -47,4 +47,4 @@ std::string text_of(const std::vector<coordinate>& coordinates, const std::vecto
 /// by, as a part of the largest derivative nearby: the third derivatives, and the rounding of h.
 double relative_step_error(double h);
 
-}  // namespace sgn_set
+}  // namespace sgn

@@ -4,11 +4,11 @@
 #include <cstddef>
 #include <vector>
 
-#include "set/derivatives.h"
-#include "set/displaced_set.h"
-#include "set/sum_rules.h"
+#include "sgn/set/derivatives.h"
+#include "sgn/set/displaced_set.h"
+#include "sgn/set/sum_rules.h"
 
-namespace sgn_set {
+namespace sgn {
 
 /// Signs that are wrong, so far as sums and pairs can tell.
 struct suspects {
@@ -26,4 +26,4 @@ struct suspects {
 /// a set that is not judged.
 suspects find_suspects(const displaced_set& set, const derivatives& of, const sum_rules& dipole);
 
-}  // namespace sgn_set
+}  // namespace sgn

@@ -1,13 +1,13 @@
-#include "set/modes.h"
+#include "sgn/set/modes.h"
 
 #include <Eigen/Eigenvalues>
 #include <Eigen/Geometry>
 #include <Eigen/QR>
 #include <cmath>
 
-#include "set/linear_algebra.h"
+#include "sgn/set/detail/linear_algebra.h"
 
-namespace sgn_set {
+namespace sgn {
 namespace {
 
 constexpr double electron_masses_per_u = 1822.888486;
@@ -108,4 +108,4 @@ std::vector<normal_mode> normal_modes(std::span<const atom> atoms, const table& 
     return modes;
 }
 
-}  // namespace sgn_set
+}  // namespace sgn

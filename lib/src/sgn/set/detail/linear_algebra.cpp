@@ -1,9 +1,9 @@
-#include "set/linear_algebra.h"
+#include "sgn/set/detail/linear_algebra.h"
 
 #include <Eigen/Eigenvalues>
 #include <cmath>
 
-namespace sgn_set {
+namespace sgn {
 
 Eigen::Vector3d axis_of_line(const Eigen::Matrix3Xd& x) {
     // How far atoms may be off a line, rms, and still stand on it: less than any displacement.
@@ -15,4 +15,4 @@ Eigen::Vector3d axis_of_line(const Eigen::Matrix3Xd& x) {
     return solver.eigenvectors().col(2);
 }
 
-}  // namespace sgn_set
+}  // namespace sgn

@@ -6,11 +6,11 @@
 #include <string>
 #include <vector>
 
-#include "set/derivatives.h"
-#include "set/displaced_set.h"
-#include "set/table.h"
+#include "sgn/set/derivatives.h"
+#include "sgn/set/displaced_set.h"
+#include "sgn/set/table.h"
 
-namespace sgn_set {
+namespace sgn {
 
 /// The sums over all atoms, of a vector y (the dipole, or the force on each atom):
 ///
@@ -50,4 +50,4 @@ sum_rules force_rules(const displaced_set& set, const derivatives& of);
 sum_rules rules_of(std::span<const atom> atoms, std::span<const double> values,
                    const table& derivatives, double uncertainty, double relative_uncertainty);
 
-}  // namespace sgn_set
+}  // namespace sgn

@@ -1,4 +1,4 @@
-#include "set/displaced_set.h"
+#include "sgn/set/displaced_set.h"
 
 #include <algorithm>
 #include <cmath>
@@ -6,12 +6,10 @@
 
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
-#include "set/decimals.h"
+#include "sgn/set/decimals.h"
 
-namespace sgn_set {
+namespace sgn {
 namespace {
-
-using numfreq::sgn_contents;
 
 constexpr int usual_dipole_decimals = 4;
 constexpr int usual_force_decimals = 9;
@@ -164,4 +162,4 @@ displaced_set make_set(const result_file& reference, std::span<const result_file
     return set;
 }
 
-}  // namespace sgn_set
+}  // namespace sgn

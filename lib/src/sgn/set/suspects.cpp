@@ -1,14 +1,14 @@
-#include "set/suspects.h"
+#include "sgn/set/suspects.h"
 
 #include <Eigen/Geometry>
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
-#include "set/decimals.h"
-#include "set/rigid_motions.h"
+#include "sgn/set/decimals.h"
+#include "sgn/set/detail/rigid_motions.h"
 
-namespace sgn_set {
+namespace sgn {
 namespace {
 
 using residues = Eigen::Matrix<double, 18, 1>;
@@ -279,4 +279,4 @@ suspects find_suspects(const displaced_set& set, const derivatives& of, const su
     return result;
 }
 
-}  // namespace sgn_set
+}  // namespace sgn

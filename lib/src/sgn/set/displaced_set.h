@@ -7,15 +7,15 @@
 #include <string>
 #include <vector>
 
-#include "numfreq/sgn_file.h"
-#include "set/geometry.h"
+#include "sgn/result/sgn_file.h"
+#include "sgn/set/geometry.h"
 
-namespace sgn_set {
+namespace sgn {
 
 /// One file of a set, as read.
 struct result_file {
     std::string name;
-    numfreq::sgn_contents contents;
+    sgn_contents contents;
 };
 
 struct atom {
@@ -62,4 +62,4 @@ struct displaced_set {
 /// reference or values that are not finite numbers, and if no file is displaced.
 displaced_set make_set(const result_file& reference, std::span<const result_file> files);
 
-}  // namespace sgn_set
+}  // namespace sgn

@@ -5,7 +5,7 @@
 #include <span>
 #include <vector>
 
-namespace sgn_set {
+namespace sgn {
 
 /// Numbers in rows and columns, indices from 0.
 struct table {
@@ -29,4 +29,4 @@ struct table {
     }
 };
 
-}  // namespace sgn_set
+}  // namespace sgn

@@ -1,4 +1,4 @@
-#include "set/derivatives.h"
+#include "sgn/set/derivatives.h"
 
 #include <Eigen/QR>
 #include <algorithm>
@@ -6,10 +6,10 @@
 #include <numbers>
 
 #include "flib/io/stop_run.h"
-#include "set/decimals.h"
-#include "set/linear_algebra.h"
+#include "sgn/set/decimals.h"
+#include "sgn/set/detail/linear_algebra.h"
 
-namespace sgn_set {
+namespace sgn {
 namespace {
 
 /// A displacement, and what its jobs contribute: the equation sum of part x value = J d.
@@ -146,4 +146,4 @@ double relative_step_error(double h) {
     return std::hypot(third, of_step);
 }
 
-}  // namespace sgn_set
+}  // namespace sgn

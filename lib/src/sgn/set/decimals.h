@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <set>
 
-namespace sgn_set {
+namespace sgn {
 
 /// Sees in values, as a result file gives them, with how many decimals they were printed once.
 class decimals_seen {
@@ -24,4 +24,4 @@ class decimals_seen {
 /// The standard deviation of what rounding to so many decimals adds.
 double rounding_error(int decimals);
 
-}  // namespace sgn_set
+}  // namespace sgn

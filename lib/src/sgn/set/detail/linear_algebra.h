@@ -7,10 +7,10 @@
 #include <span>
 
 #include "flib/util/units.h"
-#include "set/displaced_set.h"
-#include "set/table.h"
+#include "sgn/set/displaced_set.h"
+#include "sgn/set/table.h"
 
-namespace sgn_set {
+namespace sgn {
 
 using row_major = Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>;
 
@@ -45,4 +45,4 @@ inline Eigen::Matrix3Xd centred(std::span<const atom> atoms, const Eigen::Vector
 /// The axis of a linear molecule; the zero vector of any other. `x` are the centred positions.
 Eigen::Vector3d axis_of_line(const Eigen::Matrix3Xd& x);
 
-}  // namespace sgn_set
+}  // namespace sgn

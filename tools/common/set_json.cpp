@@ -1,13 +1,11 @@
-#include "set/json.h"
+#include "common/set_json.h"
 
 #include <cstddef>
 #include <vector>
 
-namespace sgn_set {
+namespace tools {
 
-using tools::json_value;
-
-json_value json_of(const table& rows) {
+json_value json_of(const sgn::table& rows) {
     json_value result = json_value::array();
     for (std::size_t i = 0; i < rows.rows; ++i) {
         const auto row = rows.row(i);
@@ -16,7 +14,7 @@ json_value json_of(const table& rows) {
     return result;
 }
 
-json_value json_of(const sum_rules& rules) {
+json_value json_of(const sgn::sum_rules& rules) {
     json_value result{{"judged", rules.judged}};
     if (!rules.judged) {
         result["why_not"] = rules.why_not;
@@ -35,4 +33,4 @@ json_value json_of(const sum_rules& rules) {
     return result;
 }
 
-}  // namespace sgn_set
+}  // namespace tools

@@ -3,9 +3,9 @@
 
 #include <span>
 
-#include "set/linear_algebra.h"
+#include "sgn/set/detail/linear_algebra.h"
 
-namespace sgn_set {
+namespace sgn {
 
 struct rigid_motions {
     explicit rigid_motions(std::span<const atom> atoms);
@@ -18,4 +18,4 @@ struct rigid_motions {
     Eigen::MatrixXd rotation;  ///< 3N x 3: when all turn about axis l, through the centroid (Bohr)
 };
 
-}  // namespace sgn_set
+}  // namespace sgn

@@ -1,0 +1,38 @@
+// Formatted checkpoints with derivatives, as vibronic programs read them.
+#pragma once
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "sgn/set/derivatives.h"
+#include "sgn/set/displaced_set.h"
+#include "sgn/set/table.h"
+
+namespace sgn {
+
+/// The text of a checkpoint of its own, from a set and its derivatives, which must be complete:
+/// atoms, masses, the sections of the excited state and, if the files hold forces, gradient and
+/// force constants. There is no energy in it.
+std::string checkpoint_of(const displaced_set& set, const derivatives& of);
+
+/// The checkpoint `template_file` with these sections replaced or, at its end, added. Throws
+/// flib::io_error if it is not a whole formatted checkpoint, or one of another molecule or
+/// geometry.
+std::string checkpoint_of(const displaced_set& set, const derivatives& of,
+                          const std::string& template_file);
+
+/// What a checkpoint holds of derivatives.
+struct checkpoint {
+    std::vector<atom> atoms;         ///< masses are left out
+    std::array<double, 3> dipole{};  ///< transition dipole of the target state, au
+    table dipole_derivatives;        ///< 3N x 3, au
+    std::vector<double> forces;      ///< 3N, Hartree/Bohr; empty if there is no gradient
+    table force_derivatives;         ///< 3N x 3N; empty if there are no force constants
+};
+
+/// Reads a checkpoint with sections of excited states. Throws flib::io_error if it cannot, or if it
+/// holds no derivatives of a transition dipole.
+checkpoint read_checkpoint(const std::string& file);
+
+}  // namespace sgn
