@@ -4,6 +4,7 @@
 #include <iterator>
 #include <string>
 
+#include "flib/excited/detail/largest_of_product.h"
 #include "flib/excited/detail/matrix_product.h"
 #include "flib/io/stop_run.h"
 
@@ -112,19 +113,7 @@ void density_extremum::take(matrix_view<const double> columns) {
 }
 
 extremum density_extremum::find() const {
-    constexpr std::int32_t elements_at_once = 1 << 19;  // 4 MiB
-    const std::int32_t n = counts_.nbasis;
-    const std::int32_t ni = cnt_.view().rows();
-    const std::int32_t at_once = std::clamp(elements_at_once / n, 1, n);
-    matrix<double> den(n, at_once, "the transition density");
-    extremum largest;
-    for (std::int32_t done = 0; done < n; done += at_once) {
-        const std::int32_t count = std::min(at_once, n - done);
-        const matrix_view<double> columns(den.view().data(), n, count);
-        multiply(cmz_.view(), {cnt_.view().column(done + 1).data(), ni, count}, columns);
-        largest.look_at(columns, done + 1);
-    }
-    return largest;
+    return largest_of_product(cmz_.view(), cnt_.view());
 }
 
 }  // namespace flib

@@ -47,16 +47,6 @@ block<T> whole(matrix_view<T> m) {
     return {m.data(), extent(m.rows()), extent(m.rows()), extent(m.columns())};
 }
 
-/// Copies `a` in panels of `height` rows, column by column; a last panel is filled with zeros.
-void pack_rows(block<const double> a, std::ptrdiff_t height, double* to) {
-    for (std::ptrdiff_t i = 0; i < a.rows; i += height) {
-        const std::ptrdiff_t rows = std::min(height, a.rows - i);
-        for (std::ptrdiff_t k = 0; k < a.columns; ++k, to += height) {
-            std::fill(std::copy_n(a.at(i, k), rows, to), to + height, 0.0);
-        }
-    }
-}
-
 /// Copies `b` in panels of `width` columns, row by row; a last panel is filled with zeros.
 void pack_columns(block<const double> b, std::ptrdiff_t width, double* to) {
     for (std::ptrdiff_t j = 0; j < b.columns; j += width, to += width * b.rows) {
@@ -87,6 +77,25 @@ struct kernel {
     static constexpr std::ptrdiff_t height = vectors * lanes;
     static constexpr std::ptrdiff_t width = width_;
     static_assert(row_block % height == 0 && column_block % width == 0);
+
+    /// Copies `a` in panels of its tiles' rows, column by column; a last panel is filled with
+    /// zeros.
+    [[gnu::always_inline]] static inline void pack_rows(block<const double> a, double* panels) {
+        for (std::ptrdiff_t k = 0; k < a.columns; ++k) {
+            for (std::ptrdiff_t i = 0; i < a.rows; i += height) {
+                const double* const from = a.at(i, k);
+                double* const to = panels + i * a.columns + k * height;
+                if (i + height <= a.rows) {
+                    for (std::ptrdiff_t v = 0; v < height; v += lanes) {
+                        *reinterpret_cast<vector_in_memory*>(to + v) =
+                            *reinterpret_cast<const vector_in_memory*>(from + v);
+                    }
+                } else {
+                    std::fill(std::copy_n(from, a.rows - i, to), to + height, 0.0);
+                }
+            }
+        }
+    }
 
     /// Adds the terms of one panel of `a` and one of `b` to the sums of one tile.
     [[gnu::always_inline]] static inline void add_to_tile(panels p, double* c,
@@ -122,8 +131,11 @@ struct kernel {
         }
     }
 
-    /// Adds the terms of packed panels to the sums of `c`.
-    [[gnu::always_inline]] static inline void add_panels(panels all, block<double> c) {
+    /// Adds the terms of `a` and of packed panels of `b` to the sums of `c`.
+    [[gnu::always_inline]] static inline void add_rows(block<const double> a, double* a_panels,
+                                                       const double* b_panels, block<double> c) {
+        pack_rows(a, a_panels);
+        const panels all{a_panels, b_panels, a.columns};
         for (std::ptrdiff_t j = 0; j < c.columns; j += width) {
             for (std::ptrdiff_t i = 0; i < c.rows; i += height) {
                 const panels p{all.a + i * all.depth, all.b + j * all.depth, all.depth};
@@ -142,7 +154,8 @@ struct kernel {
 struct tiling {
     std::ptrdiff_t height;
     std::ptrdiff_t width;
-    void (*add_panels)(panels all, block<double> c);
+    void (*add_rows)(block<const double> a, double* a_panels, const double* b_panels,
+                     block<double> c);
 };
 
 void add_by_tiles(const tiling& tiles, matrix_view<const double> a_view,
@@ -165,40 +178,42 @@ void add_by_tiles(const tiling& tiles, matrix_view<const double> a_view,
             const block<const double> b_block = b.part(k, j, depth_block, column_block);
             pack_columns(b_block, tiles.width, b_panels);
             for (std::ptrdiff_t i = 0; i < c.rows; i += row_block) {
-                pack_rows(a.part(i, k, row_block, depth_block), tiles.height, a_panels);
-                tiles.add_panels({a_panels, b_panels, b_block.rows},
-                                 c.part(i, j, row_block, column_block));
+                tiles.add_rows(a.part(i, k, row_block, depth_block), a_panels, b_panels,
+                               c.part(i, j, row_block, column_block));
             }
         }
     }
 }
 
 using plain_kernel = kernel<16, 2, 4>;
-void add_panels_plain(panels all, block<double> c) {
-    plain_kernel::add_panels(all, c);
+void add_rows_plain(block<const double> a, double* a_panels, const double* b_panels,
+                    block<double> c) {
+    plain_kernel::add_rows(a, a_panels, b_panels, c);
 }
 void multiply_add_plain(matrix_view<const double> a, matrix_view<const double> b,
                         matrix_view<double> c) {
-    add_by_tiles({plain_kernel::height, plain_kernel::width, add_panels_plain}, a, b, c);
+    add_by_tiles({plain_kernel::height, plain_kernel::width, add_rows_plain}, a, b, c);
 }
 
 #ifdef __x86_64__
 using avx_kernel = kernel<32, 2, 6>;
-[[gnu::target("avx")]] void add_panels_avx(panels all, block<double> c) {
-    avx_kernel::add_panels(all, c);
+[[gnu::target("avx")]] void add_rows_avx(block<const double> a, double* a_panels,
+                                         const double* b_panels, block<double> c) {
+    avx_kernel::add_rows(a, a_panels, b_panels, c);
 }
 void multiply_add_avx(matrix_view<const double> a, matrix_view<const double> b,
                       matrix_view<double> c) {
-    add_by_tiles({avx_kernel::height, avx_kernel::width, add_panels_avx}, a, b, c);
+    add_by_tiles({avx_kernel::height, avx_kernel::width, add_rows_avx}, a, b, c);
 }
 
 using avx512_kernel = kernel<64, 3, 8>;
-[[gnu::target("avx512f")]] void add_panels_avx512(panels all, block<double> c) {
-    avx512_kernel::add_panels(all, c);
+[[gnu::target("avx512f")]] void add_rows_avx512(block<const double> a, double* a_panels,
+                                                const double* b_panels, block<double> c) {
+    avx512_kernel::add_rows(a, a_panels, b_panels, c);
 }
 void multiply_add_avx512(matrix_view<const double> a, matrix_view<const double> b,
                          matrix_view<double> c) {
-    add_by_tiles({avx512_kernel::height, avx512_kernel::width, add_panels_avx512}, a, b, c);
+    add_by_tiles({avx512_kernel::height, avx512_kernel::width, add_rows_avx512}, a, b, c);
 }
 #endif
 
@@ -219,6 +234,16 @@ std::size_t count_supported() {
     return 1;
 }
 
+/// Which of the variants is fastest here.
+const product_variant& fastest() {
+    std::size_t count = count_supported();
+#ifdef __x86_64__
+    // A Zen 4 does the work of the wide vectors in two halves, and is slower for it.
+    if (count == 3 && __builtin_cpu_is("amdfam19h")) count = 2;
+#endif
+    return variants[count - 1];
+}
+
 }  // namespace
 
 std::span<const product_variant> product_variants() {
@@ -231,7 +256,7 @@ void multiply(matrix_view<const double> a, matrix_view<const double> b, matrix_v
 }
 
 void multiply_add(matrix_view<const double> a, matrix_view<const double> b, matrix_view<double> c) {
-    product_variants().back().multiply_add(a, b, c);
+    fastest().multiply_add(a, b, c);
 }
 
 }  // namespace flib

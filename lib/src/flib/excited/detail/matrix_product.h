@@ -23,7 +23,7 @@ struct product_variant {
                          matrix_view<double> c);
 };
 
-/// Those that this processor can run; multiply_add() takes the last, the fastest.
+/// Those that this processor can run; multiply_add() takes the one that is fastest on it.
 std::span<const product_variant> product_variants();
 
 }  // namespace flib

@@ -30,8 +30,6 @@ double largest_magnitude(std::span<const double> column) {
 
 void extremum::look_at(matrix_view<const double> columns, std::int32_t first) {
     // In storage order; a column is looked at again only if its largest element may be the one.
-    // Among equals the smaller (row, column) is kept, which is what a scan by rows would meet
-    // first.
     for (std::int32_t j = 1; j <= columns.columns(); ++j) {
         const std::span<const double> column = columns.column(j);
         const double magnitude = largest_magnitude(column);
@@ -39,10 +37,18 @@ void extremum::look_at(matrix_view<const double> columns, std::int32_t first) {
         const auto found = std::find_if(column.begin(), column.end(),
                                         [&](double x) { return std::abs(x) == magnitude; });
         const auto i = static_cast<std::int32_t>(found - column.begin()) + 1;
-        if (magnitude > std::abs(value) || i < at[0]) {
-            at = {i, first + j - 1};
-            value = *found;
-        }
+        look_at(*found, {i, first + j - 1});
+    }
+}
+
+void extremum::look_at(double element, const element_location& location) {
+    // Among equals the smaller (row, column) is kept, which is what a scan by rows would meet
+    // first.
+    const double magnitude = std::abs(element);
+    const double largest = std::abs(value);
+    if (magnitude > largest || (magnitude == largest && location < at)) {
+        at = location;
+        value = element;
     }
 }
 
