@@ -71,7 +71,7 @@ programs_for() {
         lib/src/sgn/set/*) near="set sgn_check sgn_derive" ;;
         lib/src/sgn/*) near="sgn_derive sgn_check" ;;
         lib/*/text/*) near="util search io qm_file" ;;
-        lib/*density* | lib/*/matrix_product*) near=excited ;;
+        lib/*density* | lib/*_product*) near=excited ;;
         lib/*/mo_columns*) near=numfreq ;;
         lib/*/excited/*dump* | lib/*/excited/root_norms* | lib/*/excited/qm_file_ci_xpy*)
             near="excited qm_file numfreq"

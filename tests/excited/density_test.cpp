@@ -1,13 +1,16 @@
-// The transition density, as a whole and in parts, and the matrix product that it is built from:
-// the bits of plain triple loops.
+// The transition density, as a whole and in parts, the matrix product that it is built from, and a
+// product's largest element: the bits of plain triple loops.
 #include <gmock/gmock.h>
 
 #include <bit>
 #include <cmath>
+#include <functional>
 #include <limits>
 #include <random>
+#include <utility>
 
 #include "flib/excited/detail/density_parts.h"
+#include "flib/excited/detail/largest_of_product.h"
 #include "flib/excited/detail/matrix_product.h"
 #include "flib/excited/get_ci_density_nbasis_nbsuse.h"
 #include "support/support.h"
@@ -76,6 +79,142 @@ TEST(MatrixProduct, HasTheBitsOfTheTripleLoop) {
             matrix<double> c(rows, columns, "sums");
             variant.multiply_add(a.view(), b.view(), c.view());
             EXPECT_TRUE(identical(c, expected)) << variant.name << " of " << rows << " rows";
+        }
+    }
+}
+
+/// The element that a scan by rows meets first among the largest.
+flib::extremum plain_extremum(const matrix<double>& m) {
+    flib::extremum largest;
+    for (std::int32_t i = 1; i <= m.view().rows(); ++i) {
+        for (std::int32_t j = 1; j <= m.view().columns(); ++j) {
+            if (std::abs(m(i, j)) > std::abs(largest.value)) largest = {{i, j}, m(i, j)};
+        }
+    }
+    return largest;
+}
+
+void multiply_row(matrix<double>& m, std::int32_t row, double factor) {
+    for (std::int32_t j = 1; j <= m.view().columns(); ++j) m(row, j) *= factor;
+}
+void multiply_column(matrix<double>& m, std::int32_t column, double factor) {
+    for (double& x : m.view().column(column)) x *= factor;
+}
+
+TEST(LargestOfProduct, IsThatOfTheTripleLoop) {
+    constexpr double inf = std::numeric_limits<double>::infinity();
+    constexpr double nan = std::numeric_limits<double>::quiet_NaN();
+    using factors = std::pair<matrix<double>&, matrix<double>&>;
+    const auto nearly_equal = [](factors f, double difference) {
+        for (matrix<double>* const m : {&f.first, &f.second}) {
+            for (double& x : m->view().all()) {
+                x = 1 + difference * std::normal_distribution<double>()(generator);
+            }
+        }
+    };
+    const auto put = [](matrix<double>& m, double x) {
+        if (!m.view().all().empty())
+            m(1 + below(m.view().rows()), 1 + below(m.view().columns())) = x;
+    };
+    const struct {
+        const char* name;
+        std::function<void(factors)> change;
+    } kinds[] = {
+        {"of all sizes", [](factors) {}},
+        {"usual",
+         [](factors f) {
+             for (matrix<double>* const m : {&f.first, &f.second}) {
+                 for (double& x : m->view().all())
+                     x = std::normal_distribution<double>()(generator);
+             }
+         }},
+        // Closer to each other than 16 bits tell, down to the last bit of a sum.
+        {"nearly equal", [&](factors f) { nearly_equal(f, 1e-4); }},
+        {"equal but for rounding", [&](factors f) { nearly_equal(f, 1e-16); }},
+        {"all equal", [&](factors f) { nearly_equal(f, 0); }},
+        {"all zero", [](factors f) { std::ranges::fill(f.first.view().all(), 0.0); }},
+        {"zeros in b", [](factors f) { std::ranges::fill(f.second.view().all(), -0.0); }},
+        {"equal, of opposite sign",
+         [](factors f) {
+             auto& [a, b] = f;
+             const std::int32_t last = a.view().rows();
+             for (std::int32_t k = 1; k <= a.view().columns(); ++k) a(last, k) = -a(1, k);
+             const std::int32_t end = b.view().columns();
+             for (std::int32_t k = 1; k <= b.view().rows(); ++k) b(k, end) = -b(k, 1);
+             multiply_column(b, end, 0x1p40), multiply_column(b, 1, 0x1p40);
+             multiply_row(a, last, 0x1p40), multiply_row(a, 1, 0x1p40);
+         }},
+        {"rows of all lengths",
+         [](factors f) {
+             for (std::int32_t i = 1; i <= f.first.view().rows(); ++i) {
+                 multiply_row(f.first, i, std::ldexp(1.0, -3 * i));
+             }
+         }},
+        {"columns of all lengths",
+         [](factors f) {
+             for (std::int32_t j = 1; j <= f.second.view().columns(); ++j) {
+                 multiply_column(f.second, j, std::ldexp(1.0, 7 * j));
+             }
+         }},
+        // The longest row is at right angles to all columns.
+        {"small beside the norms",
+         [](factors f) {
+             auto& [a, b] = f;
+             for (double& x : a.view().column(1)) x = 0x1p90;
+             multiply_column(a, a.view().columns(), 0x1p-40);
+             for (std::int32_t j = 1; j <= b.view().columns(); ++j) b(1, j) = 0;
+         }},
+        {"infinite in a", [&](factors f) { put(f.first, -inf); }},
+        {"infinite in b", [&](factors f) { put(f.second, inf); }},
+        {"NaN in a", [&](factors f) { put(f.first, nan); }},
+        {"NaN in b", [&](factors f) { put(f.second, nan); }},
+        {"a huge number in a", [&](factors f) { put(f.first, 1e300); }},
+        {"a huge number in b", [&](factors f) { put(f.second, -1e300); }},
+        {"subnormal b", [](factors f) { multiply_column(f.second, 1, 0x1p-1040); }},
+    };
+    for (int round = 0; round < 24; ++round) {
+        // Few enough elements that all may be candidates, or too many for that.
+        const std::int32_t most = round % 8 == 3 ? 60 : 31;
+        const std::int32_t terms = round % 5 == 0 ? 1 + round / 5 : 1 + below(80);
+        const std::int32_t rows = 1 + below(most);
+        const std::int32_t columns = 1 + below(most);
+        const double scale = std::ldexp(1.0, round % 8 == 1 ? below(1200) - 600 : 0);
+        for (const auto& [name, change] : kinds) {
+            matrix<double> a = random_matrix(rows, terms);
+            matrix<double> b = random_matrix(terms, columns);
+            change({a, b});
+            for (double& x : a.view().all()) x *= scale;
+            for (double& x : b.view().all()) x /= round % 16 == 1 ? scale : 1;
+            const flib::extremum expected = plain_extremum(plain_sums(
+                rows, columns, terms, [&](auto i, auto j, auto k) { return a(i, k) * b(k, j); }));
+            for (const flib::screening use :
+                 {flib::screening::where_possible, flib::screening::never}) {
+                const flib::extremum found = flib::largest_of_product(a.view(), b.view(), use);
+                EXPECT_EQ(found.at, expected.at) << name << ", " << rows << " x " << terms << " x "
+                                                 << columns << ", screening " << int(use);
+                EXPECT_TRUE(same_bits(found.value, expected.value)) << name;
+            }
+        }
+    }
+}
+
+TEST(LargestOfProduct, IsFoundInLaterBlocks) {
+    // 174 columns to a block. In the second each element is larger than those before it, or none
+    // is.
+    constexpr std::int32_t rows = 3001;
+    constexpr std::int32_t columns = 400;
+    for (const bool growing : {false, true}) {
+        matrix<double> a = random_matrix(rows, 1);
+        matrix<double> b = random_matrix(1, columns);
+        for (std::int32_t i = 1; growing && i <= rows; ++i) a(i, 1) = 1 + i * 1e-9;
+        for (std::int32_t j = 1; growing && j <= columns; ++j) b(1, j) = j <= 174 ? -1 : j;
+        a(rows, 1) = -(a(rows - 1, 1) = 0x1p60);
+        b(1, columns) = b(1, columns - 1) = 0x1p60;
+        for (const flib::screening use :
+             {flib::screening::where_possible, flib::screening::never}) {
+            const flib::extremum found = flib::largest_of_product(a.view(), b.view(), use);
+            EXPECT_EQ(found.at, (flib::element_location{rows - 1, columns - 1}));
+            EXPECT_EQ(found.value, 0x1p120);
         }
     }
 }

@@ -144,6 +144,7 @@ class screen {
         for (double& norm : norms) {
             norm = std::max(norm, least_part * longest_);
             scales_.push_back(static_cast<float>(norm / longest_));
+            norm = quantum / norm;
         }
         rows_.resize(static_cast<std::size_t>(panels * pairs_));
         for (std::int32_t k = 0; k < a_.columns(); ++k) {
@@ -153,7 +154,7 @@ class screen {
                 const auto at = static_cast<std::size_t>(i);
                 const std::size_t rows = std::min<std::size_t>(tile_rows, column.size() - at);
                 for (std::size_t row = 0; row < rows; ++row) {
-                    to[2 * row] = rounded(column[at + row] * (quantum / norms[at + row]));
+                    to[2 * row] = rounded(column[at + row] * norms[at + row]);
                 }
             }
         }
