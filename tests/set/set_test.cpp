@@ -11,6 +11,7 @@
 #include "sgn/set/modes.h"
 #include "sgn/set/suspects.h"
 #include "support/json_difference.h"
+#include "support/support.h"
 
 namespace {
 
@@ -31,9 +32,11 @@ json_value told(const displaced_set& set) {
     }
     for (const job& each : set.jobs) {
         const json_value at{each.name, roles.at(static_cast<std::size_t>(each.is)),
-                            set.jobs[each.other].name, each.sign, each.step};
-        result["jobs"].push_back(
-            {{"is", at}, {"shift", each.shift}, {"dipole", each.dipole}, {"forces", each.forces}});
+                            set.jobs[each.other].name, each.sign, each.moved.distance};
+        result["jobs"].push_back({{"is", at},
+                                  {"shift", each.moved.shift},
+                                  {"dipole", each.dipole},
+                                  {"forces", each.forces}});
     }
     return result;
 }
@@ -92,6 +95,24 @@ TEST(Set, FindsDisplacementsInTheGeometries) {
         support::difference_from("set/roles.json",
                                  json_text(told(make_set(model::reference(model::bent), files)))),
         "");
+}
+
+TEST(Set, LeavesOutWhatDoesNotBelongToIt) {
+    std::vector<result_file> files = model::displaced(model::bent);
+    files[2].contents.mass[1] += 0.001;
+    files[5].contents.frc[0][2] = std::nan("");
+    files[7].contents.x.pop_back();
+    const displaced_set set = make_set(model::reference(model::bent), files);
+    std::string told;
+    for (const misfit& each : set.misfits) told += each.name + ": " + each.reason + "\n";
+    EXPECT_EQ(told,
+              "1y+: atom 2 is H 1 1.008825 instead of H 1 1.007825, so it does not belong to ref\n"
+              "1z-: the forces holds a value that is not a finite number\n"
+              "2x-: has 3 atoms instead of 4, so it does not belong to ref\n");
+    EXPECT_EQ(set.jobs.size() + set.misfits.size(), files.size() + 1);
+    EXPECT_EQ(set.one_sided, 3U);
+    for (result_file& each : files) each.contents.x.clear();
+    EXPECT_TRUE(support::ending_of([&] { make_set(model::reference(model::bent), files); }));
 }
 
 TEST(Set, IsComputedAsAWhole) {
@@ -184,11 +205,11 @@ TEST(Set, RefusesWhatDoesNotBelongTogether) {
         {[](auto&, auto& file) { file = model::reference(model::dark); },
          std::string("ref: has 5 atoms instead of 4") + other},
         {[](auto&, auto& file) { file.contents.symbol[1] = "D"; },
-         std::string("1y-: atom 2 is D 1 1.0078 instead of H 1 1.0078") + other},
+         std::string("1y-: atom 2 is D 1 1.007825 instead of H 1 1.007825") + other},
         {[](auto&, auto& file) { file.contents.nat[2] = 7; },
-         std::string("1y-: atom 3 is C 7 12.0000 instead of C 6 12.0000") + other},
+         std::string("1y-: atom 3 is C 7 12.000000 instead of C 6 12.000000") + other},
         {[](auto&, auto& file) { file.contents.mass[3] += 2e-6; },
-         std::string("1y-: atom 4 is H 1 1.0078 instead of H 1 1.0078") + other},
+         std::string("1y-: atom 4 is H 1 1.007827 instead of H 1 1.007825") + other},
         {[](auto&, auto& file) { file.contents.mass[3] += 5e-7; }, ""},
         {[&](auto&, auto& file) { file.contents.corrected_tdip[2] = nan; },
          "1y-: the dipole" + no_number},

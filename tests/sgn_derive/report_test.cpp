@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "sets.h"
+#include "sgn_check/check.h"
 
 namespace {
 
@@ -92,6 +93,20 @@ TEST(Report, IsNotFineWithAFileExchangedForAnother) {
         EXPECT_THAT(findings_of(analyse(wrong)), HasSubstr("one_sided")) << i;
         contents.x = sets::water().files[i].contents.x;
         EXPECT_THAT(findings_of(analyse(wrong)), HasSubstr("force_sum_rules")) << i;
+    }
+}
+
+/// Which displacements are a pair is one rule, to the last digit of a result file.
+TEST(Report, PairsAsSgnCheckDoes) {
+    for (const double off : {1e-6, 5e-6, 6e-6, -5e-6, -6e-6}) {
+        for (const std::size_t axis : {0, 2}) {
+            sets::set_files set = sets::water();
+            double& x = set.files[5].contents.x[0][axis];  // of h2o_01zp.sgn
+            x = std::round((x + off) * 1e6) / 1e6;
+            const bool fine = std::abs(off) < 5.5e-6;
+            EXPECT_EQ(analyse(set).fine(), fine) << off << " along " << axis;
+            EXPECT_EQ(sgn_check::check(set.reference, set.files, {}).fine(), fine) << off;
+        }
     }
 }
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
-#include <map>
 #include <vector>
 
 #include "common/layers.h"
@@ -12,6 +11,7 @@
 #include "flib/text/fixed_text.h"
 #include "flib/text/string.h"
 #include "flib/util/elements.h"
+#include "flib/util/sum_formula.h"
 #include "flib/util/units.h"
 
 namespace qm_file {
@@ -43,22 +43,10 @@ std::string_view symbol_of(const file_facts& facts, std::size_t i) {
 
 /// The sum formula, in Hill's order: "C10H10".
 std::string formula(const file_facts& facts) {
-    std::map<std::string_view, std::size_t> counts;
-    for (std::size_t i = 0; i < facts.numbers->size(); ++i) ++counts[symbol_of(facts, i)];
-    std::string text;
-    const auto add = [&](std::string_view symbol) {
-        const auto found = counts.find(symbol);
-        if (found == counts.end()) return;
-        text += symbol;
-        if (found->second > 1) text += std::to_string(found->second);
-        counts.erase(found);
-    };
-    if (counts.contains("C")) {
-        add("C");
-        add("H");
-    }
-    while (!counts.empty()) add(counts.begin()->first);
-    return text;
+    std::vector<std::string> symbols;
+    for (std::size_t i = 0; i < facts.numbers->size(); ++i)
+        symbols.emplace_back(symbol_of(facts, i));
+    return flib::sum_formula(symbols);
 }
 
 /// `text` under a heading, in as many lines as it takes.

@@ -8,6 +8,7 @@
 
 #include "common/number_text.h"
 #include "flib/io/stop_run.h"
+#include "sgn/set/same_atoms.h"
 #include "sgn_check/set_check.h"
 
 namespace sgn_check {
@@ -15,34 +16,12 @@ namespace {
 
 using sgn::difference;
 using sgn::length;
-using sgn::rounding;
 using sgn::sgn_contents;
 using sgn::sgn_parameters;
 using tools::decimal;
 
-/// "+x", or a unit vector.
-std::string direction_of(const vec3& shift) {
-    constexpr std::array names{'x', 'y', 'z'};
-    for (std::size_t k = 0; k < 3; ++k) {
-        vec3 across = shift;
-        across[k] = 0;
-        if (length(across) <= rounding) return {shift[k] < 0 ? '-' : '+', names[k]};
-    }
-    std::string text = "(";
-    for (std::size_t k = 0; k < 3; ++k) {
-        if (k > 0) text += ',';
-        text += decimal(shift[k] / length(shift), 2);
-    }
-    return text += ')';
-}
-
 bool is_finite(const sgn_contents& contents) {
-    const auto finite = [](double value) { return std::isfinite(value); };
-    const auto all_finite = [&](const vec3& v) { return std::all_of(v.begin(), v.end(), finite); };
-    return finite(contents.parameters.tden_maxval) && all_finite(contents.corrected_tdip) &&
-           std::all_of(contents.mass.begin(), contents.mass.end(), finite) &&
-           std::all_of(contents.x.begin(), contents.x.end(), all_finite) &&
-           std::all_of(contents.frc.begin(), contents.frc.end(), all_finite);
+    return std::isfinite(contents.parameters.tden_maxval) && sgn::not_finite(contents).empty();
 }
 
 std::string element_text(const sgn_parameters& parameters) {
@@ -60,48 +39,6 @@ std::string other_sizes(const sgn_parameters& file, const sgn_parameters& refere
         text.append(" instead of ").append(std::to_string(reference.*size));
     }
     return text;
-}
-
-std::string atom_text(const sgn_contents& contents, std::size_t i) {
-    return flib::printable(contents.symbol[i].trimmed()) + " " + std::to_string(contents.nat[i]) +
-           " " + decimal(contents.mass[i], 6);
-}
-
-/// The first atom that differs, or nothing. The numbers of atoms are equal.
-std::string other_atoms(const sgn_contents& file, const sgn_contents& reference) {
-    constexpr double mass_rounding = 1e-6;
-    for (std::size_t i = 0; i < file.nat.size(); ++i) {
-        if (file.nat[i] != reference.nat[i] || !(file.symbol[i] == reference.symbol[i].padded()) ||
-            std::abs(file.mass[i] - reference.mass[i]) > mass_rounding) {
-            return "atom " + std::to_string(i + 1) + " is " + atom_text(file, i) + " instead of " +
-                   atom_text(reference, i);
-        }
-    }
-    return {};
-}
-
-displacement displacement_of(const sgn_contents& file, const sgn_contents& reference) {
-    displacement result;
-    for (std::size_t i = 0; i < file.x.size(); ++i) {
-        result.shift.push_back(difference(file.x[i], reference.x[i]));
-        const double distance = length(result.shift.back());
-        if (distance > rounding) ++result.moved;
-        if (distance > result.distance) {
-            result.distance = distance;
-            result.farthest = i;
-        }
-    }
-    return result;
-}
-
-/// Whether the two displacements are opposite.
-bool are_partners(const displacement& a, const displacement& b) {
-    if (a.moved == 0 || a.moved != b.moved || a.shift.size() != b.shift.size()) return false;
-    for (std::size_t i = 0; i < a.shift.size(); ++i) {
-        const vec3 opposite{-b.shift[i][0], -b.shift[i][1], -b.shift[i][2]};
-        if (!(length(difference(a.shift[i], opposite)) <= rounding)) return false;
-    }
-    return true;
 }
 
 /// What a file shows by itself.
@@ -160,8 +97,8 @@ verdict judge(const result_file& file, const result_file& reference, const thres
         result.add(doubt::other_sizes, std::move(sizes));
     }
     if (mine.x.size() == theirs.x.size()) {
-        result.moved = displacement_of(mine, theirs);
-        std::string atoms = other_atoms(mine, theirs);
+        result.moved = sgn::displacement_of(mine.x, theirs.x);
+        std::string atoms = sgn::other_atoms(mine, theirs);
         if (!atoms.empty()) result.add(doubt::other_atoms, std::move(atoms));
         if (mine.nat == theirs.nat && is_finite(mine) && is_finite(theirs)) {
             result.frame = turn_of_frame(theirs.x, mine.x, theirs.mass);
@@ -178,15 +115,6 @@ verdict judge(const result_file& file, const result_file& reference, const thres
     return result;
 }
 
-/// Whether two displacements are the same.
-bool are_equal(const displacement& a, const displacement& b) {
-    if (a.shift.size() != b.shift.size()) return false;
-    for (std::size_t i = 0; i < a.shift.size(); ++i) {
-        if (!(length(difference(a.shift[i], b.shift[i])) <= rounding)) return false;
-    }
-    return true;
-}
-
 /// Looks for what adds nothing to a set: files whose geometry is that of another one.
 /// (Points that a scan passes twice are as good as one if their dipoles agree.)
 void judge_place(std::vector<verdict>& all, const thresholds& limits) {
@@ -199,7 +127,7 @@ void judge_place(std::vector<verdict>& all, const thresholds& limits) {
         }
         const auto end = all.begin() + static_cast<std::ptrdiff_t>(i);
         const auto same = std::find_if(all.begin() + 1, end, [&](const verdict& other) {
-            return other.moved && are_equal(*one.moved, *other.moved);
+            return other.moved && sgn::are_same(*one.moved, *other.moved);
         });
         if (same == end) continue;
         if (limits.pairs || length(difference(one.change, same->change)) > limits.max_asymmetry) {
@@ -213,7 +141,7 @@ void judge_place(std::vector<verdict>& all, const thresholds& limits) {
 void judge_pair(verdict& one, const std::vector<verdict>& all, const thresholds& limits) {
     if (!one.moved || one.moved->moved == 0 || one.has(doubt::turned)) return;
     const auto partner = std::find_if(all.begin(), all.end(), [&](const verdict& other) {
-        return other.moved && are_partners(*one.moved, *other.moved);
+        return other.moved && are_opposite(*one.moved, *other.moved);
     });
     if (partner == all.end()) {
         std::string text = "no file with the opposite displacement";
@@ -270,13 +198,6 @@ std::string_view name_of(doubt kind) {
             return "suspect_sign";
     }
     return {};
-}
-
-std::string displacement::text(const std::vector<sgn::report_symbol>& symbol) const {
-    if (moved == 0) return "none";
-    return (moved > 1 ? std::to_string(moved) + " atoms, " : "") + std::to_string(farthest + 1) +
-           " " + flib::printable(symbol[farthest].trimmed()) + " " + direction_of(shift[farthest]) +
-           " " + decimal(distance, 4);
 }
 
 bool verdict::has(doubt kind) const {

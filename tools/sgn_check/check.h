@@ -60,24 +60,13 @@ inline constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
 /// A smaller rotation of the frame is not told from none (degrees).
 inline constexpr double seen_rotation = 0.01;
 
-/// Where the atoms of a file are, against the reference (Angstrom).
-struct displacement {
-    std::vector<vec3> shift;   // of every atom
-    std::size_t moved = 0;     // atoms that moved
-    std::size_t farthest = 0;  // the one that moved most
-    double distance = 0;       // of that one
-
-    /// "none", "1 O +x 0.0100", or "3 atoms, 2 H +y 0.0100" with the farthest.
-    std::string text(const std::vector<sgn::report_symbol>& symbol) const;
-};
-
 /// What is known of one file of the set; `unknown` where there is nothing to compare.
 struct verdict {
     const result_file* file = nullptr;
     double ratio = unknown;                  // |element| against the reference's
     vec3 change{unknown, unknown, unknown};  // of the corrected dipole, au
     double turn = unknown;                   // of the corrected dipole, degrees
-    std::optional<displacement> moved;       // without, the atoms are not the same
+    std::optional<sgn::displacement> moved;  // without, the atoms are not the same
     double rotation = unknown;               // of the frame, degrees
     frame_turn frame{};                      // that rotation
     const result_file* partner = nullptr;    // of the +- pair

@@ -42,7 +42,8 @@ std::vector<tools::table_cell> row_of(const verdict& of, bool is_reference) {
         dipole.append(text.size() < width ? width - text.size() : dipole.empty() ? 0 : 1, ' ');
         dipole += text;
     }
-    std::string displaced = of.moved ? of.moved->text(contents.symbol) : "-";
+    std::string displaced =
+        of.moved ? of.moved->text(contents.symbol[of.moved->farthest].trimmed()) : "-";
     if (is_reference) displaced = "reference";
     return {{flib::printable(of.file->name)},
             {std::to_string(contents.parameters.sign)},
@@ -88,7 +89,7 @@ std::string summary(const assessment& of, std::size_t unreadable) {
 
 json_value displacement_json(const verdict& of) {
     if (!of.moved) return nullptr;
-    const displacement& moved = *of.moved;
+    const sgn::displacement& moved = *of.moved;
     json_value json = {{"moved_atoms", moved.moved}};
     if (moved.moved > 0) {
         json["atom"] = moved.farthest + 1;

@@ -263,23 +263,7 @@ std::string modes_part(const report& of) {
 /// "1 O +z 0.0100", or how many atoms and how far.
 std::string displacement_of(const report& of, const job& each) {
     if (each.is == role::reference) return "reference";
-    if (each.is == role::undisplaced) return "none";
-    std::size_t moved = 0;
-    std::size_t farthest = 0;
-    for (std::size_t i = 0; i < each.shift.size(); ++i) {
-        if (sgn::length(each.shift[i]) > sgn::rounding) ++moved;
-        if (sgn::length(each.shift[i]) > sgn::length(each.shift[farthest])) farthest = i;
-    }
-    const sgn::vec3& shift = each.shift[farthest];
-    std::string direction;
-    for (std::size_t k = 0; k < 3; ++k) {
-        if (std::abs(shift[k]) > each.step - sgn::rounding) {
-            direction = std::string(1, shift[k] < 0 ? '-' : '+') + sgn::axis_names[k] + " ";
-        }
-    }
-    return (moved > 1 ? std::to_string(moved) + " atoms, " : "") + std::to_string(farthest + 1) +
-           " " + flib::printable(of.set.atoms[farthest].symbol) + " " + direction +
-           decimal(each.step, 4);
+    return each.moved.text(of.set.atoms[each.moved.farthest].symbol);
 }
 
 std::string files_part(const report& of) {

@@ -42,7 +42,7 @@ json_value file_of(const report& of, std::size_t at) {
                       {"role", role_name(job.is)},
                       {"sign", job.sign},
                       {"dipole", job.dipole},
-                      {"step", job.step}};
+                      {"step", job.moved.distance}};
     const bool has_other = job.is == role::paired || job.is == role::repeated;
     result["other"] = has_other ? json_value(of.set.jobs[job.other].name) : json_value(nullptr);
     result["findings"] = findings_of(of, at);

@@ -116,6 +116,10 @@ void add_file_findings(report& of, const sgn::result_file& reference,
 report analyse(const sgn::result_file& reference, const std::vector<sgn::result_file>& files) {
     report result;
     result.set = sgn::make_set(reference, files);
+    if (!result.set.misfits.empty()) {
+        const auto& [name, reason] = result.set.misfits.front();
+        throw flib::io_error(name, 0, reason);
+    }
     result.derivatives = sgn::differentiate(result.set);
     const auto& d = result.derivatives;
     if (!d.complete()) {

@@ -5,11 +5,11 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
-#include <map>
 
 #include "common/number_text.h"
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
+#include "flib/util/sum_formula.h"
 #include "sgn/set/geometry.h"
 
 namespace sgn_derive {
@@ -189,21 +189,9 @@ std::string findings_text(const report& of, const tools::terminal& on) {
 }  // namespace
 
 std::string formula_of(const std::vector<sgn::atom>& atoms) {
-    std::map<std::string, std::size_t> number_of;
-    for (const sgn::atom& each : atoms) ++number_of[flib::printable(each.symbol)];
-    std::string text;
-    const auto add = [&](const std::string& symbol) {
-        const auto found = number_of.find(symbol);
-        if (found == number_of.end()) return;
-        text += symbol + (found->second > 1 ? std::to_string(found->second) : "");
-        number_of.erase(found);
-    };
-    if (number_of.contains("C")) {
-        add("C");
-        add("H");
-    }
-    while (!number_of.empty()) add(number_of.begin()->first);
-    return text;
+    std::vector<std::string> symbols;
+    for (const sgn::atom& each : atoms) symbols.push_back(flib::printable(each.symbol));
+    return flib::sum_formula(symbols);
 }
 
 std::string rules_text(const sum_rules& dipole, const sum_rules& forces,

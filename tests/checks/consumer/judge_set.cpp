@@ -9,6 +9,7 @@ int main(int argc, char** argv) {
         std::vector<sgn::result_file> files;
         for (int i = 1; i < argc; ++i) files.push_back({argv[i], sgn::read_sgn_file(argv[i])});
         const auto set = sgn::make_set(files.at(0), std::span(files).subspan(1));
+        for (const auto& misfit : set.misfits) std::printf("%s\n", misfit.reason.c_str());
         const auto of = sgn::differentiate(set);
         for (std::size_t c = 0; c < of.dipole.rows; ++c)  // au by Bohr: 1x, 1y, 1z, 2x ...
             std::printf("%8.4f %8.4f %8.4f\n", of.dipole(c, 0), of.dipole(c, 1), of.dipole(c, 2));

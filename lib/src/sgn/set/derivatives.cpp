@@ -38,9 +38,10 @@ Eigen::MatrixXd displacements_of(const std::vector<equation>& equations, std::si
     for (std::size_t e = 0; e < equations.size(); ++e) {
         const equation& of = equations[e];
         for (std::size_t i = 0; i < atoms; ++i) {
-            const vec3 shift = of.minus
-                                   ? scaled(0.5, difference(of.plus->shift[i], of.minus->shift[i]))
-                                   : of.plus->shift[i];
+            const vec3 shift =
+                of.minus
+                    ? scaled(0.5, difference(of.plus->moved.shift[i], of.minus->moved.shift[i]))
+                    : of.plus->moved.shift[i];
             d.block<1, 3>(index(e), index(3 * i)) = vector(shift).transpose() / flib::bohr_radius;
         }
     }

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "sgn/result/sgn_file.h"
-#include "sgn/set/geometry.h"
+#include "sgn/set/displacement.h"
 
 namespace sgn {
 
@@ -37,12 +37,17 @@ enum class role {
 struct job {
     std::string name;
     role is = role::one_sided;
-    std::size_t other = 0;    ///< paired: the partner; repeated: the earlier file (place in `jobs`)
-    std::vector<vec3> shift;  ///< of every atom against the reference, Angstrom
-    double step = 0;          ///< of the atom that moved most, Angstrom
-    std::int32_t sign = 0;    ///< with which the printed dipole was multiplied
-    vec3 dipole{};            ///< corrected transition dipole, au
+    std::size_t other = 0;  ///< paired: the partner; repeated: the earlier file (place in `jobs`)
+    displacement moved;     ///< against the reference; six decimals like the coordinates
+    std::int32_t sign = 0;  ///< with which the printed dipole was multiplied
+    vec3 dipole{};          ///< corrected transition dipole, au
     std::vector<vec3> forces;  ///< of every atom, Hartree/Bohr
+};
+
+/// A file that does not belong to a set, and why.
+struct misfit {
+    std::string name;
+    std::string reason;
 };
 
 struct displaced_set {
@@ -56,10 +61,13 @@ struct displaced_set {
     int dipole_decimals = 0;   ///< of the printed values, as seen in them
     int force_decimals = 0;
     bool has_forces = false;  ///< false if all forces of all files are zero
+    /// Files left out: with other atoms than the reference, or values that are not finite numbers.
+    std::vector<misfit> misfits;
 };
 
-/// Puts a set together. Throws flib::io_error, which names the file, if it has other atoms than the
-/// reference or values that are not finite numbers, and if no file is displaced.
+/// Puts a set together of the files that belong to it; the others are its misfits. Throws
+/// flib::io_error, which names the reference, if that has no atoms or values that are not finite
+/// numbers, and if no file is displaced; this error names the first of the misfits, if there are any.
 displaced_set make_set(const result_file& reference, std::span<const result_file> files);
 
 }  // namespace sgn

@@ -30,4 +30,11 @@ inline vec3 scaled(double factor, const vec3& v) {
     return {factor * v[0], factor * v[1], factor * v[2]};
 }
 
+/// Places no farther from each other are the same (Angstrom): sums of six decimals are not exact.
+inline constexpr double same_place = rounding * (1 + 1e-6);
+
+inline bool is_same_place(const vec3& a, const vec3& b) {
+    return length(difference(a, b)) <= same_place;
+}
+
 }  // namespace sgn

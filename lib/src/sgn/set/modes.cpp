@@ -5,7 +5,7 @@
 #include <Eigen/QR>
 #include <cmath>
 
-#include "sgn/set/detail/linear_algebra.h"
+#include "sgn/set/detail/rigid_motions.h"
 
 namespace sgn {
 namespace {
@@ -25,16 +25,10 @@ Eigen::MatrixXd internal_basis(std::span<const atom> atoms, const Eigen::VectorX
         axes.col(0) = line.unitOrthogonal();
         axes.col(1) = line.cross(axes.col(0));
     }
+    const rigid_motions motions(x, axes.leftCols(rotations));
     Eigen::MatrixXd rigid(3 * n, 3 + rotations);
-    for (Eigen::Index a = 0; a < n; ++a) {
-        const double weight = std::sqrt(mass[a]);
-        rigid.block<3, 3>(3 * a, 0) = weight * Eigen::Matrix3d::Identity();
-        for (Eigen::Index l = 0; l < rotations; ++l) {
-            const Eigen::Vector3d axis = axes.col(l);
-            const Eigen::Vector3d arm = x.col(a);
-            rigid.block<3, 1>(3 * a, 3 + l) = weight * axis.cross(arm);
-        }
-    }
+    rigid << motions.translation, motions.rotation;
+    for (Eigen::Index a = 0; a < n; ++a) rigid.middleRows(3 * a, 3) *= std::sqrt(mass[a]);
     const Eigen::MatrixXd q = Eigen::HouseholderQR<Eigen::MatrixXd>(rigid).householderQ();
     return q.rightCols(3 * n - rigid.cols());
 }

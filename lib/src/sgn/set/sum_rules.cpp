@@ -1,6 +1,5 @@
 #include "sgn/set/sum_rules.h"
 
-#include <Eigen/Geometry>
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -28,12 +27,6 @@ struct errors {
     double relative = 0;  // of a derivative: this part of the largest one nearby (no variance)
 };
 
-Eigen::Matrix3d cross_matrix(const Eigen::Vector3d& axis) {
-    Eigen::Matrix3d matrix;
-    matrix << 0, -axis[2], axis[1], axis[2], 0, -axis[0], -axis[1], axis[0], 0;
-    return matrix;
-}
-
 /// The largest derivative of each vector of `derivatives` with respect to each atom.
 Eigen::MatrixXd largest_nearby(const Eigen::Ref<const Eigen::MatrixXd>& derivatives) {
     Eigen::MatrixXd largest(derivatives.rows() / 3, derivatives.cols() / 3);
@@ -48,17 +41,15 @@ Eigen::MatrixXd largest_nearby(const Eigen::Ref<const Eigen::MatrixXd>& derivati
 sum_rules evaluate(const rigid_motions& motions, const Eigen::VectorXd& values,
                    const Eigen::MatrixXd& derivatives, const errors& known) {
     const Eigen::Index components = derivatives.cols();
-    Eigen::MatrixXd rotation = motions.rotation.transpose() * derivatives;
+    const auto [translation, rotation] = motion_sums(motions, derivatives, values);
+    // The vectors themselves, which turn along, are uncertain too.
     Eigen::MatrixXd value_variance(3, components);
     for (Eigen::Index l = 0; l < 3; ++l) {
-        const Eigen::Matrix3d turn = cross_matrix(motions.axes.col(l));
-        for (Eigen::Index k = 0; k < components; k += 3) {
-            rotation.block<1, 3>(l, k) -= (turn * values.segment<3>(k)).transpose();
-            value_variance.block<1, 3>(l, k) =
-                turn.rowwise().squaredNorm().transpose() * known.value;
-        }
+        const Eigen::Vector3d square = motions.axes.col(l).cwiseAbs2();
+        const Eigen::Vector3d across{square[2] + square[1], square[2] + square[0],
+                                     square[1] + square[0]};
+        value_variance.row(l) = (across * known.value).transpose().replicate(1, components / 3);
     }
-    const Eigen::MatrixXd translation = motions.translation.transpose() * derivatives;
 
     // The share of each atom in each sum, squared, times the error of its derivatives.
     const Eigen::MatrixXd nearby = known.relative * largest_nearby(derivatives);
@@ -125,38 +116,15 @@ sum_rules rules(const displaced_set& set, const derivatives& of,
                 int decimals) {
     const rigid_motions motions(set.atoms);
     const double rounding = std::pow(rounding_error(decimals), 2);
-    const auto weights = view(of.weights);
     errors known;
-    known.translation =
-        (motions.translation.transpose() * weights).rowwise().squaredNorm() * rounding;
-    known.rotation = (motions.rotation.transpose() * weights).rowwise().squaredNorm() * rounding;
+    known.translation = variance_of_sums(motions.translation, of.weights) * rounding;
+    known.rotation = variance_of_sums(motions.rotation, of.weights) * rounding;
     known.value = rounding;
     known.relative = relative_step_error(set.largest_step / flib::bohr_radius);
     return evaluate(motions, values, values_by_coordinate, known);
 }
 
 }  // namespace
-
-rigid_motions::rigid_motions(std::span<const atom> atoms) {
-    const auto count = index(atoms.size());
-    const Eigen::Matrix3Xd x = centred(atoms, Eigen::VectorXd::Ones(count));
-    const Eigen::Vector3d line = axis_of_line(x);
-    axes = Eigen::Matrix3d::Identity() - line * line.transpose();
-    if (x.cwiseAbs().maxCoeff() < 1e-6) axes.setZero();  // a single atom
-    translation.resize(3 * count, 3);
-    rotation.resize(3 * count, 3);
-    for (Eigen::Index a = 0; a < count; ++a) {
-        translation.middleRows(3 * a, 3).setIdentity();
-        for (Eigen::Index l = 0; l < 3; ++l) {
-            const Eigen::Vector3d axis = axes.col(l);
-            rotation.block<3, 1>(3 * a, l) = axis.cross(x.col(a));
-        }
-    }
-}
-
-bool rigid_motions::turns(Eigen::Index l) const {
-    return axes.col(l).norm() > 1e-3;
-}
 
 sum_rules dipole_rules(const displaced_set& set, const derivatives& of,
                        std::span<const std::size_t> reversed) {

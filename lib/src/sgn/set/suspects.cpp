@@ -1,6 +1,5 @@
 #include "sgn/set/suspects.h"
 
-#include <Eigen/Geometry>
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -98,17 +97,15 @@ residues uncertainty(const displaced_set& set, const derivatives& of,
     const double step =
         std::pow(relative_step_error(set.largest_step / flib::bohr_radius) * *middle, 2);
     const double rounding = std::pow(rounding_error(set.dipole_decimals), 2);
-    const auto weights = view(of.weights);
+    const Eigen::Vector3d moved = variance_of_sums(motions.translation, of.weights) * rounding;
+    const Eigen::Vector3d turned = variance_of_sums(motions.rotation, of.weights) * rounding;
     residues result;
     for (Eigen::Index l = 0; l < 3; ++l) {
-        const Eigen::VectorXd move = motions.translation.col(l);
-        const Eigen::VectorXd turn = motions.rotation.col(l);
-        result.segment<3>(3 * l).setConstant(std::sqrt(
-            (move.transpose() * weights).squaredNorm() * rounding + move.squaredNorm() * step));
+        const double move = motions.translation.col(l).squaredNorm();
+        const double turn = motions.rotation.col(l).squaredNorm();
+        result.segment<3>(3 * l).setConstant(std::sqrt(moved[l] + move * step));
         // The dipole itself, which turns along, is rounded too.
-        result.segment<3>(9 + 3 * l).setConstant(
-            std::sqrt((turn.transpose() * weights).squaredNorm() * rounding + rounding +
-                      turn.squaredNorm() * step));
+        result.segment<3>(9 + 3 * l).setConstant(std::sqrt(turned[l] + rounding + turn * step));
     }
     return result;
 }
@@ -116,18 +113,16 @@ residues uncertainty(const displaced_set& set, const derivatives& of,
 search::search(const displaced_set& set, const derivatives& of) : set_(set), of_(of) {
     const rigid_motions motions(set.atoms);
     const residues scale = uncertainty(set, of, motions).cwiseInverse();
-    const Eigen::MatrixXd by_move = motions.translation.transpose() * view(of.weights);
-    const Eigen::MatrixXd by_turn = motions.rotation.transpose() * view(of.weights);
     given_.setZero();
     for (std::size_t j = 0; j < set.jobs.size(); ++j) {
         const Eigen::Vector3d dipole = vector(set.jobs[j].dipole);
+        // What the derivatives owe to this job, and the dipole that turns along.
+        const Eigen::MatrixXd owed = view(of.weights).col(index(j)) * dipole.transpose();
+        const motion_sums sums(motions, owed, j == 0 ? dipole : Eigen::Vector3d::Zero());
         residues share = residues::Zero();
         for (Eigen::Index l = 0; l < 3; ++l) {
-            share.segment<3>(3 * l) = by_move(l, index(j)) * dipole;
-            if (!motions.turns(l)) continue;
-            share.segment<3>(9 + 3 * l) = by_turn(l, index(j)) * dipole;
-            const Eigen::Vector3d axis = motions.axes.col(l);
-            if (j == 0) share.segment<3>(9 + 3 * l) -= axis.cross(dipole);
+            share.segment<3>(3 * l) = sums.translation.row(l);
+            if (motions.turns(l)) share.segment<3>(9 + 3 * l) = sums.rotation.row(l);
         }
         share = share.cwiseProduct(scale);
         given_ += share;
@@ -144,7 +139,7 @@ search::search(const displaced_set& set, const derivatives& of) : set_(set), of_
         if (plus.other < j) continue;
         const job& minus = set.jobs[plus.other];
         moves_.push_back({j, plus.other});
-        const double h = plus.step / flib::bohr_radius;
+        const double h = plus.moved.distance / flib::bohr_radius;
         const double variance = 6 * rounding + std::pow(usual_curvature * h * h, 2);
         sign_pair pair{j, plus.other, {}};
         for (std::size_t i = 0; i < pair.cost.size(); ++i) {

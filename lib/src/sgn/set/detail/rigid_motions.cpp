@@ -1,0 +1,56 @@
+#include "sgn/set/detail/rigid_motions.h"
+
+#include <Eigen/Geometry>
+
+namespace sgn {
+namespace {
+
+Eigen::Matrix3Xd about_centroid(std::span<const atom> atoms) {
+    return centred(atoms, Eigen::VectorXd::Ones(index(atoms.size())));
+}
+
+/// The axes of the frame, less their part along a linear molecule.
+Eigen::Matrix3Xd axes_of(const Eigen::Matrix3Xd& x) {
+    if (x.cwiseAbs().maxCoeff() < 1e-6) return Eigen::Matrix3d::Zero();  // a single atom
+    const Eigen::Vector3d line = axis_of_line(x);
+    return Eigen::Matrix3d::Identity() - line * line.transpose();
+}
+
+}  // namespace
+
+rigid_motions::rigid_motions(std::span<const atom> atoms)
+    : rigid_motions(about_centroid(atoms), axes_of(about_centroid(atoms))) {}
+
+rigid_motions::rigid_motions(const Eigen::Matrix3Xd& x, const Eigen::Matrix3Xd& about)
+    : axes(about), translation(3 * x.cols(), 3), rotation(3 * x.cols(), about.cols()) {
+    for (Eigen::Index a = 0; a < x.cols(); ++a) {
+        translation.middleRows(3 * a, 3).setIdentity();
+        for (Eigen::Index l = 0; l < axes.cols(); ++l) {
+            const Eigen::Vector3d axis = axes.col(l);
+            rotation.block<3, 1>(3 * a, l) = axis.cross(x.col(a));
+        }
+    }
+}
+
+bool rigid_motions::turns(Eigen::Index l) const {
+    return axes.col(l).norm() > 1e-3;
+}
+
+motion_sums::motion_sums(const rigid_motions& motions, const Eigen::MatrixXd& by_coordinate,
+                         const Eigen::VectorXd& y)
+    : translation(motions.translation.transpose() * by_coordinate),
+      rotation(motions.rotation.transpose() * by_coordinate) {
+    for (Eigen::Index l = 0; l < rotation.rows(); ++l) {
+        const Eigen::Vector3d axis = motions.axes.col(l);
+        for (Eigen::Index k = 0; k < y.size(); k += 3) {
+            const Eigen::Vector3d vector = y.segment<3>(k);
+            rotation.block<1, 3>(l, k) -= axis.cross(vector).transpose();
+        }
+    }
+}
+
+Eigen::Vector3d variance_of_sums(const Eigen::MatrixXd& motion, const table& weights) {
+    return (motion.transpose() * view(weights)).rowwise().squaredNorm();
+}
+
+}  // namespace sgn
