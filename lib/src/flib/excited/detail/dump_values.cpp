@@ -21,15 +21,28 @@ std::string_view whole_line(std::string_view text) {
     return text.substr(0, text.find('\n') + 1);
 }
 
+bool is_blank(char c) {
+    return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+
 std::size_t count_items(std::string_view line) {
     std::size_t count = 0;
     bool inside = false;
     for (const char c : line) {
-        const bool blank = c == ' ' || c == '\t' || c == '\r' || c == '\n';
-        if (!blank && !inside) ++count;
-        inside = !blank;
+        if (!is_blank(c) && !inside) ++count;
+        inside = !is_blank(c);
     }
     return count;
+}
+
+/// The columns of a line up to the end of its item number `n`, from 1 on.
+std::size_t end_of_item(std::string_view line, std::size_t n) {
+    std::size_t at = 0;
+    for (; n > 0; --n) {
+        while (at < line.size() && is_blank(line[at])) ++at;
+        while (at < line.size() && !is_blank(line[at])) ++at;
+    }
+    return at;
 }
 
 std::string told(std::size_t count) {
@@ -62,10 +75,19 @@ bool dump_values::go_to_line(std::size_t line) const {
 /// Sees from the first line and the place where the last one has to be whether all have one length.
 /// If so, the unit stands behind the last.
 bool dump_values::find_lines() {
-    const std::string_view first = whole_line(file_.peek(longest_line));
-    per_line_ = count_items(first);
-    line_length_ = static_cast<std::int64_t>(first.size());
-    if (per_line_ != 0 && go_to_line((count_ - 1) / per_line_)) return skip_record(fid_);
+    const std::string first_line(whole_line(file_.peek(longest_line)));
+    per_line_ = count_items(first_line);
+    line_length_ = static_cast<std::int64_t>(first_line.size());
+    const std::size_t last = per_line_ == 0 ? 0 : (count_ - 1) / per_line_;
+    if (per_line_ != 0 && go_to_line(last)) {
+        // A number that is cut short is still one.
+        const std::size_t columns = end_of_item(first_line, count_ - last * per_line_);
+        const std::string_view text = file_.peek(longest_line);
+        if (text.size() < columns && !text.ends_with('\n')) {
+            throw file_.error_here("the file ends within the last of the " + told(count_));
+        }
+        return skip_record(fid_);
+    }
     line_length_ = 0;
     file_.go_to(begin_);
     return false;
