@@ -160,6 +160,22 @@ TEST(Outputs, AreThoseOfTheFixtures) {
     }
 }
 
+/// Residues beyond their uncertainties are no doubt while the sums hold, and the page says no
+/// other.
+TEST(Outputs, AreAsCalmAsTheVerdict) {
+    auto files = sets::water().files;
+    files[7].contents.corrected_tdip[1] += 6e-4;  // of h2o_02xp.sgn
+    const report calm = sgn_derive::analyse(sets::water().reference, files);
+    EXPECT_TRUE(calm.fine());
+    EXPECT_GT(calm.dipole_rules.largest, sgn::unremarkable_residue);
+    const std::string page = page_of(calm);
+    EXPECT_THAT(page, HasSubstr("bar bar-beyond"));
+    EXPECT_THAT(page, HasSubstr("beyond its uncertainty, but no doubt"));
+    EXPECT_THAT(page, testing::Not(testing::AnyOf(HasSubstr("bar-bad"), HasSubstr("bad-text"))));
+    const std::string red = page_of(doubtful());
+    EXPECT_THAT(red, testing::AllOf(HasSubstr("bar-bad"), testing::Not(HasSubstr("beyond"))));
+}
+
 TEST(Outputs, OfReportsThatSetsDoNotMake) {
     // A dark state with an imaginary mode; rounding is not blown up in the drawing of the dipole.
     report of = sgn_derive::analyse(sets::water().reference, sets::water().files);

@@ -201,6 +201,9 @@ std::string rules_part(const report& of) {
     const auto swatch = [](const char* kind) { return svg::rectangle({0, 2}, 26, 10, kind); };
     std::string legend = legend_item(swatch(rules_fail(of.dipole_rules) ? "bar bar-bad" : "bar"),
                                      "residue of the dipole's sums / its uncertainty");
+    if (!rules_fail(of.dipole_rules) && of.dipole_rules.largest > sgn::unremarkable_residue) {
+        legend += legend_item(swatch("bar bar-beyond"), "beyond its uncertainty, but no doubt");
+    }
     if (!of.suspects.flips.empty()) {
         legend += legend_item(swatch("bar bar-mended"), "once the suspect signs are reversed");
     }

@@ -1,6 +1,7 @@
 // The sum rules as bars against their rounding.
 #include <algorithm>
 #include <cmath>
+#include <string_view>
 
 #include "common/number_text.h"
 #include "sgn_derive/html_drawings.h"
@@ -29,6 +30,19 @@ residue residue_of(const table& values, const table& uncertainty, std::size_t ax
     return {true, std::abs(values(axis, k)) / uncertainty(axis, k)};
 }
 
+/// The classes of a bar and of the number beside it.
+struct look {
+    std::string_view bar;
+    std::string_view number;
+};
+
+/// A residue that rounding does not explain is a doubt only where the sums fail.
+look look_of(double ratio, bool satisfied) {
+    if (ratio <= sgn::unremarkable_residue) return {"bar", "small"};
+    if (satisfied) return {"bar bar-beyond", "small beyond-text"};
+    return {"bar bar-bad", "small bad-text"};
+}
+
 /// Straight up to a few, then by powers of ten.
 double squeezed(double ratio) {
     return std::log10(1 + ratio);
@@ -36,6 +50,7 @@ double squeezed(double ratio) {
 
 struct bars {
     double most = 0;  ///< the longest bar
+    bool satisfied = true;
     std::string text{};
 
     svg::scale along(double from) const {
@@ -62,10 +77,9 @@ struct bars {
             text += svg::text({x(0) + 6, y + 12}, "about the axis of the molecule", "small faint");
             return;
         }
-        const bool large = found.ratio > 4;
+        const look shown = look_of(found.ratio, satisfied);
         const double length = std::max(x(squeezed(found.ratio)) - x(0), 1.5);
-        text += svg::rectangle({x(0), y + 3}, length, mended.exists ? 7 : 12,
-                               large ? "bar bar-bad" : "bar");
+        text += svg::rectangle({x(0), y + 3}, length, mended.exists ? 7 : 12, shown.bar);
         double longer = length;
         if (mended.exists) {
             const double mended_length = std::max(x(squeezed(mended.ratio)) - x(0), 1.5);
@@ -73,8 +87,7 @@ struct bars {
             longer = std::max(longer, mended_length);
         }
         text += svg::text({x(0) + longer + 6, y + 13},
-                          tools::decimal(found.ratio, found.ratio < 10 ? 1 : 0),
-                          large ? "small bad-text" : "small");
+                          tools::decimal(found.ratio, found.ratio < 10 ? 1 : 0), shown.number);
     }
 };
 
@@ -84,7 +97,7 @@ std::string rules_drawing(const report& of) {
     const sum_rules& found = of.dipole_rules;
     const sum_rules& mended = of.suspects.mended;
     const bool has_mended = !of.suspects.flips.empty() && mended.judged;
-    bars all{.most = std::max(6.0, 1.15 * found.largest)};
+    bars all{.most = std::max(6.0, 1.15 * found.largest), .satisfied = found.satisfied};
     const double bottom = top + 9 * row + 4;
     all.add_axis(0, "moving the molecule", bottom);
     all.add_axis(column, "turning the molecule", bottom);

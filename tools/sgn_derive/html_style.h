@@ -9,13 +9,13 @@ inline constexpr std::string_view page_style = R"(
 :root {
   color-scheme: light dark;
   --paper: #f6f6f3; --card: #ffffff; --ink: #1b2330; --soft: #5c6675; --rule: #dfe3e8;
-  --grid: #e9ecef; --blue: #1f5fbf; --orange: #c0620b; --good: #17784a; --bad: #c22a47;
+  --grid: #e9ecef; --blue: #1f5fbf; --orange: #c0620b; --amber: #94750a; --good: #17784a; --bad: #c22a47;
   --good-back: #e6f3ec; --bad-back: #fbe9ec; --band: #e4ecf8; --bond: #9aa3ae;
 }
 @media (prefers-color-scheme: dark) {
   :root {
     --paper: #11151b; --card: #1a2029; --ink: #e7ebf1; --soft: #9ca7b6; --rule: #2e3744;
-    --grid: #262e39; --blue: #74aaff; --orange: #f0a055; --good: #53c78d; --bad: #ff7088;
+    --grid: #262e39; --blue: #74aaff; --orange: #f0a055; --amber: #d9b93b; --good: #53c78d; --bad: #ff7088;
     --good-back: #15301f; --bad-back: #3a1a22; --band: #22304a; --bond: #6d7887;
   }
 }
@@ -61,6 +61,7 @@ svg .small { font-size: 12px; fill: var(--soft); }
 svg .strong { fill: var(--ink); font-weight: 600; }
 svg .faint { font-style: italic; }
 svg .label { font-weight: 600; }
+svg .beyond-text { fill: var(--amber); font-weight: 600; }
 svg .bad-text { fill: var(--bad); font-weight: 600; }
 .panel { fill: none; stroke: var(--rule); }
 .grid { stroke: var(--grid); } .zero { stroke: var(--soft); stroke-width: .8; }
@@ -72,7 +73,8 @@ svg .bad-text { fill: var(--bad); font-weight: 600; }
 .corrected { fill: var(--blue); } .corrected.suspect { fill: var(--bad); }
 .suspect-ring { fill: none; stroke: var(--bad); stroke-width: 2; }
 .rounding { fill: var(--band); }
-.bar { fill: var(--blue); } .bar-bad { fill: var(--bad); } .bar-mended { fill: var(--good); }
+.bar { fill: var(--blue); } .bar-bad { fill: var(--bad); }
+.bar-beyond { fill: var(--amber); } .bar-mended { fill: var(--good); }
 .stick { stroke: var(--blue); stroke-width: 2.4; } .knob { fill: var(--blue); }
 .stick.imaginary { stroke: var(--bad); } .knob.imaginary { fill: var(--bad); }
 .bond { stroke: var(--bond); stroke-width: 6; stroke-linecap: round; }
@@ -106,7 +108,7 @@ footer { color: var(--soft); font-size: .82rem; margin: 22px 2px 0; overflow-wra
 @media print {
   :root { color-scheme: light;
     --paper: #fff; --card: #fff; --ink: #000; --soft: #444; --rule: #bbb; --grid: #ddd;
-    --blue: #1f5fbf; --orange: #b35600; --good: #17784a; --bad: #b01c3a; --good-back: #fff;
+    --blue: #1f5fbf; --orange: #b35600; --amber: #7d6200; --good: #17784a; --bad: #b01c3a; --good-back: #fff;
     --bad-back: #fff; --band: #e2e9f5; --bond: #8a929c; }
   .mark polyline, .mark line { stroke: #fff; } .mark .dot { fill: #fff; }
   * { print-color-adjust: exact; -webkit-print-color-adjust: exact; }

@@ -12,13 +12,6 @@
 namespace sgn {
 namespace {
 
-/// The mean square of a residue in units of its uncertainty beyond which the sums fail. Where all
-/// signs were right, it was at most 2 in all that was measured; one wrong sign made it 90 and more.
-constexpr double largest_mean_square = 10;
-
-/// The same for a single residue of the forces, which are too many for their mean to show one.
-constexpr double largest_of_forces = 8;
-
 /// What is known of the errors, in variances.
 struct errors {
     Eigen::Vector3d translation;  // of the sum for each axis
@@ -93,7 +86,7 @@ sum_rules evaluate(const rigid_motions& motions, const Eigen::VectorXd& values,
     result.rotation_uncertainty = table_of(rotation_uncertainty);
     result.satisfied = components == 3
                            ? result.chi2 <= largest_mean_square * static_cast<double>(result.sums)
-                           : result.largest <= largest_of_forces;
+                           : result.largest <= largest_force_residue;
     return result;
 }
 
