@@ -11,8 +11,8 @@
 #include "flib/util/units.h"
 #include "inputs.h"
 #include "model.h"
+#include "sgn/check/report.h"
 #include "sgn_derive/json.h"
-#include "sgn_derive/report.h"
 
 namespace {
 
@@ -81,7 +81,7 @@ void derive_100_atoms(benchmark::State& state, std::size_t reversed, bool mixed)
             auto all = read(paths);
             const sgn::result_file reference = std::move(all.front());
             all.erase(all.begin());
-            const auto report = sgn_derive::analyse(reference, all);
+            const auto report = sgn::analyse(reference, all);
             benchmark::DoNotOptimize(sgn_derive::json_of(report).size());
             findings = report.findings.size();
             named = report.suspects.flips.empty() ? 0 : report.suspects.flips.front().size();

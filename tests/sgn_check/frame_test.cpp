@@ -1,4 +1,4 @@
-#include "sgn_check/frame.h"
+#include "sgn/check/frame.h"
 
 #include <gtest/gtest.h>
 
@@ -10,11 +10,11 @@
 
 namespace {
 
+using sgn::angle_between;
 using sgn::difference;
 using sgn::length;
+using sgn::turn_of_frame;
 using sgn::vec3;
-using sgn_check::angle_between;
-using sgn_check::turn_of_frame;
 using geometry = std::vector<vec3>;
 
 double rotation(const geometry& from, const geometry& to, const std::vector<double>& mass) {
@@ -63,7 +63,7 @@ TEST(Frame, IsTurnedOnlyIfNoDisplacedAtomExplainsTheGeometry) {
         vec3& atom = to[random() % to.size()];
         for (double& component : atom) component += step * any(random) / 180;
         to = turned(to, random() % 3, angle);
-        const sgn_check::frame_turn turn = turn_of_frame(from, to, m.mass);
+        const sgn::frame_turn turn = turn_of_frame(from, to, m.mass);
         const double found = turn.degrees;
         if (angle == 0) {
             EXPECT_EQ(found, 0) << m.x.size() << " atoms, " << step;
@@ -139,7 +139,7 @@ TEST(Frame, OfADistortedMoleculeIsThatOfTheMassWeightedBestFit) {
             for (std::size_t k = 0; k < 2; ++k) atom[k] += size * any(random);
         }
         const plane_fit fit(from, to, mass);
-        const sgn_check::frame_turn turn = turn_of_frame(from, to, mass);
+        const sgn::frame_turn turn = turn_of_frame(from, to, mass);
         ASSERT_NEAR(turn.degrees, fit.counts ? fit.degrees : 0, 1e-6);
         // The matrix is that turn.
         const vec3 x = turn.applied_to({1, 0, 0});

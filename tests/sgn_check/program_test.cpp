@@ -15,8 +15,8 @@
 namespace {
 
 namespace fs = std::filesystem;
+using sgn::result_file;
 using sgn::vec3;
-using sgn_check::result_file;
 
 /// The directory with the result files of the bundled set, made once.
 const fs::path& bundled() {
@@ -207,7 +207,10 @@ struct sample {
                      std::round((v[1] + angle * v[0]) * digits) / digits, v[2]};
             };
             for (vec3& atom : file.x) turn(atom, 1e6);
-            if (what == "turning") turn(file.corrected_tdip, 1e4);
+            if (what == "turning") {
+                turn(file.corrected_tdip, 1e4);
+                for (vec3& force : file.frc) turn(force, 1e9);
+            }
         }
         files.push_back(more);
     }
@@ -231,11 +234,11 @@ TEST(SgnCheckSet, IsJudgedAsTheRowsSay) {
         const std::vector<std::string> words = support::words_of("r f " + row[1]);
         const auto options =
             sgn_check::parse_options(std::vector<std::string_view>(words.begin(), words.end()));
-        const auto judged = check(set.reference, set.files, options.limits);
+        const auto judged = sgn::check(set.reference, set.files, options.limits);
         const std::string csv = sgn_check::csv(judged);
-        std::string told = table(judged, {}, {});
+        std::string told = sgn_check::table(judged, {}, {});
         if (options.form == sgn_check::output::json) {
-            told = rounded(json(judged, {}, options.limits));
+            told = rounded(sgn_check::json(judged, {}, options.limits));
             told.erase(0, told.find("\"sum_rules\""));
         } else if (options.form == sgn_check::output::csv) {
             told = rounded(csv.substr(0, csv.find("01ym")));

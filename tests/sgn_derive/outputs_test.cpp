@@ -12,20 +12,21 @@
 #include "common/version.h"
 #include "set/model.h"
 #include "sets.h"
+#include "sgn/check/report.h"
 #include "sgn_derive/html.h"
 #include "sgn_derive/html_drawings.h"
 #include "sgn_derive/html_style.h"
 #include "sgn_derive/json.h"
 #include "sgn_derive/molden.h"
 #include "sgn_derive/progress.h"
-#include "sgn_derive/report.h"
 #include "sgn_derive/svg.h"
 #include "sgn_derive/text.h"
 #include "support/json_difference.h"
 
 namespace {
 
-using sgn_derive::report;
+using namespace sgn_derive;
+using sgn::report;
 using testing::HasSubstr;
 
 /// The first line that is not as in the fixture, or nothing.
@@ -77,7 +78,7 @@ report doubtful() {
     files[5].contents.parameters.sign = 0;
     auto reference = sets::water().reference;
     reference.name = "</title><b>";
-    report of = sgn_derive::analyse(reference, files);
+    report of = sgn::analyse(reference, files);
     of.suspects.flips.push_back({3, 7});
     of.suspects.flips.push_back({0});
     of.set.atoms[0].symbol = "<";
@@ -102,7 +103,7 @@ report many() {
     }
     files[0].contents.x[1][1] += 0.002;  // and no longer a pair
     files[5].contents.parameters.nmo = 32;
-    report made = sgn_derive::analyse(model::reference(of), files);
+    report made = sgn::analyse(model::reference(of), files);
     EXPECT_EQ(made.set.one_sided, 4U);
     return made;
 }
@@ -120,7 +121,7 @@ report upright(bool masses, bool forces) {
     reference.contents.frc = files.back().contents.frc;
     reference.contents.mass = files.back().contents.mass;
     files.pop_back();
-    return sgn_derive::analyse(reference, files);
+    return sgn::analyse(reference, files);
 }
 
 TEST(Outputs, AreThoseOfTheFixtures) {
@@ -128,7 +129,7 @@ TEST(Outputs, AreThoseOfTheFixtures) {
         const char* name;
         report of;
     } cases[] = {
-        {"water", sgn_derive::analyse(sets::water().reference, sets::water().files)},
+        {"water", sgn::analyse(sets::water().reference, sets::water().files)},
         {"doubtful", doubtful()},
         {"many", many()},
         {"line", upright(true, true)},
@@ -165,7 +166,7 @@ TEST(Outputs, AreThoseOfTheFixtures) {
 TEST(Outputs, AreAsCalmAsTheVerdict) {
     auto files = sets::water().files;
     files[7].contents.corrected_tdip[1] += 6e-4;  // of h2o_02xp.sgn
-    const report calm = sgn_derive::analyse(sets::water().reference, files);
+    const report calm = sgn::analyse(sets::water().reference, files);
     EXPECT_TRUE(calm.fine());
     EXPECT_GT(calm.dipole_rules.largest, sgn::unremarkable_residue);
     const std::string page = page_of(calm);
@@ -178,7 +179,7 @@ TEST(Outputs, AreAsCalmAsTheVerdict) {
 
 TEST(Outputs, OfReportsThatSetsDoNotMake) {
     // A dark state with an imaginary mode; rounding is not blown up in the drawing of the dipole.
-    report of = sgn_derive::analyse(sets::water().reference, sets::water().files);
+    report of = sgn::analyse(sets::water().reference, sets::water().files);
     of.modes[0].wavenumber = -250;
     for (auto& mode : of.modes) mode.borrowed = std::nan("");
     of.modes[1].dipole_derivative_q = {0.3, 0, 0.4};

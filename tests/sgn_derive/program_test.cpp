@@ -54,11 +54,11 @@ class SgnDerive : public testing::Test {
 };
 
 TEST_F(SgnDerive, WritesAllThatIsAskedFor) {
-    const auto report = sgn_derive::analyse(sets::water().reference, sets::water().files);
-    const std::map<std::string, std::string> expected{{"--json", json_of(report)},
+    const auto report = sgn::analyse(sets::water().reference, sets::water().files);
+    const std::map<std::string, std::string> expected{{"--json", sgn_derive::json_of(report)},
                                                       {"--fchk", fixture("water.fchk")},
-                                                      {"--molden", molden_of(report)},
-                                                      {"--html", html_of(report)}};
+                                                      {"--molden", sgn_derive::molden_of(report)},
+                                                      {"--html", sgn_derive::html_of(report)}};
     words options;
     for (const auto& [option, contents] : expected) {
         options.push_back(option + "=result" + option);

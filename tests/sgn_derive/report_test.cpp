@@ -1,5 +1,5 @@
 // What sgn_derive makes of the two water sets, and of what may be wrong with them.
-#include "sgn_derive/report.h"
+#include "sgn/check/report.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,25 +7,25 @@
 #include <cmath>
 
 #include "sets.h"
-#include "sgn_check/check.h"
+#include "sgn/check/check.h"
 
 namespace {
 
-using sgn_derive::report;
+using sgn::report;
 using testing::HasSubstr;
 
 const sets::set_files* both[] = {&sets::water(), &sets::crossing()};
 
 report analyse(const sets::set_files& set) {
-    return sgn_derive::analyse(set.reference, set.files);
+    return sgn::analyse(set.reference, set.files);
 }
 
 /// "NAME: file, file; NAME: file ..." of all findings, in their order.
 std::string findings_of(const report& of) {
     std::string text;
     for (const auto& each : of.findings) {
-        text += (text.empty() ? "" : "; ") + each.name;
-        if (each.job != each.no_job) text += " " + of.set.jobs[each.job].name;
+        text += (text.empty() ? "" : "; ") + std::string(name_of(each.kind));
+        if (each.job != each.whole_set) text += " " + of.set.jobs[each.job].name;
     }
     return text;
 }
@@ -90,7 +90,7 @@ TEST(Report, IsNotFineWithAFileExchangedForAnother) {
         contents = sets::water().files[(i + 5) % 18].contents;
         EXPECT_FALSE(analyse(wrong).fine()) << i;
         contents = sets::crossing().files[i].contents;
-        EXPECT_THAT(findings_of(analyse(wrong)), HasSubstr("one_sided")) << i;
+        EXPECT_THAT(findings_of(analyse(wrong)), HasSubstr("no_partner")) << i;
         contents.x = sets::water().files[i].contents.x;
         EXPECT_THAT(findings_of(analyse(wrong)), HasSubstr("force_sum_rules")) << i;
     }
@@ -105,7 +105,7 @@ TEST(Report, PairsAsSgnCheckDoes) {
             x = std::round((x + off) * 1e6) / 1e6;
             const bool fine = std::abs(off) < 5.5e-6;
             EXPECT_EQ(analyse(set).fine(), fine) << off << " along " << axis;
-            EXPECT_EQ(sgn_check::check(set.reference, set.files, {}).fine(), fine) << off;
+            EXPECT_EQ(sgn::check(set.reference, set.files, {}).fine(), fine) << off;
         }
     }
 }
@@ -150,8 +150,9 @@ TEST(Report, TellsAllThatDeservesDoubt) {
         const report of = analyse(set);
         told += std::string("== ") + name + "\n";
         for (const auto& each : of.findings) {
-            const bool whole = each.job == each.no_job;
-            told += each.name + " " + (whole ? "" : of.set.jobs[each.job].name) + ": " + each.text;
+            const bool whole = each.job == each.whole_set;
+            told += std::string(name_of(each.kind)) + " " +
+                    (whole ? "" : of.set.jobs[each.job].name) + ": " + each.text;
             told += '\n';
         }
         told += verdict_of(of) + "\n";

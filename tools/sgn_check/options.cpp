@@ -10,7 +10,7 @@ namespace sgn_check {
 options parse_options(std::span<const std::string_view> arguments) {
     constexpr const char* usage = "[OPTIONS] REFERENCE.sgn FILE.sgn...";
     options result;
-    thresholds& limits = result.limits;
+    sgn::thresholds& limits = result.limits;
     CLI::App app;
     tools::describe(
         app,

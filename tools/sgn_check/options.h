@@ -7,7 +7,7 @@
 #include <string_view>
 #include <vector>
 
-#include "sgn_check/check.h"
+#include "sgn/check/check.h"
 
 namespace sgn_check {
 
@@ -16,7 +16,7 @@ enum class output { table, json, csv };
 struct options {
     std::optional<std::string> shown{};  ///< of --help or --version, to be shown instead of a run
     output form = output::table;
-    thresholds limits;
+    sgn::thresholds limits;
     std::string reference;
     std::vector<std::string> files;
 };

@@ -27,13 +27,13 @@ std::string known(double value, int decimals) {
     return std::isnan(value) ? "-" : decimal(value, decimals);
 }
 
-std::string verdict_text(const verdict& of) {
+std::string verdict_text(const sgn::verdict& of) {
     std::string text;
-    for (const finding& each : of.findings) text += (text.empty() ? "" : "; ") + each.text;
+    for (const sgn::finding& each : of.findings) text += (text.empty() ? "" : "; ") + each.text;
     return text.empty() ? "fine" : text;
 }
 
-std::vector<tools::table_cell> row_of(const verdict& of, bool is_reference) {
+std::vector<tools::table_cell> row_of(const sgn::verdict& of, bool is_reference) {
     const sgn::sgn_contents& contents = of.file->contents;
     std::string dipole;
     for (const double component : contents.corrected_tdip) {
@@ -63,16 +63,17 @@ std::string rules_text(const sgn::sum_rules& rules) {
 }
 
 /// What there is to know beside the line of the sum rules if they fail.
-std::string failure_text(const assessment& of) {
+std::string failure_text(const sgn::assessment& of) {
     if (!of.rules.judged || of.rules.satisfied) return {};
     if (!of.suspects.flips.empty()) return "They hold if the signs named above are reversed.";
     return "No few reversed signs would mend them: look for another state, another frame, or too "
            "large a step.";
 }
 
-std::string summary(const assessment& of, std::size_t unreadable) {
-    const auto doubtful = static_cast<std::size_t>(std::count_if(
-        of.verdicts.begin(), of.verdicts.end(), [](const verdict& each) { return !each.fine(); }));
+std::string summary(const sgn::assessment& of, std::size_t unreadable) {
+    const auto doubtful = static_cast<std::size_t>(
+        std::count_if(of.verdicts.begin(), of.verdicts.end(),
+                      [](const sgn::verdict& each) { return !each.fine(); }));
     const std::string all = std::to_string(of.verdicts.size() + unreadable);
     const std::string lost = std::to_string(unreadable) + " cannot be read";
     if (doubtful > 0) {
@@ -87,7 +88,7 @@ std::string summary(const assessment& of, std::size_t unreadable) {
     return "All " + all + " files are fine.";
 }
 
-json_value displacement_json(const verdict& of) {
+json_value displacement_json(const sgn::verdict& of) {
     if (!of.moved) return nullptr;
     const sgn::displacement& moved = *of.moved;
     json_value json = {{"moved_atoms", moved.moved}};
@@ -100,7 +101,15 @@ json_value displacement_json(const verdict& of) {
     return json;
 }
 
-json_value verdict_json(const verdict& of, bool is_reference) {
+json_value findings_json(const std::vector<sgn::finding>& of) {
+    json_value json = json_value::array();
+    for (const sgn::finding& each : of) {
+        json.push_back({{"doubt", name_of(each.kind)}, {"text", each.text}});
+    }
+    return json;
+}
+
+json_value verdict_json(const sgn::verdict& of, bool is_reference) {
     const sgn::sgn_contents& contents = of.file->contents;
     json_value json;
     json["file"] = of.file->name;
@@ -118,21 +127,18 @@ json_value verdict_json(const verdict& of, bool is_reference) {
         json["asymmetry"] = of.asymmetry;
     }
     json["fine"] = of.fine();
-    json["findings"] = json_value::array();
-    for (const finding& each : of.findings) {
-        json["findings"].push_back({{"doubt", name_of(each.kind)}, {"text", each.text}});
-    }
+    json["findings"] = findings_json(of.findings);
     return json;
 }
 
 /// The names of the files whose signs are to be reversed together.
-json_value names_json(const assessment& of, const std::vector<std::size_t>& flip) {
+json_value names_json(const sgn::assessment& of, const std::vector<std::size_t>& flip) {
     json_value names = json_value::array();
     for (const std::size_t i : flip) names.push_back(of.verdicts[i].file->name);
     return names;
 }
 
-json_value rules_json(const assessment& of) {
+json_value rules_json(const sgn::assessment& of) {
     json_value json = tools::json_of(of.rules);
     const auto& flips = of.suspects.flips;
     json["suspects"] = flips.empty() ? json_value::array() : names_json(of, flips.front());
@@ -144,7 +150,7 @@ json_value rules_json(const assessment& of) {
     return json;
 }
 
-std::vector<std::string> csv_fields(const verdict& of) {
+std::vector<std::string> csv_fields(const sgn::verdict& of) {
     const sgn::sgn_contents& contents = of.file->contents;
     std::vector<std::string> fields{of.file->name,
                                     std::to_string(contents.parameters.sign),
@@ -152,7 +158,7 @@ std::vector<std::string> csv_fields(const verdict& of) {
                                     std::to_string(contents.parameters.tden_maxloc[1]),
                                     csv_real(contents.parameters.tden_maxval),
                                     csv_real(of.ratio)};
-    const auto add_vector = [&](const vec3& v) {
+    const auto add_vector = [&](const sgn::vec3& v) {
         for (const double component : v) fields.push_back(csv_real(component));
     };
     add_vector(contents.corrected_tdip);
@@ -175,7 +181,7 @@ std::vector<std::string> csv_fields(const verdict& of) {
 
 }  // namespace
 
-std::string table(const assessment& of, std::span<const unreadable_file> unreadable,
+std::string table(const sgn::assessment& of, std::span<const unreadable_file> unreadable,
                   const tools::terminal& on) {
     tools::table rows;
     rows.columns = {{"File"},
@@ -186,7 +192,7 @@ std::string table(const assessment& of, std::span<const unreadable_file> unreada
                     {"Change", true, 4},
                     {"Moved (Angstrom)", false, 2},
                     {"Verdict"}};
-    for (const verdict& each : of.verdicts) {
+    for (const sgn::verdict& each : of.verdicts) {
         rows.rows.push_back(row_of(each, &each == of.verdicts.data()));
     }
     std::string text = table_text(rows, on);
@@ -199,12 +205,18 @@ std::string table(const assessment& of, std::span<const unreadable_file> unreada
     const bool hold = !of.rules.judged || of.rules.satisfied;
     add(rules_text(of.rules), hold);
     if (const std::string words = failure_text(of); !words.empty()) add(words, false);
+    for (const sgn::finding& each : of.findings) {
+        // What the lines above do not tell.
+        if (each.kind == sgn::doubt::dipole_sum_rules) continue;
+        if (each.kind == sgn::doubt::unsound && !of.rules.satisfied) continue;
+        add("The set: " + each.text + ".", false);
+    }
     add(summary(of, unreadable.size()), of.fine() && unreadable.empty());
     return text;
 }
 
-std::string json(const assessment& of, std::span<const unreadable_file> unreadable,
-                 const thresholds& limits) {
+std::string json(const sgn::assessment& of, std::span<const unreadable_file> unreadable,
+                 const sgn::thresholds& limits) {
     json_value result;
     result["reference"] = nullptr;
     result["files"] = json_value::array();
@@ -220,6 +232,7 @@ std::string json(const assessment& of, std::span<const unreadable_file> unreadab
     for (const unreadable_file& each : unreadable) {
         result["unreadable"].push_back({{"file", each.name}, {"reason", each.reason}});
     }
+    result["findings"] = findings_json(of.findings);
     result["sum_rules"] = {{"dipole", rules_json(of)}};
     result["thresholds"] = {
         {"min_ratio", limits.min_ratio},         {"max_rotation", limits.max_rotation},
@@ -229,12 +242,12 @@ std::string json(const assessment& of, std::span<const unreadable_file> unreadab
     return tools::json_text(result);
 }
 
-std::string csv(const assessment& of) {
+std::string csv(const sgn::assessment& of) {
     std::string text =
         "file,sign,row,column,value,ratio,dipole_x,dipole_y,dipole_z,change_x,change_y,change_z,"
         "turn,moved_atoms,atom,symbol,shift_x,shift_y,shift_z,distance,rotation,partner,asymmetry,"
         "sum_rules_chi2,sum_rules_largest,sum_rules_satisfied,findings\r\n";
-    for (const verdict& each : of.verdicts) {
+    for (const sgn::verdict& each : of.verdicts) {
         std::vector<std::string> fields = csv_fields(each);
         if (&each == of.verdicts.data() && of.rules.judged) {
             fields.push_back(csv_real(of.rules.chi2));
@@ -244,7 +257,7 @@ std::string csv(const assessment& of) {
             fields.resize(fields.size() + 3);
         }
         std::string names;
-        for (const finding& found : each.findings) {
+        for (const sgn::finding& found : each.findings) {
             names.append(names.empty() ? "" : " ").append(name_of(found.kind));
         }
         fields.push_back(names);

@@ -10,8 +10,8 @@
 #include "common/program.h"
 #include "common/same_file.h"
 #include "flib/io/stop_run.h"
+#include "sgn/check/check.h"
 #include "sgn/result/sgn_file.h"
-#include "sgn_check/check.h"
 #include "sgn_check/options.h"
 #include "sgn_check/report.h"
 
@@ -20,7 +20,7 @@ namespace {
 constexpr std::string_view tool = "sgn_check";
 
 /// Reads `name` to the end of `read`, or complains.
-void read_file(const std::string& name, std::vector<sgn_check::result_file>& read,
+void read_file(const std::string& name, std::vector<sgn::result_file>& read,
                std::vector<sgn_check::unreadable_file>& unreadable) {
     try {
         read.push_back({name, sgn::read_sgn_file(name)});
@@ -36,8 +36,8 @@ int run(std::span<const std::string_view> arguments) {
         tools::show(*options.shown);
         return tools::exit_status::fine;
     }
-    std::vector<sgn_check::result_file> reference;
-    std::vector<sgn_check::result_file> files;
+    std::vector<sgn::result_file> reference;
+    std::vector<sgn::result_file> files;
     std::vector<sgn_check::unreadable_file> unreadable;
     read_file(options.reference, reference, unreadable);
     bool others = false;
@@ -49,14 +49,14 @@ int run(std::span<const std::string_view> arguments) {
     }
     if (!others) throw flib::io_error(options.reference, 0, "there is no other file to check");
 
-    sgn_check::assessment assessment;
-    if (!reference.empty()) assessment = check(reference.front(), files, options.limits);
+    sgn::assessment assessment;
+    if (!reference.empty()) assessment = sgn::check(reference.front(), files, options.limits);
     if (options.form == sgn_check::output::json) {
-        tools::show(json(assessment, unreadable, options.limits));
+        tools::show(sgn_check::json(assessment, unreadable, options.limits));
     } else if (options.form == sgn_check::output::csv) {
-        tools::show(csv(assessment));
+        tools::show(sgn_check::csv(assessment));
     } else if (!reference.empty()) {
-        tools::show(table(assessment, unreadable, tools::terminal_at(STDOUT_FILENO)));
+        tools::show(sgn_check::table(assessment, unreadable, tools::terminal_at(STDOUT_FILENO)));
     }
     if (!unreadable.empty()) return tools::exit_status::failed;
     return assessment.fine() ? tools::exit_status::fine : tools::exit_status::doubtful;

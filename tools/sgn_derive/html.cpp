@@ -60,7 +60,7 @@ std::string chi2_text(const sum_rules& rules) {
     return decimal(rules.chi2, rules.chi2 < 1000 ? 1 : 0);
 }
 
-std::size_t repaired(const report& of) {
+std::size_t repaired(const sgn::report& of) {
     return static_cast<std::size_t>(std::count_if(of.set.jobs.begin(), of.set.jobs.end(),
                                                   [](const job& each) { return each.sign < 0; }));
 }
@@ -74,12 +74,12 @@ std::string mark(bool fine) {
 }
 
 /// The verdict of the whole set, and all that speaks against it.
-std::string verdict_part(const report& of) {
+std::string verdict_part(const sgn::report& of) {
     std::string contents =
         std::string("\n") + tag("h1", mark(of.fine()) + tag("span", escaped(verdict_of(of))));
     std::string list;
-    for (const finding& each : of.findings) {
-        const bool of_set = each.job == finding::no_job;
+    for (const sgn::finding& each : of.findings) {
+        const bool of_set = each.job == sgn::finding::whole_set;
         const std::string file = of_set ? "the set" : escaped(of.set.jobs[each.job].name);
         list += tag("li", "<b>" + file + "</b>: " + escaped(each.text));
     }
@@ -97,7 +97,7 @@ std::string fact(std::string_view name, const std::string& value, const std::str
            " <small>" + escaped(rest) + "</small></dd></div>\n";
 }
 
-std::string facts_part(const report& of) {
+std::string facts_part(const sgn::report& of) {
     const sgn::displaced_set& set = of.set;
     const sum_rules& rules = of.dipole_rules;
     std::string text;
@@ -115,7 +115,7 @@ std::string facts_part(const report& of) {
     return tag("dl", "\n" + text, "facts");
 }
 
-std::string molecule_part(const report& of) {
+std::string molecule_part(const sgn::report& of) {
     std::string rows;
     for (std::size_t i = 0; i < of.set.atoms.size(); ++i) {
         const sgn::atom& atom = of.set.atoms[i];
@@ -148,7 +148,7 @@ std::string legend_item(const std::string& drawing, const std::string& words) {
                          escaped(words));
 }
 
-std::string dipole_part(const report& of) {
+std::string dipole_part(const sgn::report& of) {
     std::string legend =
         legend_item(svg::line({0, 7}, {26, 7}, "printed-line") + svg::circle({13, 7}, 4, "printed"),
                     "as printed, where the sign was turned round");
@@ -184,7 +184,7 @@ std::string rule_words(const char* what, const sum_rules& rules) {
            (rules.satisfied ? "hold." : "fail.");
 }
 
-std::string rules_part(const report& of) {
+std::string rules_part(const sgn::report& of) {
     std::string contents =
         tag("p",
             "Moving the whole molecule changes no transition dipole, and turning "
@@ -212,7 +212,7 @@ std::string rules_part(const report& of) {
                    contents + tag("ul", legend, "legend") + tag("div", rules_drawing(of), "wide"));
 }
 
-std::string mode_rows(const report& of) {
+std::string mode_rows(const sgn::report& of) {
     std::string rows;
     for (std::size_t i = 0; i < of.modes.size(); ++i) {
         const sgn::normal_mode& mode = of.modes[i];
@@ -224,7 +224,7 @@ std::string mode_rows(const report& of) {
     return rows;
 }
 
-std::string modes_part(const report& of) {
+std::string modes_part(const sgn::report& of) {
     constexpr const char* title = "Borrowed intensity";
     if (of.modes.empty()) {
         return section(title, tag("p",
@@ -264,17 +264,17 @@ std::string modes_part(const report& of) {
 }
 
 /// "1 O +z 0.0100", or how many atoms and how far.
-std::string displacement_of(const report& of, const job& each) {
+std::string displacement_of(const sgn::report& of, const job& each) {
     if (each.is == role::reference) return "reference";
     return each.moved.text(of.set.atoms[each.moved.farthest].symbol);
 }
 
-std::string files_part(const report& of) {
+std::string files_part(const sgn::report& of) {
     std::string rows;
     for (std::size_t i = 0; i < of.set.jobs.size(); ++i) {
         const job& each = of.set.jobs[i];
         std::string doubts;
-        for (const finding& found : of.findings) {
+        for (const sgn::finding& found : of.findings) {
             if (found.job == i) doubts += (doubts.empty() ? "" : "; ") + found.text;
         }
         std::string row = cell(escaped(each.name), "name") +
@@ -298,7 +298,7 @@ std::string files_part(const report& of) {
 
 }  // namespace
 
-std::string html_of(const report& of) {
+std::string html_of(const sgn::report& of) {
     const std::string name = escaped(of.set.jobs.front().name);
     std::string text =
         "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"

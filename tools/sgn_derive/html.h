@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "sgn_derive/report.h"
+#include "sgn/check/report.h"
 
 namespace sgn_derive {
 
@@ -11,6 +11,6 @@ namespace sgn_derive {
 /// SVG, there are no scripts, and nothing is fetched. The verdict of the set
 /// comes first; then the molecule, the dipole along the jobs as printed and as
 /// corrected, the sum rules, the borrowed intensity, and all files.
-std::string html_of(const report& of);
+std::string html_of(const sgn::report& of);
 
 }  // namespace sgn_derive

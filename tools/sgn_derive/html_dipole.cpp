@@ -39,7 +39,7 @@ double place_of(std::size_t i, std::size_t jobs) {
 }
 
 /// "corrected: -0.5417 to -0.5291"
-std::string span_of(const report& of, std::size_t k) {
+std::string span_of(const sgn::report& of, std::size_t k) {
     const auto& jobs = of.set.jobs;
     const auto [low, high] =
         std::minmax_element(jobs.begin(), jobs.end(),
@@ -49,14 +49,14 @@ std::string span_of(const report& of, std::size_t k) {
            tools::decimal(high->dipole[k], decimals) + " au";
 }
 
-std::string hint(const report& of, std::size_t i, std::size_t k) {
+std::string hint(const sgn::report& of, std::size_t i, std::size_t k) {
     const job& each = of.set.jobs[i];
     const int decimals = std::clamp(of.set.dipole_decimals, 1, 8);
     return flib::printable(each.name) + ": printed " + tools::decimal(printed(each, k), decimals) +
            ", corrected " + tools::decimal(each.dipole[k], decimals);
 }
 
-std::string panel_of(const report& of, std::size_t k, double from) {
+std::string panel_of(const sgn::report& of, std::size_t k, double from) {
     const auto& jobs = of.set.jobs;
     // Rounding is not to look like something.
     double highest = 10 * std::pow(10, -of.set.dipole_decimals);
@@ -126,13 +126,13 @@ std::vector<std::string> short_names(const sgn::displaced_set& set) {
     return names;
 }
 
-bool is_suspect(const report& of, std::size_t job) {
+bool is_suspect(const sgn::report& of, std::size_t job) {
     const auto& flips = of.suspects.flips;
     return !flips.empty() &&
            std::find(flips.front().begin(), flips.front().end(), job) != flips.front().end();
 }
 
-std::string dipole_drawing(const report& of) {
+std::string dipole_drawing(const sgn::report& of) {
     const auto& jobs = of.set.jobs;
     std::string text;
     double at = top;

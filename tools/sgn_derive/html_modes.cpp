@@ -19,18 +19,18 @@ constexpr double bottom = 270;
 
 }  // namespace
 
-bool has_own_intensity(const report& of) {
+bool has_own_intensity(const sgn::report& of) {
     return std::any_of(of.modes.begin(), of.modes.end(),
                        [](const normal_mode& each) { return std::isfinite(each.borrowed); });
 }
 
-double borrowed_by(const report& of, const normal_mode& mode) {
+double borrowed_by(const sgn::report& of, const normal_mode& mode) {
     if (has_own_intensity(of)) return mode.borrowed;
     const double size = sgn::length(mode.dipole_derivative_q);
     return size * size;
 }
 
-std::string modes_drawing(const report& of) {
+std::string modes_drawing(const sgn::report& of) {
     double low = 0;
     double high = 100;
     double most = 0;

@@ -147,7 +147,7 @@ std::string frame_of(const view& from) {
 }
 
 /// The dipole, as it comes towards the reader or not.
-std::string dipole_arrow(const report& of, const view& from, bool towards) {
+std::string dipole_arrow(const sgn::report& of, const view& from, bool towards) {
     const sgn::vec3& dipole = of.set.jobs.front().dipole;
     const double size = sgn::length(dipole);
     if (!(size > 0)) return {};
@@ -163,7 +163,7 @@ std::string dipole_arrow(const report& of, const view& from, bool towards) {
 
 }  // namespace
 
-std::string molecule_drawing(const report& of) {
+std::string molecule_drawing(const sgn::report& of) {
     const std::vector<sgn::atom>& atoms = of.set.atoms;
     const view from = view_of(atoms);
     std::vector<Vector3d> at;

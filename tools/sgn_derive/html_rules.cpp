@@ -93,7 +93,7 @@ struct bars {
 
 }  // namespace
 
-std::string rules_drawing(const report& of) {
+std::string rules_drawing(const sgn::report& of) {
     const sum_rules& found = of.dipole_rules;
     const sum_rules& mended = of.suspects.mended;
     const bool has_mended = !of.suspects.flips.empty() && mended.judged;

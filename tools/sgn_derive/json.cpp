@@ -28,15 +28,16 @@ std::string_view role_name(role of) {
     return {};
 }
 
-json_value findings_of(const report& of, std::size_t job) {
+json_value findings_of(const sgn::report& of, std::size_t job) {
     json_value result = json_value::array();
-    for (const finding& each : of.findings) {
-        if (each.job == job) result.push_back({{"doubt", each.name}, {"text", each.text}});
+    for (const sgn::finding& each : of.findings) {
+        if (each.job == job)
+            result.push_back({{"doubt", sgn::name_of(each.kind)}, {"text", each.text}});
     }
     return result;
 }
 
-json_value file_of(const report& of, std::size_t at) {
+json_value file_of(const sgn::report& of, std::size_t at) {
     const sgn::job& job = of.set.jobs[at];
     json_value result{{"file", job.name},
                       {"role", role_name(job.is)},
@@ -49,7 +50,7 @@ json_value file_of(const report& of, std::size_t at) {
     return result;
 }
 
-json_value names(const std::vector<std::size_t>& jobs, const report& of) {
+json_value names(const std::vector<std::size_t>& jobs, const sgn::report& of) {
     json_value result = json_value::array();
     for (const std::size_t i : jobs) result.push_back(of.set.jobs[i].name);
     return result;
@@ -68,7 +69,7 @@ json_value mode_of(const sgn::normal_mode& mode) {
 
 }  // namespace
 
-std::string json_of(const report& of) {
+std::string json_of(const sgn::report& of) {
     const sgn::displaced_set& set = of.set;
     json_value result;
     result["reference"] = set.jobs.front().name;
@@ -108,10 +109,10 @@ std::string json_of(const report& of) {
     result["sum_rules"] = {{"dipole", dipole}, {"forces", forces_rules}};
 
     json_value& findings = result["findings"] = json_value::array();
-    for (const finding& each : of.findings) {
-        json_value one{{"doubt", each.name}, {"text", each.text}};
-        one["file"] =
-            each.job == finding::no_job ? json_value(nullptr) : json_value(set.jobs[each.job].name);
+    for (const sgn::finding& each : of.findings) {
+        json_value one{{"doubt", sgn::name_of(each.kind)}, {"text", each.text}};
+        one["file"] = each.job == sgn::finding::whole_set ? json_value(nullptr)
+                                                          : json_value(set.jobs[each.job].name);
         findings.push_back(one);
     }
     result["verdict"] = verdict_of(of);

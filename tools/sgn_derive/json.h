@@ -3,12 +3,12 @@
 
 #include <string>
 
-#include "sgn_derive/report.h"
+#include "sgn/check/report.h"
 
 namespace sgn_derive {
 
 /// The report as one JSON object. Coordinates in Angstrom, masses in u, wavenumbers in 1/cm, all
 /// else in atomic units; mass-weighted coordinates with electron masses.
-std::string json_of(const report& of);
+std::string json_of(const sgn::report& of);
 
 }  // namespace sgn_derive

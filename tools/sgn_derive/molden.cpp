@@ -22,7 +22,7 @@ std::string symbol_of(const sgn::atom& of) {
 
 }  // namespace
 
-std::string molden_of(const report& of) {
+std::string molden_of(const sgn::report& of) {
     std::string text = "[Molden Format]\n[Atoms] AU\n";
     for (std::size_t i = 0; i < of.set.atoms.size(); ++i) {
         const sgn::atom& each = of.set.atoms[i];

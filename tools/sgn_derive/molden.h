@@ -3,11 +3,11 @@
 
 #include <string>
 
-#include "sgn_derive/report.h"
+#include "sgn/check/report.h"
 
 namespace sgn_derive {
 
 /// The geometry, the wavenumbers and the Cartesian displacements in Molden format (Bohr).
-std::string molden_of(const report& of);
+std::string molden_of(const sgn::report& of);
 
 }  // namespace sgn_derive

@@ -12,15 +12,15 @@
 #include "common/output_file.h"
 #include "common/program.h"
 #include "common/same_file.h"
+#include "sgn/check/judge.h"
+#include "sgn/check/report.h"
 #include "sgn/checkpoint/checkpoint.h"
 #include "sgn/result/sgn_file.h"
 #include "sgn_derive/html.h"
 #include "sgn_derive/json.h"
-#include "sgn_derive/judge.h"
 #include "sgn_derive/molden.h"
 #include "sgn_derive/options.h"
 #include "sgn_derive/progress.h"
-#include "sgn_derive/report.h"
 #include "sgn_derive/text.h"
 
 namespace {
@@ -31,7 +31,7 @@ int status_of(bool fine) {
     return fine ? tools::exit_status::fine : tools::exit_status::doubtful;
 }
 
-sgn_derive::report report_on(const sgn_derive::options& options) {
+sgn::report report_on(const sgn_derive::options& options) {
     sgn_derive::progress progress(STDERR_FILENO, options.files.size() + 1);
     const sgn::result_file reference{options.reference, sgn::read_sgn_file(options.reference)};
     std::vector<sgn::result_file> files;
@@ -42,7 +42,7 @@ sgn_derive::report report_on(const sgn_derive::options& options) {
         files.push_back({name, sgn::read_sgn_file(name)});
     }
     progress.at(options.files.size() + 1, "computing");
-    return sgn_derive::analyse(reference, files);
+    return sgn::analyse(reference, files);
 }
 
 int run(std::span<const std::string_view> arguments) {
@@ -53,29 +53,29 @@ int run(std::span<const std::string_view> arguments) {
     }
     const tools::terminal terminal = tools::terminal_at(STDOUT_FILENO);
     if (options.judge) {
-        const sgn_derive::judgement judged = sgn_derive::judge(*options.judge);
-        tools::show(text_of(judged, *options.judge, terminal));
+        const sgn::judgement judged = sgn::judge(*options.judge);
+        tools::show(sgn_derive::text_of(judged, *options.judge, terminal));
         return status_of(judged.fine());
     }
-    const sgn_derive::report report = report_on(options);
+    const sgn::report report = report_on(options);
 
     // All results are made before the first is written.
     std::vector<std::pair<std::string, std::string>> results;
-    if (options.json) results.emplace_back(*options.json, json_of(report));
+    if (options.json) results.emplace_back(*options.json, sgn_derive::json_of(report));
     if (options.fchk) {
         results.emplace_back(*options.fchk, options.fchk_template
                                                 ? checkpoint_of(report.set, report.derivatives,
                                                                 *options.fchk_template)
                                                 : checkpoint_of(report.set, report.derivatives));
     }
-    if (options.molden) results.emplace_back(*options.molden, molden_of(report));
-    if (options.html) results.emplace_back(*options.html, html_of(report));
+    if (options.molden) results.emplace_back(*options.molden, sgn_derive::molden_of(report));
+    if (options.html) results.emplace_back(*options.html, sgn_derive::html_of(report));
     bool streamed = false;
     for (const auto& [name, contents] : results) {
         tools::write_result(name, contents);
         streamed = streamed || name == "-";
     }
-    if (!streamed) tools::show(text_of(report, terminal));
+    if (!streamed) tools::show(sgn_derive::text_of(report, terminal));
     return status_of(report.fine());
 }
 

@@ -47,7 +47,7 @@ std::string paragraph(std::string_view words, const tools::terminal& on) {
     return text;
 }
 
-std::string what_it_is(const report& of, const tools::terminal& on) {
+std::string what_it_is(const sgn::report& of, const tools::terminal& on) {
     const sgn::displaced_set& set = of.set;
     std::string steps = decimal(set.largest_step, 4);
     if (set.largest_step - set.smallest_step > sgn::rounding) {
@@ -68,12 +68,12 @@ std::string what_it_is(const report& of, const tools::terminal& on) {
     return on.width ? paragraph(text, on) : text + '\n';
 }
 
-std::string coordinate_text(const report& of, std::size_t c) {
+std::string coordinate_text(const sgn::report& of, std::size_t c) {
     return flib::integer_field(static_cast<std::int64_t>(c / 3) + 1, 5) + " " +
            left(flib::printable(of.set.atoms[c / 3].symbol), 3) + axis_names[c % 3];
 }
 
-std::string dipole_text(const report& of, const tools::terminal& on) {
+std::string dipole_text(const sgn::report& of, const tools::terminal& on) {
     const auto& d = of.derivatives;
     const sgn::vec3& dipole = of.set.jobs.front().dipole;
     std::string text =
@@ -117,7 +117,7 @@ std::string vector_text(const sgn::vec3& of, int width, int decimals) {
 /// Columns that the table of modes takes with all derivatives side by side.
 constexpr std::size_t wide_modes = 118;
 
-std::string modes_table(const report& of, bool narrow) {
+std::string modes_table(const sgn::report& of, bool narrow) {
     std::string text =
         narrow
             ? "         Wavenumber   Reduced  Dipole derivatives (au) by the       Square of them\n"
@@ -140,7 +140,7 @@ std::string modes_table(const report& of, bool narrow) {
     return narrow ? text + rest : text;
 }
 
-std::string modes_text(const report& of, const tools::terminal& on) {
+std::string modes_text(const sgn::report& of, const tools::terminal& on) {
     if (!of.set.has_forces) return "\nThe files hold no forces: no force constants, no modes.\n";
     if (of.modes.empty()) return {};
     std::string text =
@@ -171,12 +171,13 @@ std::string item(const std::string& name, const std::string& rest, const tools::
     return text;
 }
 
-std::string findings_text(const report& of, const tools::terminal& on) {
+std::string findings_text(const sgn::report& of, const tools::terminal& on) {
     if (of.fine()) return {};
     std::string text = "\nWhat deserves doubt\n\n";
-    for (const finding& each : of.findings) {
-        const std::string file =
-            each.job == finding::no_job ? "the set" : flib::printable(of.set.jobs[each.job].name);
+    for (const sgn::finding& each : of.findings) {
+        const std::string file = each.job == sgn::finding::whole_set
+                                     ? "the set"
+                                     : flib::printable(of.set.jobs[each.job].name);
         text += item(file, ": " + each.text, on);
     }
     for (std::size_t i = 1; i < of.suspects.flips.size(); ++i) {
@@ -244,7 +245,7 @@ std::string residues_text(const sum_rules& rules, std::string_view of_what) {
     return text;
 }
 
-std::string text_of(const report& of, const tools::terminal& on) {
+std::string text_of(const sgn::report& of, const tools::terminal& on) {
     std::string text =
         what_it_is(of, on) + dipole_text(of, on) + rules_text(of.dipole_rules, of.force_rules, on);
     if (of.suspects.flips.empty()) text += residues_text(of.dipole_rules, "dipole");
@@ -256,6 +257,19 @@ std::string text_of(const report& of, const tools::terminal& on) {
         text += painted(line, of.fine() ? paint::good : paint::bad, on) + '\n';
     }
     return text;
+}
+
+std::string text_of(const sgn::judgement& of, const std::string& file, const tools::terminal& on) {
+    const char* verdict = "The derivatives obey the sum rules.";
+    if (!of.dipole.satisfied) {
+        verdict = "The derivatives of the dipole are unsound.";
+    } else if (!of.fine()) {
+        verdict = "The force constants are unsound.";
+    }
+    return flib::printable(file) + ": derivatives for " + std::to_string(of.atoms) +
+           (of.atoms == 1 ? " atom.\n" : " atoms.\n") + rules_text(of.dipole, of.forces, on) +
+           residues_text(of.dipole, "dipole") + residues_text(of.forces, "forces") + '\n' +
+           painted(verdict, of.fine() ? tools::paint::good : tools::paint::bad, on) + '\n';
 }
 
 }  // namespace sgn_derive

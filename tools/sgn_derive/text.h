@@ -6,9 +6,10 @@
 #include <vector>
 
 #include "common/terminal.h"
+#include "sgn/check/judge.h"
+#include "sgn/check/report.h"
 #include "sgn/set/displaced_set.h"
 #include "sgn/set/sum_rules.h"
-#include "sgn_derive/report.h"
 
 namespace sgn_derive {
 
@@ -17,7 +18,7 @@ std::string formula_of(const std::vector<sgn::atom>& atoms);
 
 /// What the set is, the derivatives, the sum rules, the modes, what deserves doubt, and the
 /// verdict.
-std::string text_of(const report& of, const tools::terminal& on);
+std::string text_of(const sgn::report& of, const tools::terminal& on);
 
 /// The table of the sum rules; `forces` without any if they were not made.
 std::string rules_text(const sgn::sum_rules& dipole, const sgn::sum_rules& forces,
@@ -25,5 +26,8 @@ std::string rules_text(const sgn::sum_rules& dipole, const sgn::sum_rules& force
 
 /// The largest residues of rules that fail, a line each.
 std::string residues_text(const sgn::sum_rules& rules, std::string_view of_what);
+
+/// The sum rules of a checkpoint's derivatives and the verdict.
+std::string text_of(const sgn::judgement& of, const std::string& file, const tools::terminal& on);
 
 }  // namespace sgn_derive

@@ -6,9 +6,7 @@
 
 #include "sgn/set/geometry.h"
 
-namespace sgn_check {
-
-using sgn::vec3;
+namespace sgn {
 
 /// A rotation of the frame.
 struct frame_turn {
@@ -40,4 +38,4 @@ frame_turn turn_of_frame(std::span<const vec3> from, std::span<const vec3> to,
 /// Between two vectors, degrees; NaN if one of them is 0.
 double angle_between(const vec3& a, const vec3& b);
 
-}  // namespace sgn_check
+}  // namespace sgn

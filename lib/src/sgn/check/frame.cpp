@@ -1,4 +1,4 @@
-#include "sgn_check/frame.h"
+#include "sgn/check/frame.h"
 
 #include <Eigen/Dense>
 #include <algorithm>
@@ -8,14 +8,11 @@
 #include <optional>
 #include <vector>
 
-namespace sgn_check {
+namespace sgn {
 namespace {
 
 using Eigen::Quaterniond;
 using Eigen::Vector3d;
-using sgn::difference;
-using sgn::length;
-using sgn::rounding;
 
 /// What one atom may be displaced by for a derivative (Angstrom).
 constexpr double longest_step = 0.1;
@@ -213,4 +210,4 @@ frame_turn turn_of_frame(std::span<const vec3> from, std::span<const vec3> to,
     return fit.after < fit.before / 4 ? fit.turn() : frame_turn{};
 }
 
-}  // namespace sgn_check
+}  // namespace sgn

@@ -3,14 +3,13 @@
 
 #include <string>
 
-#include "common/terminal.h"
 #include "sgn/set/sum_rules.h"
 
-namespace sgn_derive {
+namespace sgn {
 
 struct judgement {
-    sgn::sum_rules dipole;
-    sgn::sum_rules forces;
+    sum_rules dipole;
+    sum_rules forces;
     std::size_t atoms = 0;
 
     bool fine() const { return dipole.satisfied && (forces.satisfied || !forces.judged); }
@@ -21,7 +20,4 @@ struct judgement {
 /// flib::io_error if the checkpoint cannot be read or holds none.
 judgement judge(const std::string& file);
 
-/// The sum rules and the verdict.
-std::string text_of(const judgement& of, const std::string& file, const tools::terminal& on);
-
-}  // namespace sgn_derive
+}  // namespace sgn

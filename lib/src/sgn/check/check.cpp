@@ -1,27 +1,22 @@
-#include "sgn_check/check.h"
+#include "sgn/check/check.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdint>
 #include <utility>
 
-#include "common/number_text.h"
+#include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
+#include "sgn/check/detail/set_check.h"
 #include "sgn/set/same_atoms.h"
-#include "sgn_check/set_check.h"
 
-namespace sgn_check {
+namespace sgn {
 namespace {
 
-using sgn::difference;
-using sgn::length;
-using sgn::sgn_contents;
-using sgn::sgn_parameters;
-using tools::decimal;
+using flib::decimal;
 
 bool is_finite(const sgn_contents& contents) {
-    return std::isfinite(contents.parameters.tden_maxval) && sgn::not_finite(contents).empty();
+    return std::isfinite(contents.parameters.tden_maxval) && not_finite(contents).empty();
 }
 
 std::string element_text(const sgn_parameters& parameters) {
@@ -32,7 +27,7 @@ std::string element_text(const sgn_parameters& parameters) {
 /// Which sizes differ, or nothing.
 std::string other_sizes(const sgn_parameters& file, const sgn_parameters& reference) {
     std::string text;
-    for (const auto& [name, size] : sgn::sgn_counts) {
+    for (const auto& [name, size] : sgn_counts) {
         if (file.*size == reference.*size) continue;
         if (!text.empty()) text += ", ";
         text.append(name).append(" ").append(std::to_string(file.*size));
@@ -46,10 +41,10 @@ verdict judge_alone(const result_file& file) {
     verdict result;
     result.file = &file;
     if (!is_finite(file.contents)) {
-        result.add(doubt::not_finite, "holds values that are not finite numbers");
+        result.add(doubt::not_finite);
     }
     if (file.contents.parameters.sign == 0) {
-        result.add(doubt::sign_zero, "sign 0: the dipole is lost");
+        result.add(doubt::sign_zero);
     }
     return result;
 }
@@ -57,15 +52,13 @@ verdict judge_alone(const result_file& file) {
 void judge_element(verdict& result, const sgn_parameters& file, const sgn_parameters& reference,
                    const thresholds& limits) {
     if (file.tden_maxloc != reference.tden_maxloc) {
-        result.add(doubt::other_element, "judged at another element: " + element_text(file) +
-                                             " instead of " + element_text(reference));
+        result.add(doubt::other_element, {element_text(file), element_text(reference)});
         return;
     }
     if (reference.tden_maxval != 0) {
         result.ratio = std::abs(file.tden_maxval / reference.tden_maxval);
         if (result.ratio < limits.min_ratio) {
-            result.add(doubt::small_element,
-                       "small element: " + decimal(result.ratio, 3) + " of the reference's");
+            result.add(doubt::small_element, {decimal(result.ratio, 3)});
         }
     }
     // With its sign, the element has to have the phase of the reference's.
@@ -73,8 +66,7 @@ void judge_element(verdict& result, const sgn_parameters& file, const sgn_parame
     const std::int32_t signs = file.sign * reference.sign;
     if (file.tden_maxval != 0 && reference.tden_maxval != 0 && signs != 0 &&
         same_phase != (signs > 0)) {
-        result.add(doubt::sign_conflict,
-                   "the sign contradicts the elements: made with another reference?");
+        result.add(doubt::sign_conflict);
     }
 }
 
@@ -84,8 +76,7 @@ void judge_dipole(verdict& result, const vec3& file, const vec3& reference,
     result.turn = angle_between(file, reference);
     if (std::min(length(file), length(reference)) >= limits.min_dipole &&
         result.turn > limits.max_turn) {
-        result.add(doubt::dipole_turned,
-                   "dipole turned by " + decimal(result.turn, 1) + " degrees");
+        result.add(doubt::dipole_turned, {decimal(result.turn, 1)});
     }
 }
 
@@ -93,21 +84,19 @@ verdict judge(const result_file& file, const result_file& reference, const thres
     verdict result = judge_alone(file);
     const sgn_contents& mine = file.contents;
     const sgn_contents& theirs = reference.contents;
-    if (std::string sizes = other_sizes(mine.parameters, theirs.parameters); !sizes.empty()) {
-        result.add(doubt::other_sizes, std::move(sizes));
+    if (const std::string sizes = other_sizes(mine.parameters, theirs.parameters); !sizes.empty()) {
+        result.add(doubt::other_sizes, {sizes});
     }
     if (mine.x.size() == theirs.x.size()) {
-        result.moved = sgn::displacement_of(mine.x, theirs.x);
-        std::string atoms = sgn::other_atoms(mine, theirs);
-        if (!atoms.empty()) result.add(doubt::other_atoms, std::move(atoms));
+        result.moved = displacement_of(mine.x, theirs.x);
+        const std::string atoms = other_atoms(mine, theirs);
+        if (!atoms.empty()) result.add(doubt::other_atoms, {atoms});
         if (mine.nat == theirs.nat && is_finite(mine) && is_finite(theirs)) {
             result.frame = turn_of_frame(theirs.x, mine.x, theirs.mass);
             result.rotation = result.frame.degrees;
         }
         if (result.rotation > limits.max_rotation) {
-            result.add(doubt::turned,
-                       "molecule turned by " + decimal(result.rotation, 2) +
-                           " degrees: the frame was not kept, the sign means nothing");
+            result.add(doubt::turned, {decimal(result.rotation, 2)});
         }
     }
     judge_element(result, mine.parameters, theirs.parameters, limits);
@@ -122,17 +111,16 @@ void judge_place(std::vector<verdict>& all, const thresholds& limits) {
         verdict& one = all[i];
         if (!one.moved || one.has(doubt::not_finite)) continue;
         if (one.moved->moved == 0) {
-            one.add(doubt::not_displaced, "not displaced: the geometry is the reference's");
+            one.add(doubt::not_displaced);
             continue;
         }
         const auto end = all.begin() + static_cast<std::ptrdiff_t>(i);
         const auto same = std::find_if(all.begin() + 1, end, [&](const verdict& other) {
-            return other.moved && sgn::are_same(*one.moved, *other.moved);
+            return other.moved && are_same(*one.moved, *other.moved);
         });
         if (same == end) continue;
         if (limits.pairs || length(difference(one.change, same->change)) > limits.max_asymmetry) {
-            one.add(doubt::repeated,
-                    "the geometry is that of " + flib::printable(same->file->name));
+            one.add(doubt::repeated, {flib::printable(same->file->name)});
         }
     }
 }
@@ -144,11 +132,11 @@ void judge_pair(verdict& one, const std::vector<verdict>& all, const thresholds&
         return other.moved && are_opposite(*one.moved, *other.moved);
     });
     if (partner == all.end()) {
-        std::string text = "no file with the opposite displacement";
+        std::string turned;
         if (one.rotation > seen_rotation) {
-            text += " (turned by " + decimal(one.rotation, 2) + " degrees)";
+            turned = " (turned by " + decimal(one.rotation, 2) + " degrees)";
         }
-        one.add(doubt::no_partner, std::move(text));
+        one.add(doubt::no_partner, {turned});
         return;
     }
     one.partner = partner->file;
@@ -156,49 +144,12 @@ void judge_pair(verdict& one, const std::vector<verdict>& all, const thresholds&
     for (std::size_t k = 0; k < 3; ++k) second[k] = one.change[k] + partner->change[k];
     one.asymmetry = length(second);
     if (one.asymmetry > limits.max_asymmetry) {
-        one.add(doubt::asymmetric_pair, "dipole not symmetric with " +
-                                            flib::printable(one.partner->name) + ": " +
-                                            decimal(one.asymmetry, 4) + " au");
+        one.add(doubt::asymmetric_pair,
+                {flib::printable(one.partner->name), decimal(one.asymmetry, 4)});
     }
 }
 
 }  // namespace
-
-std::string_view name_of(doubt kind) {
-    switch (kind) {
-        case doubt::not_finite:
-            return "not_finite";
-        case doubt::sign_zero:
-            return "sign_zero";
-        case doubt::other_element:
-            return "other_element";
-        case doubt::other_sizes:
-            return "other_sizes";
-        case doubt::other_atoms:
-            return "other_atoms";
-        case doubt::turned:
-            return "turned";
-        case doubt::other_frame:
-            return "other_frame";
-        case doubt::small_element:
-            return "small_element";
-        case doubt::sign_conflict:
-            return "sign_conflict";
-        case doubt::dipole_turned:
-            return "dipole_turned";
-        case doubt::not_displaced:
-            return "not_displaced";
-        case doubt::repeated:
-            return "repeated";
-        case doubt::no_partner:
-            return "no_partner";
-        case doubt::asymmetric_pair:
-            return "asymmetric_pair";
-        case doubt::suspect_sign:
-            return "suspect_sign";
-    }
-    return {};
-}
 
 bool verdict::has(doubt kind) const {
     return std::any_of(findings.begin(), findings.end(),
@@ -206,7 +157,7 @@ bool verdict::has(doubt kind) const {
 }
 
 bool assessment::fine() const {
-    return !(rules.judged && !rules.satisfied) &&
+    return findings.empty() && !(rules.judged && !rules.satisfied) &&
            std::all_of(verdicts.begin(), verdicts.end(),
                        [](const verdict& each) { return each.fine(); });
 }
@@ -221,11 +172,11 @@ assessment check(const result_file& reference, const std::vector<result_file>& f
         if (limits.pairs) judge_pair(one, result.verdicts, limits);
     }
     if (limits.sum_rules) {
-        judge_set(result);
+        judge_set(result, limits.pairs);
     } else {
         result.rules.why_not = "not wanted";
     }
     return result;
 }
 
-}  // namespace sgn_check
+}  // namespace sgn

@@ -1,4 +1,4 @@
-#include "sgn_check/set_check.h"
+#include "sgn/check/detail/set_check.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -6,11 +6,12 @@
 #include <utility>
 #include <vector>
 
-#include "common/number_text.h"
+#include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
+#include "sgn/check/detail/set_findings.h"
 #include "sgn/set/derivatives.h"
 
-namespace sgn_check {
+namespace sgn {
 namespace {
 
 /// Whether a file's geometry and dipole can be compared with the others'.
@@ -24,9 +25,7 @@ struct participants {
     std::vector<std::size_t> place;  ///< of each among the verdicts
     std::vector<result_file> files;
 
-    sgn::displaced_set set() const {
-        return sgn::make_set(files.front(), std::span(files).subspan(1));
-    }
+    displaced_set set() const { return make_set(files.front(), std::span(files).subspan(1)); }
 };
 
 participants participants_of(const assessment& of) {
@@ -39,35 +38,20 @@ participants participants_of(const assessment& of) {
     return result;
 }
 
-/// "a", "a and b", "a, b and c".
-std::string listed(const std::vector<std::string>& names) {
-    std::string text;
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        if (i > 0) text += i + 1 < names.size() ? ", " : " and ";
-        text += names[i];
-    }
-    return text;
-}
-
 /// Adds a finding for every sign whose reversal, alone or with a few others, mends the sums.
 void add_suspects(assessment& of) {
-    for (std::size_t i = 0; i < of.verdicts.size(); ++i) {
-        for (const std::vector<std::size_t>& flip : of.suspects.flips) {
-            if (std::find(flip.begin(), flip.end(), i) == flip.end()) continue;
-            std::vector<std::string> others;
-            for (const std::size_t other : flip) {
-                if (other != i) others.push_back(flib::printable(of.verdicts[other].file->name));
-            }
-            std::string text = "the sum rules hold if this sign is reversed";
-            if (!others.empty()) text += " together with that of " + listed(others);
-            of.verdicts[i].add(doubt::suspect_sign, std::move(text));
-            break;
+    std::vector<std::string> names;
+    for (const verdict& each : of.verdicts) names.push_back(each.file->name);
+    for (const std::vector<std::size_t>& flip : of.suspects.flips) {
+        for (finding& each : suspect_findings(flip, names)) {
+            verdict& one = of.verdicts[each.job];
+            if (!one.has(doubt::suspect_sign)) one.findings.push_back(std::move(each));
         }
     }
 }
 
 /// The derivatives of the dipole once that of a job has changed.
-void change_dipole(sgn::derivatives& of, std::size_t job, const vec3& change) {
+void change_dipole(derivatives& of, std::size_t job, const vec3& change) {
     for (std::size_t row = 0; row < of.dipole.rows; ++row) {
         for (std::size_t k = 0; k < 3; ++k) of.dipole(row, k) += of.weights(row, job) * change[k];
     }
@@ -75,7 +59,7 @@ void change_dipole(sgn::derivatives& of, std::size_t job, const vec3& change) {
 
 /// Looks for geometries that are turned and whose dipoles are not: the sums come out better with
 /// dipoles turned along, pair by pair.
-void judge_frames(assessment& of, const sgn::displaced_set& set, sgn::derivatives derivatives,
+void judge_frames(assessment& of, const displaced_set& set, derivatives made,
                   std::span<const std::size_t> place) {
     constexpr double noticed = 30;  // more than the scatter of chi-squared
     constexpr double clearly = 4;
@@ -83,51 +67,54 @@ void judge_frames(assessment& of, const sgn::displaced_set& set, sgn::derivative
         const verdict& one = of.verdicts[place[job]];
         if (!(one.rotation > seen_rotation)) return false;
         const vec3& dipole = set.jobs[job].dipole;
-        change_dipole(derivatives, job, sgn::difference(one.frame.applied_to(dipole), dipole));
+        change_dipole(made, job, difference(one.frame.applied_to(dipole), dipole));
         return true;
     };
     double chi2 = of.rules.chi2;
     std::vector<std::size_t> apart;
     for (std::size_t job = 1; job < set.jobs.size(); ++job) {
         const std::size_t partner = set.jobs[job].other;
-        if (set.jobs[job].is != sgn::role::paired || partner < job) continue;
-        sgn::table before = derivatives.dipole;
+        if (set.jobs[job].is != role::paired || partner < job) continue;
+        table before = made.dipole;
         const bool first = turns_along(job);
         const bool second = turns_along(partner);
         if (!first && !second) continue;
-        const double turned = dipole_rules(set, derivatives).chi2;
+        const double turned = dipole_rules(set, made).chi2;
         if (turned + noticed < chi2) {
             chi2 = turned;
             if (first) apart.push_back(place[job]);
             if (second) apart.push_back(place[partner]);
         } else {
-            derivatives.dipole = std::move(before);
+            made.dipole = std::move(before);
         }
     }
     if (!(clearly * chi2 < of.rules.chi2)) return;
     for (const std::size_t i : apart) {
         verdict& one = of.verdicts[i];
-        one.add(doubt::other_frame, "molecule turned by " + tools::decimal(one.rotation, 2) +
-                                        " degrees, its dipole seems not: the sum rules are better "
-                                        "off if it is turned along");
+        one.add(doubt::other_frame, {flib::decimal(one.rotation, 2)});
     }
 }
 
 }  // namespace
 
-void judge_set(assessment& of) {
+void judge_set(assessment& of, bool pairs) {
     if (!takes_part(of.verdicts.front())) {
         of.rules.why_not = "the reference is unfit";
         return;
     }
     const participants taking_part = participants_of(of);
     try {
-        const sgn::displaced_set set = taking_part.set();
-        const sgn::derivatives derivatives = differentiate(set);
-        of.rules = dipole_rules(set, derivatives);
-        if (!of.rules.judged || of.rules.satisfied) return;
-        of.suspects = find_suspects(set, derivatives, of.rules);
-        if (of.suspects.flips.empty()) judge_frames(of, set, derivatives, taking_part.place);
+        const displaced_set set = taking_part.set();
+        const derivatives made = differentiate(set);
+        of.rules = dipole_rules(set, made);
+        of.suspects = find_suspects(set, made, of.rules);
+        if (pairs && made.complete()) {
+            of.findings = set_findings(set, made, of.rules, force_rules(set, made), of.suspects);
+        }
+        if (!of.rules.judged) return;
+        if (!of.rules.satisfied && of.suspects.flips.empty()) {
+            judge_frames(of, set, made, taking_part.place);
+        }
     } catch (const flib::run_error&) {
         of.rules = {};
         of.rules.why_not = "no file is displaced";
@@ -139,4 +126,4 @@ void judge_set(assessment& of) {
     add_suspects(of);
 }
 
-}  // namespace sgn_check
+}  // namespace sgn

@@ -1,0 +1,112 @@
+#include "sgn/check/report.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "flib/io/stop_run.h"
+#include "sgn/check/check.h"
+#include "sgn/check/detail/set_findings.h"
+
+namespace sgn {
+namespace {
+
+std::string shown(const job& of) {
+    return flib::printable(of.name);
+}
+
+/// Signs that are suspect, then the set as a whole.
+void add_set_findings(report& of) {
+    if (!of.suspects.flips.empty()) {
+        std::vector<std::string> names;
+        for (const job& each : of.set.jobs) names.push_back(each.name);
+        of.findings = suspect_findings(of.suspects.flips.front(), names);
+    }
+    for (finding& each :
+         set_findings(of.set, of.derivatives, of.dipole_rules, of.force_rules, of.suspects)) {
+        of.findings.push_back(std::move(each));
+    }
+}
+
+void add_forces(report& of) {
+    const auto& d = of.derivatives;
+    of.force_constants = force_constants(d.forces);
+    of.asymmetry = largest_asymmetry(d.forces);
+    for (const vec3& force : of.set.jobs.front().forces) {
+        for (const double component : force) {
+            of.largest_force = std::max(of.largest_force, std::abs(component));
+        }
+    }
+    const bool masses = std::all_of(of.set.atoms.begin(), of.set.atoms.end(),
+                                    [](const atom& each) { return each.mass > 0; });
+    if (masses) {
+        of.modes =
+            normal_modes(of.set.atoms, of.force_constants, d.dipole, of.set.jobs.front().dipole);
+    }
+}
+
+/// What each file shows by itself and against the reference. (The sum rules are told by the set.)
+void add_file_findings(report& of, const result_file& reference,
+                       const std::vector<result_file>& files) {
+    thresholds limits;
+    limits.sum_rules = false;
+    const auto verdicts = check(reference, files, limits).verdicts;
+    for (std::size_t i = 0; i < verdicts.size(); ++i) {
+        for (const finding& each : verdicts[i].findings) {
+            of.findings.push_back({each.kind, each.text, i});
+        }
+    }
+}
+
+}  // namespace
+
+report analyse(const result_file& reference, const std::vector<result_file>& files) {
+    report result;
+    result.set = make_set(reference, files);
+    if (!result.set.misfits.empty()) {
+        const auto& [name, reason] = result.set.misfits.front();
+        throw flib::io_error(name, 0, reason);
+    }
+    result.derivatives = differentiate(result.set);
+    const auto& d = result.derivatives;
+    if (!d.complete()) {
+        throw flib::io_error(reference.name, 0,
+                             "coordinates are missing: no file displaces " +
+                                 text_of(d.missing, result.set.atoms) + " (" +
+                                 std::to_string(d.open_directions) + " of " +
+                                 std::to_string(3 * result.set.atoms.size()) + " directions)");
+    }
+    result.dipole_rules = dipole_rules(result.set, d);
+    result.force_rules = force_rules(result.set, d);
+    result.suspects = find_suspects(result.set, d, result.dipole_rules);
+    add_set_findings(result);
+    if (result.set.has_forces) add_forces(result);
+    add_file_findings(result, reference, files);
+    return result;
+}
+
+std::string names_of(const std::vector<std::size_t>& jobs, const report& of) {
+    std::string text;
+    for (const std::size_t i : jobs) {
+        text += (text.empty() ? "" : ", ") + shown(of.set.jobs[i]);
+    }
+    return text;
+}
+
+std::string verdict_of(const report& of) {
+    const auto& flips = of.suspects.flips;
+    if (!flips.empty()) {
+        const std::size_t wrong = flips.front().size();
+        return (wrong == 1 ? std::string("One sign is wrong: ")
+                           : std::to_string(wrong) + " signs are wrong: ") +
+               names_of(flips.front(), of);
+    }
+    if (of.suspects.unsound) return "The derivatives of the dipole are unsound.";
+    if (of.fine()) {
+        return "All " + std::to_string(of.set.jobs.size()) + " files are fine: no sign is wrong.";
+    }
+    const bool signs = of.dipole_rules.judged && of.dipole_rules.satisfied;
+    return signs ? "The signs fit together, but something else deserves doubt."
+                 : "The signs cannot be judged as a whole: " + of.dipole_rules.why_not + ".";
+}
+
+}  // namespace sgn
