@@ -1,8 +1,15 @@
 #!/usr/bin/env bash
-# Configures and builds a directory: build.sh DIRECTORY TARGET [CMAKE-OPTIONS...]
+# Configures and builds a directory: build.sh [-j N] DIRECTORY TARGET [CMAKE-OPTIONS...]
+# N processes at a time, else as many as there are processors.
 # What CMake says of the configuration is shown only if it fails or leaves something out.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+
+jobs=$(nproc)
+if [ "${1:-}" = -j ]; then
+    jobs=${2:?-j needs a number}
+    shift 2
+fi
 
 directory=$1
 target=$2
@@ -22,4 +29,4 @@ if ! cmake -S . -B "$directory" "${generator[@]}" "$@" >"$log" 2>&1; then
     exit 1
 fi
 grep 'left out' "$log" || true
-cmake --build "$directory" --target "$target" -j "$(nproc)"
+cmake --build "$directory" --target "$target" -j "$jobs"

@@ -1,11 +1,17 @@
 #!/usr/bin/env bash
 # Builds the tool, runs the bundled example (water, 18 displaced geometries) and shows the transition
-# dipole of each geometry as its job printed it and as the result file gives it.
+# dipole of each geometry as its job printed it and as the result file gives it: example.sh [-j N]
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
+jobs=$(nproc)
+if [ "${1:-}" = -j ]; then
+    jobs=${2:?-j needs a number}
+    shift 2
+fi
+
 scripts/setup.sh build
-scripts/build.sh build stigruz -DSTIGRUZ_TESTS=OFF
+scripts/build.sh -j "$jobs" build stigruz -DSTIGRUZ_TESTS=OFF
 
 stigruz=$PWD/build/tools/stigruz
 jobs=$PWD/examples/water

@@ -1,8 +1,14 @@
 #!/usr/bin/env bash
-# Builds all tools and the library and installs them: install.sh [PREFIX]
-# PREFIX is /usr/local for root, else ~/.local.
+# Builds all tools and the libraries and installs them: install.sh [-j N] [PREFIX]
+# PREFIX is /usr/local for root, else ~/.local. The build is that of example.sh and test.sh.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+
+jobs=$(nproc)
+if [ "${1:-}" = -j ]; then
+    jobs=${2:?-j needs a number}
+    shift 2
+fi
 
 if [ "$(id -u)" -eq 0 ]; then prefix=/usr/local; else prefix=$HOME/.local; fi
 prefix=${1:-$prefix}
@@ -12,10 +18,10 @@ if ! scripts/setup.sh build tools; then
     scripts/setup.sh build 2>/dev/null
     echo "Going on without them: all tools but stigruz are left out."
 fi
-scripts/build.sh build-install all -DSTIGRUZ_TESTS=OFF
-cmake --install build-install --prefix "$prefix" >/dev/null
+scripts/build.sh -j "$jobs" build all -DSTIGRUZ_TESTS=OFF
+cmake --install build --prefix "$prefix" >/dev/null
 
-echo "Installed in $prefix: $(cd build-install/tools && find . -maxdepth 1 -type f -perm -u+x |
+echo "Installed in $prefix: $(cd build/tools && find . -maxdepth 1 -type f -perm -u+x |
     sed 's:^\./::' | sort | tr '\n' ' ')"
 case ":$PATH:" in
     *":$prefix/bin:"*) ;;

@@ -1,8 +1,14 @@
 #!/usr/bin/env bash
-# Builds everything and runs all tests: test.sh [--sanitize] [CTEST-OPTIONS...]
+# Builds everything and runs all tests: test.sh [-j N] [--sanitize] [CTEST-OPTIONS...]
 # As users get it, or with AddressSanitizer and UndefinedBehaviorSanitizer.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+
+jobs=$(nproc)
+if [ "${1:-}" = -j ]; then
+    jobs=${2:?-j needs a number}
+    shift 2
+fi
 
 directory=build
 options=(-DSTIGRUZ_TESTS=ON)
@@ -17,5 +23,5 @@ if ! scripts/setup.sh test tools; then
     scripts/setup.sh test 2>/dev/null
     echo "Going on without them: all tools but stigruz are left out."
 fi
-scripts/build.sh "$directory" all "${options[@]}"
-ctest --test-dir "$directory" -j "$(nproc)" --output-on-failure --no-tests=error "$@"
+scripts/build.sh -j "$jobs" "$directory" all "${options[@]}"
+ctest --test-dir "$directory" -j "$jobs" --output-on-failure --no-tests=error "$@"
