@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "compare.h"
+#include "flib/excited/detail/largest_of_product.h"
 #include "flib/excited/detail/matrix_product.h"
 #include "flib/io/detail/columns.h"
 #include "flib/io/free_format.h"
@@ -249,5 +250,34 @@ void extremum(benchmark::State& state) {
         });
 }
 BENCHMARK(extremum)->UseManualTime();
+
+enum class elements { random, equal, equal_at_the_end };
+
+/// The largest element of a product, against the way that computes all of them.
+void largest_of_product(benchmark::State& state, elements kind) {
+    constexpr std::int32_t n = 2000;
+    constexpr std::int32_t terms = 200;
+    constexpr std::size_t count = std::size_t{n} * terms;
+    std::vector<double> a(count, 1.0);
+    std::vector<double> b(count, 1.0);
+    std::mt19937_64 bits(1);
+    std::normal_distribution<double> normal;
+    for (std::size_t i = 0; i < count; ++i) {
+        if (kind == elements::random) b[i] = normal(bits);
+        if (kind == elements::random) a[i] = normal(bits);
+        if (kind == elements::equal_at_the_end && i % n < n - 300) a[i] = normal(bits);
+    }
+    const auto find = [&](flib::screening use) {
+        benchmark::DoNotOptimize(
+            flib::largest_of_product({a.data(), n, terms}, {b.data(), terms, n}, use));
+    };
+    bench::compare(
+        state, [&] { find(flib::screening::where_possible); },
+        [&] { find(flib::screening::never); });
+}
+BENCHMARK_CAPTURE(largest_of_product, random, elements::random)->UseManualTime();
+BENCHMARK_CAPTURE(largest_of_product, equal, elements::equal)->UseManualTime();
+BENCHMARK_CAPTURE(largest_of_product, equal_at_the_end, elements::equal_at_the_end)
+    ->UseManualTime();
 
 }  // namespace

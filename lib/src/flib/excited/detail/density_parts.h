@@ -48,8 +48,8 @@ class density_element {
 };
 
 /// The element of largest magnitude, as mat_abs_maxval_d() chooses it. The coefficients of the
-/// virtual orbitals go into the first product as they come; of the second there is never more than
-/// a block of columns.
+/// virtual orbitals go into the first product as they come; of the second only
+/// the largest element is sought.
 class density_extremum {
   public:
     density_extremum(const orbital_counts& counts, std::span<const double> xpy);
