@@ -19,14 +19,6 @@
 namespace flib {
 namespace {
 
-/// The running sum that is element (i, j) of the product.
-double running_sum(matrix_view<const double> a, matrix_view<const double> b, std::int32_t i,
-                   std::int32_t j) {
-    double sum = 0;
-    for (std::int32_t k = 1; k <= a.columns(); ++k) sum += a(i, k) * b(k, j);
-    return sum;
-}
-
 #ifdef __x86_64__
 
 // Rows of `a` and columns of `b` are multiplied as integers of 16 bits. A row r of K numbers, of
@@ -55,6 +47,14 @@ constexpr std::int32_t tile_columns = 4;
 /// Nearest integer; all are within 16 bits.
 std::int16_t rounded(double x) {
     return static_cast<std::int16_t>(static_cast<std::int32_t>(x + std::copysign(0.5, x)));
+}
+
+/// The running sum that is element (i, j) of the product.
+double running_sum(matrix_view<const double> a, matrix_view<const double> b, std::int32_t i,
+                   std::int32_t j) {
+    double sum = 0;
+    for (std::int32_t k = 1; k <= a.columns(); ++k) sum += a(i, k) * b(k, j);
+    return sum;
 }
 
 /// Pairs of neighbouring terms of a panel's rows.
@@ -227,7 +227,7 @@ class screen {
 }  // namespace
 
 extremum largest_of_product(matrix_view<const double> a, matrix_view<const double> b,
-                            screening use) {
+                            [[maybe_unused]] screening use) {
     constexpr std::int32_t elements_at_once = 1 << 19;  // 4 MiB
     extremum largest;
     if (a.rows() < 1 || b.columns() < 1) return largest;
