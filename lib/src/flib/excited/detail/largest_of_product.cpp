@@ -77,14 +77,14 @@ using tile_hits = std::array<std::uint32_t, tile_columns>;
             std::int32_t pair = 0;
             std::memcpy(&pair, columns + (k * tile_columns + j) * 2, sizeof pair);
             const __m256i column = _mm256_set1_epi32(pair);
-            for (int v = 0; v < 2; ++v) {
+            for (std::ptrdiff_t v = 0; v < 2; ++v) {
                 sums[j][v] = _mm256_add_epi32(sums[j][v], _mm256_madd_epi16(row[v], column));
             }
         }
     }
     tile_hits hits{};
     for (std::size_t j = 0; j < tile_columns; ++j) {
-        for (int v = 0; v < 2; ++v) {
+        for (std::ptrdiff_t v = 0; v < 2; ++v) {
             const __m256 magnitudes = _mm256_cvtepi32_ps(_mm256_abs_epi32(sums[j][v]));
             const __m256 bounds = _mm256_mul_ps(_mm256_add_ps(magnitudes, _mm256_set1_ps(error)),
                                                 _mm256_loadu_ps(scales + v * 8));
@@ -173,8 +173,8 @@ class screen {
             for (const double x : column) squares += x * x;
             const double norm = std::sqrt(squares);
             if (!(norm >= least_norm && norm <= largest_norm)) return false;
-            const std::int32_t in_panel = j % tile_columns;
-            std::int16_t* const to = panel_of_columns(j - in_panel) + 2 * in_panel;
+            const std::ptrdiff_t in_panel = j % tile_columns;
+            std::int16_t* const to = panel_of_columns(j - j % tile_columns) + 2 * in_panel;
             for (std::size_t k = 0; k < column.size(); ++k) {
                 to[k / 2 * 2 * tile_columns + k % 2] = rounded(column[k] * (quantum / norm));
             }
@@ -189,7 +189,8 @@ class screen {
         float least[tile_columns];
         for (std::int32_t column = 0; column < tile_columns; ++column) {
             // In a column of zeros, and beyond the last, nothing may.
-            const double unit = units_[static_cast<std::size_t>(j + column)];
+            const double unit =
+                units_[static_cast<std::size_t>(j) + static_cast<std::size_t>(column)];
             const double bound = unit == 0 ? above_all : std::abs(largest.value) / unit * margin;
             least[column] = static_cast<float>(std::min(bound, above_all));
         }
