@@ -10,7 +10,10 @@ namespace {
 
 /// An application with an option of every kind, and what a line has set in it.
 struct tool {
-    CLI::App app{};
+    tools::command_line app{{"tool", "[OPTIONS] FILE...\n--list",
+                             "Does this and that with files of many kinds, and tells in a second "
+                             "line what.",
+                             "Status: 0 always.\n"}};
     bool quick = false;
     bool quiet = false;
     double limit = 2.5;
@@ -18,13 +21,9 @@ struct tool {
     std::string atoms{};
 
     tool() {
-        tools::describe(app, {"tool", "[OPTIONS] FILE...\n--list",
-                              "Does this and that with files of many kinds, and tells in a second "
-                              "line what.",
-                              "Status: 0 always.\n"});
-        tools::add_number(app, "--limit", limit, -3, "largest value")->group("Limits");
-        CLI::Option* const fast = tools::add_switch(app, "-q,--quick", quick, "not slowly");
-        tools::add_switch(app, "--quiet", quiet, "say nothing")->excludes(fast);
+        tools::add_number(app, "--limit", limit, -3, "largest value").group("Limits");
+        const tools::option fast = tools::add_switch(app, "-q,--quick", quick, "not slowly");
+        tools::add_switch(app, "--quiet", quiet, "say nothing").excludes(fast);
         tools::add_file(app, "--page", page,
                         "write a page whose description is so long that it takes a second line");
         tools::add_value(

@@ -1,5 +1,6 @@
 #include "common/command_line.h"
 
+#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -103,7 +104,24 @@ std::vector<std::string> names_among(std::vector<std::string> rest) {
 
 }  // namespace
 
-void describe(CLI::App& app, const tool_description& tool) {
+const option& option::group(const std::string& heading) const {
+    its_->group(heading);
+    return *this;
+}
+
+const option& option::excludes(const option& other) const {
+    its_->excludes(other.its_);
+    return *this;
+}
+
+bool option::given() const {
+    return its_->count() > 0;
+}
+
+command_line::~command_line() = default;
+
+command_line::command_line(const tool_description& tool) : app_(std::make_unique<CLI::App>()) {
+    CLI::App& app = *app_;
     app.name(tool.name);
     app.description(tool.purpose);
     app.allow_extras();
@@ -114,38 +132,38 @@ void describe(CLI::App& app, const tool_description& tool) {
     });
 }
 
-CLI::Option* add_switch(CLI::App& app, const std::string& names, bool& given,
-                        const std::string& meaning) {
-    return app.add_flag(names, given, meaning);
+option add_switch(command_line& line, const std::string& names, bool& given,
+                  const std::string& meaning) {
+    return option(line.app().add_flag(names, given, meaning));
 }
 
-CLI::Option* add_value(CLI::App& app, const std::string& names, const std::string& kind,
-                       std::function<void(const std::string&)> take, const std::string& meaning) {
+option add_value(command_line& line, const std::string& names, const std::string& kind,
+                 std::function<void(const std::string&)> take, const std::string& meaning) {
     CLI::callback_t callback = [take = std::move(take)](const CLI::results_t& values) {
         take(values.front());
         return true;
     };
-    CLI::Option* option = app.add_option(names, std::move(callback), meaning);
-    option->type_name(kind);
-    option->type_size(1);
-    option->expected(1);
-    option->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
-    return option;
+    CLI::Option* added = line.app().add_option(names, std::move(callback), meaning);
+    added->type_name(kind);
+    added->type_size(1);
+    added->expected(1);
+    added->multi_option_policy(CLI::MultiOptionPolicy::TakeLast);
+    return option(added);
 }
 
-CLI::Option* add_file(CLI::App& app, const std::string& names, std::optional<std::string>& file,
-                      const std::string& meaning) {
+option add_file(command_line& line, const std::string& names, std::optional<std::string>& file,
+                const std::string& meaning) {
     const auto take = [names, &file](const std::string& value) {
         const bool is_name = !value.empty() && (value == "-" || !value.starts_with('-'));
         // Rather than write a file of the name of the next option.
         if (!is_name) throw flib::run_error(names + " needs the name of a file");
         file = value;
     };
-    return add_value(app, names, "FILE", take, meaning);
+    return add_value(line, names, "FILE", take, meaning);
 }
 
-CLI::Option* add_number(CLI::App& app, const std::string& names, double& number, double least,
-                        const std::string& meaning) {
+option add_number(command_line& line, const std::string& names, double& number, double least,
+                  const std::string& meaning) {
     const auto take = [names, least, &number](const std::string& text) {
         double value = 0;
         if (flib::parse_real(text, value) != flib::number_error::none || !std::isfinite(value) ||
@@ -155,10 +173,11 @@ CLI::Option* add_number(CLI::App& app, const std::string& names, double& number,
         }
         number = value;
     };
-    return add_value(app, names, "NUMBER", take, meaning + " (" + shortest_real(number) + ")");
+    return add_value(line, names, "NUMBER", take, meaning + " (" + shortest_real(number) + ")");
 }
 
-parsed_line parse_line(CLI::App& app, std::span<const std::string_view> arguments) {
+parsed_line parse_line(command_line& line, std::span<const std::string_view> arguments) {
+    CLI::App& app = line.app();
     for (const std::string_view argument : arguments) {
         if (argument == "--") break;
         check_equals(app, argument);

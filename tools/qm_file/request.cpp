@@ -84,13 +84,11 @@ request request_of(std::span<const std::string_view> arguments) {
     request asked;
     bool json = false;
     bool xyz = false;
-    CLI::App app;
-    tools::describe(app, {"qm_file", usage, purpose, help_rest()});
-    CLI::Option* const as_json = tools::add_switch(
+    tools::command_line app({"qm_file", usage, purpose, help_rest()});
+    const tools::option as_json = tools::add_switch(
         app, "--json", json,
         "the same for programs: one array with an object per file, all numbers in full");
-    tools::add_switch(app, "--xyz", xyz, "the geometry in XYZ format (Angstrom)")
-        ->excludes(as_json);
+    tools::add_switch(app, "--xyz", xyz, "the geometry in XYZ format (Angstrom)").excludes(as_json);
     tools::parsed_line line = tools::parse_line(app, arguments);
     if (line.shown) {
         asked.shown = line.shown;

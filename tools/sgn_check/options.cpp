@@ -11,9 +11,7 @@ options parse_options(std::span<const std::string_view> arguments) {
     constexpr const char* usage = "[OPTIONS] REFERENCE.sgn FILE.sgn...";
     options result;
     sgn::thresholds& limits = result.limits;
-    CLI::App app;
-    tools::describe(
-        app,
+    tools::command_line app(
         {.name = "sgn_check",
          .usage = usage,
          .purpose = "Tells which result files of stigruz deserve doubt: those whose sign, "
@@ -22,7 +20,7 @@ options parse_options(std::span<const std::string_view> arguments) {
          .rest = "Status: 0 all fine, 1 something deserves doubt, 2 a file cannot be read.\n"});
     constexpr const char* doubt = "Where doubt begins";
     const auto add_limit = [&](const char* name, double& limit, const char* meaning) {
-        tools::add_number(app, name, limit, 0, meaning)->group(doubt);
+        tools::add_number(app, name, limit, 0, meaning).group(doubt);
     };
     add_limit("--min-ratio", limits.min_ratio, "smallest element, against the reference's");
     add_limit("--max-rotation", limits.max_rotation,
@@ -38,8 +36,8 @@ options parse_options(std::span<const std::string_view> arguments) {
     tools::add_switch(app, "--no-pairs", no_pairs, "displacements do not come in +- pairs");
     tools::add_switch(app, "--no-sum-rules", no_sum_rules,
                       "do not judge the sum rules: outer field, embedding charges, link atoms");
-    CLI::Option* const as_json = tools::add_switch(app, "--json", json, "write JSON");
-    tools::add_switch(app, "--csv", csv, "write CSV")->excludes(as_json);
+    const tools::option as_json = tools::add_switch(app, "--json", json, "write JSON");
+    tools::add_switch(app, "--csv", csv, "write CSV").excludes(as_json);
 
     tools::parsed_line line = tools::parse_line(app, arguments);
     result.shown = std::move(line.shown);

@@ -34,9 +34,7 @@ void check_outputs(const options& of) {
 options parse_options(std::span<const std::string_view> arguments) {
     constexpr const char* usage = "[OPTIONS] REFERENCE.sgn FILE.sgn...";
     options result;
-    CLI::App app;
-    tools::describe(
-        app,
+    tools::command_line app(
         {.name = "sgn_derive",
          .usage = std::string(usage) + "\n--judge=FILE.fchk",
          .purpose = "Differentiates the transition dipole and the forces of a set of result files "
@@ -47,7 +45,7 @@ options parse_options(std::span<const std::string_view> arguments) {
     tools::add_file(app, "--json", result.json, "write all numbers as JSON");
     tools::add_file(app, "--fchk", result.fchk,
                     "write a formatted checkpoint for vibronic programs");
-    CLI::Option* const with_template =
+    const tools::option with_template =
         tools::add_file(app, "--template", result.fchk_template,
                         "the reference's checkpoint, whose other sections are kept");
     tools::add_file(app, "--molden", result.molden, "write the normal modes for viewers");
@@ -58,7 +56,7 @@ options parse_options(std::span<const std::string_view> arguments) {
     tools::parsed_line line = tools::parse_line(app, arguments);
     result.shown = std::move(line.shown);
     if (result.shown) return result;
-    if (with_template->count() > 0 && !result.fchk) {
+    if (with_template.given() && !result.fchk) {
         throw flib::run_error("--template makes no sense without --fchk");
     }
     if (result.judge) {

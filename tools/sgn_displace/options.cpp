@@ -19,8 +19,7 @@ const tools::tool_description description{
 
 options parse_options(std::span<const std::string_view> arguments) {
     options result;
-    CLI::App app;
-    tools::describe(app, description);
+    tools::command_line app(description);
     const auto keep = [](auto& target) {
         return [&target](const std::string& value) { target = value; };
     };

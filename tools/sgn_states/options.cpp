@@ -23,24 +23,23 @@ std::int32_t workers_of(const std::string& text) {
 options parse_options(std::span<const std::string_view> arguments) {
     constexpr const char* usage = "[OPTIONS] REFERENCE.fchk JOB.fchk...";
     options result;
-    CLI::App app;
-    tools::describe(
-        app, {.name = "sgn_states",
-              .usage = usage,
-              .purpose = "Follows every excited state of a reference job into other jobs: which "
-                         "root continues it, with which overlap and which sign of the transition "
-                         "dipole. NAME.log and NAME.cis of each job are in the working directory.",
-              .rest = "Forces are those of the log: they belong to the state that the job was run "
-                      "for.\n\n"
-                      "Status: 0 all states the same and clear, 1 something deserves doubt, 2 a "
-                      "job cannot\nbe read.\n"});
+    tools::command_line app(
+        {.name = "sgn_states",
+         .usage = usage,
+         .purpose = "Follows every excited state of a reference job into other jobs: which "
+                    "root continues it, with which overlap and which sign of the transition "
+                    "dipole. NAME.log and NAME.cis of each job are in the working directory.",
+         .rest = "Forces are those of the log: they belong to the state that the job was run "
+                 "for.\n\n"
+                 "Status: 0 all states the same and clear, 1 something deserves doubt, 2 a "
+                 "job cannot\nbe read.\n"});
     constexpr const char* doubt = "Where doubt begins";
     tools::add_number(app, "--mixed-below", result.limits.mixed_below, 0,
                       "smallest squared overlap of a clear state")
-        ->group(doubt);
+        .group(doubt);
     tools::add_number(app, "--lost-below", result.limits.lost_below, 0,
                       "smallest squared overlap of a state that is not lost")
-        ->group(doubt);
+        .group(doubt);
     tools::add_value(
         app, "--states", "LIST",
         [&](const std::string& list) { result.states = tools::parse_ranges("--states", list); },
