@@ -9,6 +9,7 @@
 #include <nlohmann/json.hpp>
 #include <thread>
 
+#include "common/progress.h"
 #include "common/version.h"
 #include "set/model.h"
 #include "sets.h"
@@ -18,7 +19,6 @@
 #include "sgn_derive/html_style.h"
 #include "sgn_derive/json.h"
 #include "sgn_derive/molden.h"
-#include "sgn_derive/progress.h"
 #include "sgn_derive/svg.h"
 #include "sgn_derive/text.h"
 #include "support/json_difference.h"
@@ -238,8 +238,8 @@ TEST(Progress, IsShownOnATerminalAfterASecond) {
     const support::scratch_directory scratch;
     const int file = open(scratch.file("shown", "").c_str(), O_RDWR);
     {
-        sgn_derive::progress shown(inside, 601);
-        sgn_derive::progress hidden(file, 601);
+        tools::progress shown(inside, 601);
+        tools::progress hidden(file, 601);
         shown.at(1, "reading");
         std::this_thread::sleep_for(std::chrono::milliseconds(1005));
         shown.at(12, "reading");

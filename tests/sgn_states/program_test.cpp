@@ -7,7 +7,7 @@
 #include <regex>
 
 #include "flib/util/units.h"
-#include "numfreq/sgn_file.h"
+#include "sgn/result/sgn_file.h"
 #include "support/session.h"
 
 namespace {
@@ -62,8 +62,7 @@ TEST_F(SgnStates, WritesFilesThatGiveTheTrueDerivatives) {
         const auto& state = rows[i][0];
         const auto dipole = [&](const std::string& sign) {
             const std::string name = "h2ox_0" + rows[i][1] + rows[i][2] + sign + "_s" + state;
-            return numfreq::read_sgn_file((scratch_.path() / (name + ".sgn")).string())
-                .corrected_tdip;
+            return sgn::read_sgn_file((scratch_.path() / (name + ".sgn")).string()).corrected_tdip;
         };
         const double step = 0.02 / flib::bohr_radius;
         for (std::size_t k = 0; k < 3; ++k) {

@@ -11,6 +11,7 @@
 
 #include "common/output_file.h"
 #include "common/program.h"
+#include "common/progress.h"
 #include "common/same_file.h"
 #include "sgn/check/judge.h"
 #include "sgn/check/report.h"
@@ -20,7 +21,6 @@
 #include "sgn_derive/json.h"
 #include "sgn_derive/molden.h"
 #include "sgn_derive/options.h"
-#include "sgn_derive/progress.h"
 #include "sgn_derive/text.h"
 
 namespace {
@@ -32,7 +32,7 @@ int status_of(bool fine) {
 }
 
 sgn::report report_on(const sgn_derive::options& options) {
-    sgn_derive::progress progress(STDERR_FILENO, options.files.size() + 1);
+    tools::progress progress(STDERR_FILENO, options.files.size() + 1);
     const sgn::result_file reference{options.reference, sgn::read_sgn_file(options.reference)};
     std::vector<sgn::result_file> files;
     for (const std::string& name : options.files) {

@@ -7,7 +7,7 @@
 #include "flib/io/unit.h"
 #include "flib/util/elements.h"
 #include "numfreq/job_files.h"
-#include "numfreq/sgn_file.h"
+#include "sgn/result/sgn_file.h"
 
 namespace states {
 namespace {
@@ -17,16 +17,16 @@ void write_state(const reference_set& from, const job& now, const reference_stat
                  std::int32_t sign, double element_value, const std::array<double, 3>& dipole) {
     if (!now.no_forces.empty()) throw flib::io_error(now.files.log, 0, now.no_forces);
     const numfreq::job_counts& counts = from.reference.counts;
-    std::vector<numfreq::report_symbol> symbol(now.atoms.nat.size());
+    std::vector<sgn::report_symbol> symbol(now.atoms.nat.size());
     flib::nat_to_symbol(now.atoms.natom, now.atoms.nat.all(), symbol);
     std::int32_t fid = 0;
     flib::get_free_fid(fid);
     flib::open_replace(fid, state_file_name(now.files.name, state.state));
-    numfreq::write_sgn_parameters(
+    sgn::write_sgn_parameters(
         fid, {sign, counts.natom, counts.nbasis, counts.mi, counts.ma, counts.mci, counts.nfc,
               counts.nfv, state.element, element_value});
-    numfreq::write_sgn_body(fid, {symbol, now.atoms.nat.all(), now.atoms.mass.all(),
-                                  now.atoms.x.view(), dipole, now.force.view()});
+    sgn::write_sgn_body(fid, {symbol, now.atoms.nat.all(), now.atoms.mass.all(), now.atoms.x.view(),
+                              dipole, now.force.view()});
     flib::commit_unit(fid);
 }
 

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string_view>
 
-namespace sgn_derive {
+namespace tools {
 
 /// A line on a terminal that tells how far things are, once they take longer than a second, and
 /// goes when this goes. Nothing is written to a file or pipe.
@@ -29,4 +29,4 @@ class progress {
     clock::time_point next_;
 };
 
-}  // namespace sgn_derive
+}  // namespace tools
