@@ -190,8 +190,9 @@ std::string findings_text(const sgn::report& of, const tools::terminal& on) {
 }  // namespace
 
 std::string formula_of(const std::vector<sgn::atom>& atoms) {
-    std::vector<std::string> symbols;
-    for (const sgn::atom& each : atoms) symbols.push_back(flib::printable(each.symbol));
+    std::vector<std::string> symbols(atoms.size());
+    std::ranges::transform(atoms, symbols.begin(),
+                           [](const sgn::atom& each) { return flib::printable(each.symbol); });
     return flib::sum_formula(symbols);
 }
 

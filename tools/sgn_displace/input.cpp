@@ -169,7 +169,7 @@ class input_parser {
                 const std::string_view name = path.substr(path.find_last_of(slashes) + 1);
                 const auto place = static_cast<std::size_t>(name.data() - text_.data());
                 std::string ending = ".rwf";
-                if (!files.empty()) ending = '_' + std::to_string(files.size() + 1) + ending;
+                if (!files.empty()) ending.insert(0, '_' + std::to_string(files.size() + 1));
                 files.push_back({place, place + name.size(), ending});
             }
             begin = end + 1;
