@@ -7,7 +7,7 @@
 #include "flib/io/unit.h"
 #include "numfreq/get_sgn_param.h"
 #include "numfreq/job_files.h"
-#include "numfreq/sgn_file.h"
+#include "sgn/result/sgn_file.h"
 #include "support/whole_density.h"
 
 int main(int argc, char** argv) {
@@ -15,7 +15,7 @@ int main(int argc, char** argv) {
     const std::string ffch = argv[1];
     const bool mapped = argc > 3;
     const flib::line_buffer fcis = numfreq::job_file(ffch, numfreq::suffix::amplitudes);
-    numfreq::sgn_parameters run;
+    sgn::sgn_parameters run;
     std::int32_t nbsuse = 0;
     double value = 0;
     try {
@@ -29,7 +29,7 @@ int main(int argc, char** argv) {
         run.tden_maxval = chosen.value;
         run.sign = flib::same_sign_d(chosen.value, mapped ? value : chosen.value);
         flib::open_replace(1, argv[2]);
-        numfreq::write_sgn_parameters(1, run);
+        sgn::write_sgn_parameters(1, run);
         flib::commit_unit(1);
     } catch (const flib::ending& end) {
         std::fprintf(stderr, "%s\n", end.what());
