@@ -28,7 +28,7 @@ bool contains_without_blanks(std::string_view line, std::string_view word) {
 
 std::string_view first_token(std::string_view line) {
     const std::size_t begin = line.find_first_not_of(" \t");
-    if (begin == std::string_view::npos) return {};
+    if (begin == std::string_view::npos) return line.substr(line.size());
     return line.substr(begin, line.find_first_of(" \t,", begin) - begin);
 }
 

@@ -56,7 +56,8 @@ class line_test {
     std::size_t width_;
 };
 
-/// The first token of a line: it ends at a blank, a tab or a comma. Empty for a blank line.
+/// The first token of a line: it ends at a blank, a tab or a comma. For a blank line
+/// the empty token at its end, so that what is behind a token can always be found.
 std::string_view first_token(std::string_view line);
 
 /// The position in `text` of the character that quantum-chemistry output holds most rarely.
