@@ -3,7 +3,9 @@
 #include <Eigen/QR>
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <numbers>
+#include <utility>
 
 #include "flib/io/stop_run.h"
 #include "sgn/set/decimals.h"
@@ -12,51 +14,105 @@
 namespace sgn {
 namespace {
 
-/// A displacement, and what its jobs contribute: the equation sum of part x value = J d.
+/// A displacement d, and what its jobs contribute: the equation sum of part x value = J d.
 struct equation {
-    const displaced_job* plus;
-    const displaced_job* minus;  // null if one-sided
-    std::size_t plus_at;
-    std::size_t minus_at;
+    Eigen::RowVectorXd d;      // Bohr
+    Eigen::RowVectorXd parts;  // of every job
+    /// What the smallest step alone would contribute: differs where there are several.
+    Eigen::RowVectorXd of_smallest{};
+    bool paired = false;
+    double longest = 0;  // step, Bohr
+    bool extrapolated = false;
 };
 
-std::vector<equation> equations_of(const displaced_set& set) {
-    std::vector<equation> equations;
-    for (std::size_t i = 1; i < set.jobs.size(); ++i) {
-        const displaced_job& each = set.jobs[i];
-        if (each.is == role::one_sided) equations.push_back({&each, nullptr, i, 0});
-        if (each.is == role::paired && each.other > i) {
-            equations.push_back({&each, &set.jobs[each.other], i, each.other});
-        }
-    }
-    return equations;
-}
-
-/// The displacements, a row each (Bohr).
-Eigen::MatrixXd displacements_of(const std::vector<equation>& equations, std::size_t atoms) {
-    Eigen::MatrixXd d(index(equations.size()), index(3 * atoms));
-    for (std::size_t e = 0; e < equations.size(); ++e) {
-        const equation& of = equations[e];
-        for (std::size_t i = 0; i < atoms; ++i) {
-            const vec3 shift =
-                of.minus
-                    ? scaled(0.5, difference(of.plus->moved.shift[i], of.minus->moved.shift[i]))
-                    : of.plus->moved.shift[i];
-            d.block<1, 3>(index(e), index(3 * i)) = vector(shift).transpose() / flib::bohr_radius;
-        }
+Eigen::RowVectorXd displacement_of(const displaced_set& set, std::size_t plus, std::size_t minus) {
+    const std::vector<vec3>& shift = set.jobs[plus].moved.shift;
+    Eigen::RowVectorXd d(index(3 * shift.size()));
+    for (std::size_t i = 0; i < shift.size(); ++i) {
+        const vec3 moved = minus == 0
+                               ? shift[i]
+                               : scaled(0.5, difference(shift[i], set.jobs[minus].moved.shift[i]));
+        d.segment<3>(index(3 * i)) = vector(moved).transpose() / flib::bohr_radius;
     }
     return d;
 }
 
-/// What every job has to say to every equation.
-Eigen::MatrixXd parts_of(const std::vector<equation>& equations, std::size_t jobs) {
-    Eigen::MatrixXd parts = Eigen::MatrixXd::Zero(index(equations.size()), index(jobs));
-    for (std::size_t e = 0; e < equations.size(); ++e) {
-        const equation& of = equations[e];
-        parts(index(e), index(of.plus_at)) = of.minus ? 0.5 : 1;
-        parts(index(e), index(of.minus_at)) = of.minus ? -0.5 : -1;
+/// One for each pair and for each displacement without partner.
+std::vector<equation> single_equations(const displaced_set& set) {
+    std::vector<equation> equations;
+    for (std::size_t i = 1; i < set.jobs.size(); ++i) {
+        const displaced_job& each = set.jobs[i];
+        const bool paired = each.is == role::paired;
+        if (!(paired && each.other > i) && each.is != role::one_sided) continue;
+        const std::size_t minus = paired ? each.other : 0;
+        equation made{displacement_of(set, i, minus),
+                      Eigen::RowVectorXd::Zero(index(set.jobs.size()))};
+        made.parts[index(i)] = paired ? 0.5 : 1;
+        made.parts[index(minus)] = paired ? -0.5 : -1;
+        made.of_smallest = made.parts;
+        made.paired = paired;
+        made.longest = each.moved.distance / flib::bohr_radius;
+        equations.push_back(std::move(made));
     }
-    return parts;
+    return equations;
+}
+
+/// Whether two pairs go along one direction, as exactly as coordinates tell.
+bool are_collinear(const equation& a, const equation& b) {
+    constexpr double angle = 1e-3;
+    const double cosine = a.d.dot(b.d) / (a.d.norm() * b.d.norm());
+    return a.paired && b.paired && std::abs(cosine) > 1 - angle * angle / 2;
+}
+
+/// Steps less apart than this are repetitions of one step.
+constexpr double distinct_steps = 1.2;
+
+/// Pairs along one direction, made one equation for a vanishing step.
+equation extrapolated(std::vector<equation> pairs) {
+    std::sort(pairs.begin(), pairs.end(), [](const equation& a, const equation& b) {
+        return a.d.squaredNorm() < b.d.squaredNorm();
+    });
+    const equation& smallest = pairs.front();
+    const double unit = smallest.d.norm();
+    Eigen::Index terms = 0;
+    double counted = 0;
+    for (const equation& each : pairs) {
+        if (each.d.norm() < distinct_steps * counted) continue;
+        counted = each.d.norm();
+        ++terms;
+    }
+    terms = std::min<Eigen::Index>(terms, 3);
+    // Derivatives along the direction, the rounding of which goes with 1 / step.
+    Eigen::MatrixXd powers(index(pairs.size()), terms);
+    Eigen::MatrixXd slopes(index(pairs.size()), smallest.parts.size());
+    for (Eigen::Index p = 0; p < powers.rows(); ++p) {
+        const equation& each = pairs[static_cast<std::size_t>(p)];
+        const double step = each.d.norm() / unit;
+        for (Eigen::Index t = 0; t < terms; ++t) powers(p, t) = step * std::pow(step, 2 * t);
+        slopes.row(p) = each.parts * (each.d.dot(smallest.d) > 0 ? 1 : -1);
+    }
+    equation result = smallest;
+    const Eigen::MatrixXd fitted = powers.completeOrthogonalDecomposition().solve(slopes);
+    result.parts = fitted.row(0);
+    result.extrapolated = terms > 1;
+    for (const equation& each : pairs) result.longest = std::max(result.longest, each.longest);
+    return result;
+}
+
+std::vector<equation> equations_of(const displaced_set& set) {
+    std::vector<equation> left = single_equations(set);
+    std::vector<equation> equations;
+    while (!left.empty()) {
+        const auto others = std::stable_partition(
+            left.begin(), left.end(), [first = left.front()](const equation& each) {
+                return !are_collinear(first, each) && each.d != first.d;
+            });
+        std::vector<equation> together(others, left.end());
+        left.erase(others, left.end());
+        equations.push_back(together.size() > 1 ? extrapolated(std::move(together))
+                                                : std::move(together.front()));
+    }
+    return equations;
 }
 
 /// The coordinates with a part in the space that the displacements leave open.
@@ -74,47 +130,152 @@ std::vector<coordinate> missing_coordinates(
     return missing;
 }
 
+/// The error of a central difference with a step of `h` Bohr from the third derivatives, as a part
+/// of the largest derivative nearby: as measured on small molecules, where sums over all atoms were
+/// off by up to 6 times the square of the step times the largest derivative. What is left after the
+/// third derivatives are measured is taken to be as small a part of what they did.
+double third_order(double h) {
+    return 3 * h * h;
+}
+
+/// That of half the difference of two coordinates, printed in Angstrom.
+double rounding_of_step(double h, int decimals) {
+    return rounding_error(decimals) / flib::bohr_radius / std::numbers::sqrt2 / h;
+}
+
+/// What the equations with one step and those with several leave of the errors of their steps.
+void see_steps(derivatives& result, const displaced_set& set,
+               const std::vector<equation>& equations, const Eigen::MatrixXd& solution) {
+    Eigen::VectorXd single = Eigen::VectorXd::Zero(index(equations.size()));
+    double longest_single = 0;
+    double longest = 0;
+    double shortest = std::numeric_limits<double>::infinity();
+    for (std::size_t e = 0; e < equations.size(); ++e) {
+        const equation& each = equations[e];
+        if (each.extrapolated) {
+            longest = std::max(longest, each.longest);
+            shortest = std::min(shortest, each.d.norm());
+        } else {
+            single[index(e)] = each.d.norm();
+            longest_single = std::max(longest_single, each.longest);
+        }
+    }
+    // What a coordinate owes to equations with one step, as a part of a step.
+    const Eigen::VectorXd owed = (solution * single.asDiagonal()).rowwise().norm();
+    for (const double part : owed) result.extrapolated.push_back(part < 1e-3);
+    if (longest_single > 0) {
+        result.relative_single = relative_step_error(longest_single, set.coordinate_decimals);
+    }
+    if (longest > 0) {
+        result.relative_several = rounding_of_step(shortest, set.coordinate_decimals);
+        result.part_of_change = third_order(longest);
+    }
+}
+
+/// What `read` gives of every job, a row each.
+template <class Read>
+table rows_of(const displaced_set& set, std::size_t columns, Read read) {
+    table rows(set.jobs.size(), columns);
+    for (std::size_t j = 0; j < set.jobs.size(); ++j) {
+        const auto& numbers = read(set.jobs[j]);
+        for (std::size_t k = 0; k < columns; ++k) rows(j, k) = numbers[k];
+    }
+    return rows;
+}
+
+double largest(const table& of) {
+    return of.values.empty() ? 0 : *std::ranges::max_element(of.values);
+}
+
 }  // namespace
 
 derivatives differentiate(const displaced_set& set) {
     const std::size_t atoms = set.atoms.size();
     const std::vector<equation> equations = equations_of(set);
+    Eigen::MatrixXd displacements(index(equations.size()), index(3 * atoms));
+    for (std::size_t e = 0; e < equations.size(); ++e) {
+        displacements.row(index(e)) = equations[e].d;
+    }
     Eigen::CompleteOrthogonalDecomposition<Eigen::MatrixXd> solver;
     // Coordinates have six decimals: what is a thousandth of a step has no direction.
     solver.setThreshold(1e-3);
-    solver.compute(displacements_of(equations, atoms));
+    solver.compute(displacements);
     derivatives result;
     result.open_directions = 3 * atoms - static_cast<std::size_t>(solver.rank());
     if (result.open_directions > 0) {
         result.missing = missing_coordinates(solver);
         return result;
     }
-    const Eigen::MatrixXd weights = solver.solve(parts_of(equations, set.jobs.size()));
-    result.weights = table_of(weights);
-
-    const bool forces = set.has_forces;
-    Eigen::MatrixXd values(index(set.jobs.size()), index(forces ? 3 + 3 * atoms : 3));
-    for (std::size_t j = 0; j < set.jobs.size(); ++j) {
-        values.block<1, 3>(index(j), 0) = vector(set.jobs[j].dipole).transpose();
-        for (std::size_t i = 0; forces && i < atoms; ++i) {
-            values.block<1, 3>(index(j), index(3 + 3 * i)) =
-                vector(set.jobs[j].forces[i]).transpose();
-        }
+    Eigen::MatrixXd parts(index(equations.size()), index(set.jobs.size()));
+    Eigen::MatrixXd of_smallest = parts;
+    for (std::size_t e = 0; e < equations.size(); ++e) {
+        parts.row(index(e)) = equations[e].parts;
+        of_smallest.row(index(e)) = equations[e].of_smallest;
     }
-    const Eigen::MatrixXd all = weights * values;
-    const Eigen::VectorXd spread = weights.rowwise().norm();
-    const double step = relative_step_error(set.largest_step / flib::bohr_radius);
-    const auto uncertainty = [&](int decimals) {
-        const Eigen::VectorXd of = spread * rounding_error(decimals);
-        return std::vector<double>(of.data(), of.data() + of.size());
-    };
-    result.dipole = table_of(all.leftCols(3));
-    result.dipole_uncertainty = uncertainty(set.dipole_decimals);
-    result.dipole_step_error = step * all.leftCols(3).cwiseAbs().maxCoeff();
-    if (forces) {
-        result.forces = table_of(all.rightCols(index(3 * atoms)));
-        result.force_uncertainty = uncertainty(set.force_decimals);
-        result.force_step_error = step * all.rightCols(index(3 * atoms)).cwiseAbs().maxCoeff();
+    const Eigen::MatrixXd solution = solver.pseudoInverse();
+    result.weights = table_of(solution * parts);
+    result.smallest_step_weights = table_of(solution * of_smallest);
+    see_steps(result, set, equations, solution);
+
+    moment_derivatives dipole =
+        differentiate(result, rows_of(set, 3, [](const displaced_job& of) { return of.dipole; }),
+                      set.dipole_decimals);
+    result.dipole = std::move(dipole.values);
+    result.dipole_uncertainty = std::move(dipole.rounding);
+    result.dipole_step = std::move(dipole.step);
+    result.dipole_step_error = largest(result.dipole_step);
+    if (set.has_forces) {
+        const auto components = [&](const displaced_job& of) {
+            std::vector<double> all;
+            for (const vec3& force : of.forces) all.insert(all.end(), force.begin(), force.end());
+            return all;
+        };
+        moment_derivatives forces =
+            differentiate(result, rows_of(set, 3 * atoms, components), set.force_decimals);
+        result.forces = std::move(forces.values);
+        result.force_uncertainty = std::move(forces.rounding);
+        result.force_step = std::move(forces.step);
+        result.force_step_error = largest(result.force_step);
+    }
+    if (set.has_moments) {
+        result.velocity_dipole = differentiate(
+            result,
+            rows_of(set, 3, [](const displaced_job& of) { return of.moments->velocity_dipole; }),
+            set.moment_decimals[0]);
+        result.magnetic_dipole = differentiate(
+            result,
+            rows_of(set, 3, [](const displaced_job& of) { return of.moments->magnetic_dipole; }),
+            set.moment_decimals[1]);
+        result.velocity_quadrupole = differentiate(
+            result,
+            rows_of(set, 6,
+                    [](const displaced_job& of) { return of.moments->velocity_quadrupole; }),
+            set.moment_decimals[2]);
+    }
+    return result;
+}
+
+moment_derivatives differentiate(const derivatives& by, const table& values, int decimals) {
+    if (values.rows != by.weights.columns || values.columns % 3 != 0) {
+        throw flib::run_error("numbers of " + std::to_string(values.rows) + " jobs in columns of " +
+                              std::to_string(values.columns) +
+                              " cannot be differentiated: there are " +
+                              std::to_string(by.weights.columns) + " jobs");
+    }
+    const Eigen::MatrixXd all = view(by.weights) * view(values);
+    const Eigen::MatrixXd change = view(by.smallest_step_weights) * view(values) - all;
+    const Eigen::VectorXd uncertainty = view(by.weights).rowwise().norm() * rounding_error(decimals);
+    moment_derivatives result{
+        table_of(all), {uncertainty.begin(), uncertainty.end()}, table(by.weights.rows, values.columns)};
+    for (std::size_t c = 0; c < result.step.rows; ++c) {
+        for (std::size_t k = 0; k < result.step.columns; ++k) {
+            const double nearby = largest_nearby(all, index(c), index(k));
+            result.step(c, k) =
+                by.extrapolated[c]
+                    ? std::hypot(by.part_of_change * largest_nearby(change, index(c), index(k)),
+                                 by.relative_several * nearby)
+                    : by.relative_single * nearby;
+        }
     }
     return result;
 }
@@ -138,13 +299,8 @@ std::string text_of(const std::vector<coordinate>& coordinates, const std::vecto
     return text;
 }
 
-double relative_step_error(double h) {
-    // The third derivatives: as measured on small molecules, where sums over all atoms were off by
-    // up to 6 times the square of the step times the largest derivative.
-    const double third = 3 * h * h;
-    // Half the difference of two coordinates with six decimals.
-    const double of_step = rounding_error(6) / flib::bohr_radius / std::numbers::sqrt2 / h;
-    return std::hypot(third, of_step);
+double relative_step_error(double h, int coordinate_decimals) {
+    return std::hypot(third_order(h), rounding_of_step(h, coordinate_decimals));
 }
 
 }  // namespace sgn

@@ -16,6 +16,13 @@ struct coordinate {
     std::size_t axis = 0;  ///< 0, 1, 2 for x, y, z
 };
 
+/// Of one of the moments. Uncertainties are standard deviations, au by Bohr.
+struct moment_derivatives {
+    table values;                  ///< 3N x 3, or 3N x 6 of a quadrupole
+    std::vector<double> rounding;  ///< 3N: from the digits, the same for all components
+    table step;                    ///< 3N x components: from the size of the displacements
+};
+
 /// Coordinates are in the order 1x 1y 1z 2x ...: 3N for N atoms. All in atomic units, per Bohr.
 struct derivatives {
     std::vector<coordinate> missing;  ///< not spanned; if there are any, the rest is empty
@@ -23,28 +30,55 @@ struct derivatives {
 
     table dipole;                            ///< 3N x 3: coordinate, component
     std::vector<double> dipole_uncertainty;  ///< 3N: from the rounding, the same for all components
-    double dipole_step_error = 0;            ///< estimate for the largest derivative
+    table dipole_step;                       ///< 3N x 3: from the size of the displacements
+    double dipole_step_error = 0;            ///< the largest of these
 
     table forces;  ///< 3N x 3N: coordinate, component of the forces; empty without forces
     std::vector<double> force_uncertainty;  ///< 3N
+    table force_step;                       ///< 3N x 3N
     double force_step_error = 0;
+
+    /// Of the other moments; empty where the jobs do not tell them.
+    moment_derivatives velocity_dipole;
+    moment_derivatives magnetic_dipole;
+    moment_derivatives velocity_quadrupole;
 
     /// 3N x jobs: the derivatives are these times the values of the jobs, which is how errors of
     /// single jobs go on.
     table weights;
+    /// The same, had there been the smallest step of each direction only.
+    table smallest_step_weights;
+    /// 3N: whether a coordinate's derivatives are extrapolated from several steps to a vanishing
+    /// one.
+    std::vector<bool> extrapolated;
+    /// Errors from the size of the steps: of derivatives with one step, and with several, as a part
+    /// of the largest derivative nearby; and with several, as a part of what the extrapolation
+    /// changed nearby.
+    double relative_single = 0;
+    double relative_several = 0;
+    double part_of_change = 0;
 
     bool complete() const { return missing.empty(); }
 };
 
 /// The least-squares derivatives: a pair of displacements +d and -d gives (y(+) - y(-)) / 2 = J d,
-/// a displacement without partner y - y(0) = J d.
+/// a displacement without partner y - y(0) = J d. Pairs along one direction with several steps s
+/// give one equation, their (y(+) - y(-)) / 2s as a polynomial in the square of s at s = 0: of as
+/// many terms as there are steps, at most three. What the smallest step alone is off by is then
+/// measured, and the error that is left estimated from it.
 derivatives differentiate(const displaced_set& set);
+
+/// The derivatives of any numbers: `values` has a row for each job of the set that `by` was made
+/// of, and a multiple of three columns, numbers that are rounded to so many decimals.
+moment_derivatives differentiate(const derivatives& by, const table& values, int decimals);
 
 /// "1 O x, y, z; 2 H y", and how many more if the list is long.
 std::string text_of(const std::vector<coordinate>& coordinates, const std::vector<atom>& atoms);
 
 /// What a central difference with a step of `h` Bohr, read from coordinates of six decimals, is off
 /// by, as a part of the largest derivative nearby: the third derivatives, and the rounding of h.
-double relative_step_error(double h);
+///
+/// With `coordinate_decimals` above six the rounding of h is less.
+double relative_step_error(double h, int coordinate_decimals = 6);
 
 }  // namespace sgn

@@ -14,6 +14,7 @@ namespace {
 
 constexpr int usual_dipole_decimals = 4;
 constexpr int usual_force_decimals = 9;
+constexpr int most_decimals = 10;
 
 [[noreturn]] void fail(const result_file& file, std::string_view message) {
     throw flib::io_error(file.name, 0, message);
@@ -35,10 +36,13 @@ displaced_job make_job(const result_file& file, const result_file& reference) {
     result.sign = file.contents.parameters.sign;
     result.dipole = file.contents.corrected_tdip;
     result.forces = file.contents.frc;
+    result.moments = file.moments;
     result.moved = displacement_of(file.contents.x, reference.contents.x);
     // They have six decimals like the coordinates.
     for (vec3& shift : result.moved.shift) {
-        for (double& component : shift) component = std::round(component * 1e6) / 1e6;
+        for (double& component : shift) {
+            if (!file.full_digits) component = std::round(component * 1e6) / 1e6;
+        }
     }
     if (!result.moved.shift.empty()) {
         result.moved.distance = length(result.moved.shift[result.moved.farthest]);
@@ -70,6 +74,37 @@ void place(std::vector<displaced_job>& jobs, std::size_t at) {
         added.other = opposite;
         jobs[opposite].other = at;
     }
+}
+
+/// The decimals of numbers with nine digits, if they are as many for all as for the largest.
+int decimals_of_nine_digits(double largest) {
+    if (!(largest > 0)) return most_decimals;
+    return std::clamp(8 - static_cast<int>(std::floor(std::log10(largest))), 0, most_decimals);
+}
+
+/// The largest magnitude of what `values` gives of every job.
+template <class Values>
+double largest_of(const displaced_set& set, Values values) {
+    double largest = 0;
+    for (const displaced_job& each : set.jobs) {
+        for (const double value : values(each)) largest = std::max(largest, std::abs(value));
+    }
+    return largest;
+}
+
+void see_full_digits(displaced_set& set) {
+    set.coordinate_decimals = 9;
+    const auto decimals = [&](auto values) {
+        return decimals_of_nine_digits(largest_of(set, values));
+    };
+    set.dipole_decimals = decimals([](const displaced_job& of) { return of.dipole; });
+    set.has_moments = std::ranges::all_of(
+        set.jobs, [](const displaced_job& of) { return of.moments.has_value(); });
+    if (!set.has_moments) return;
+    set.moment_decimals = {
+        decimals([](const displaced_job& of) { return of.moments->velocity_dipole; }),
+        decimals([](const displaced_job& of) { return of.moments->magnetic_dipole; }),
+        decimals([](const displaced_job& of) { return of.moments->velocity_quadrupole; })};
 }
 
 void see_decimals(displaced_set& set) {
@@ -104,12 +139,14 @@ displaced_set make_set(const result_file& reference, std::span<const result_file
     set.basis_functions = contents.parameters.nmo;
     set.jobs.push_back(make_job(reference, reference));
     set.jobs.front().is = role::reference;
+    bool full_digits = reference.full_digits;
     for (const result_file& file : files) {
         if (std::string reason = misfit_of(file, reference); !reason.empty()) {
             set.misfits.push_back({file.name, std::move(reason)});
             continue;
         }
         set.jobs.push_back(make_job(file, reference));
+        full_digits = full_digits && file.full_digits;
         place(set.jobs, set.jobs.size() - 1);
     }
     for (const displaced_job& each : set.jobs) {
@@ -128,6 +165,7 @@ displaced_set make_set(const result_file& reference, std::span<const result_file
              "is not displaced in any of the files, so there is nothing to differentiate");
     }
     see_decimals(set);
+    if (full_digits) see_full_digits(set);
     return set;
 }
 

@@ -1,8 +1,10 @@
 // A set of result files: a reference geometry, and others displaced from it.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -12,10 +14,20 @@
 
 namespace sgn {
 
-/// One file of a set, as read.
+/// The other transition moments of a state, au, with the sign of its dipole.
+struct other_moments {
+    vec3 velocity_dipole{};
+    vec3 magnetic_dipole{};
+    std::array<double, 6> velocity_quadrupole{};  ///< xx, yy, zz, xy, xz, yz
+};
+
+/// One file of a set, as read; or what a result file would hold of a job, in all digits that its
+/// files have.
 struct result_file {
     std::string name;
     sgn_contents contents;
+    std::optional<other_moments> moments{};
+    bool full_digits = false;  ///< nine digits in dipoles and coordinates
 };
 
 struct atom {
@@ -42,6 +54,7 @@ struct displaced_job {
     std::int32_t sign = 0;  ///< with which the printed dipole was multiplied
     vec3 dipole{};          ///< corrected transition dipole, au
     std::vector<vec3> forces;  ///< of every atom, Hartree/Bohr
+    std::optional<other_moments> moments{};
 };
 
 /// A file that does not belong to a set, and why.
@@ -60,7 +73,10 @@ struct displaced_set {
     double largest_step = 0;   ///< Angstrom
     int dipole_decimals = 0;   ///< of the printed values, as seen in them
     int force_decimals = 0;
-    bool has_forces = false;  ///< false if all forces of all files are zero
+    std::array<int, 3> moment_decimals{};  ///< of velocity dipole, magnetic dipole, quadrupole
+    int coordinate_decimals = 6;           ///< Angstrom
+    bool has_moments = false;              ///< every job tells all its moments
+    bool has_forces = false;               ///< false if all forces of all files are zero
     /// Files left out: with other atoms than the reference, or values that are not finite numbers.
     std::vector<misfit> misfits;
 };

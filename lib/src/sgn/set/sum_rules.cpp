@@ -16,20 +16,9 @@ namespace {
 struct errors {
     Eigen::Vector3d translation;  // of the sum for each axis
     Eigen::Vector3d rotation;
-    double value = 0;     // of each of the values themselves
-    double relative = 0;  // of a derivative: this part of the largest one nearby (no variance)
+    double value = 0;        // of each of the values themselves
+    Eigen::MatrixXd step{};  // of each derivative (no variance)
 };
-
-/// The largest derivative of each vector of `derivatives` with respect to each atom.
-Eigen::MatrixXd largest_nearby(const Eigen::Ref<const Eigen::MatrixXd>& derivatives) {
-    Eigen::MatrixXd largest(derivatives.rows() / 3, derivatives.cols() / 3);
-    for (Eigen::Index v = 0; v < largest.cols(); ++v) {
-        for (Eigen::Index a = 0; a < largest.rows(); ++a) {
-            largest(a, v) = derivatives.block<3, 3>(3 * a, 3 * v).cwiseAbs().maxCoeff();
-        }
-    }
-    return largest;
-}
 
 sum_rules evaluate(const rigid_motions& motions, const Eigen::VectorXd& values,
                    const Eigen::MatrixXd& derivatives, const errors& known) {
@@ -44,21 +33,13 @@ sum_rules evaluate(const rigid_motions& motions, const Eigen::VectorXd& values,
         value_variance.row(l) = (across * known.value).transpose().replicate(1, components / 3);
     }
 
-    // The share of each atom in each sum, squared, times the error of its derivatives.
-    const Eigen::MatrixXd nearby = known.relative * largest_nearby(derivatives);
-    const auto step_variance = [&](const Eigen::MatrixXd& motion) {
-        Eigen::MatrixXd share(3, nearby.rows());
-        for (Eigen::Index a = 0; a < nearby.rows(); ++a) {
-            share.col(a) = motion.middleRows(3 * a, 3).colwise().squaredNorm().transpose();
-        }
-        const Eigen::MatrixXd per_vector = share * nearby.cwiseAbs2();
-        return Eigen::MatrixXd(Eigen::MatrixXd::NullaryExpr(
-            3, components, [&](Eigen::Index l, Eigen::Index k) { return per_vector(l, k / 3); }));
-    };
-    Eigen::MatrixXd translation_uncertainty = step_variance(motions.translation);
+    const Eigen::MatrixXd step_variance = known.step.cwiseAbs2();
+    Eigen::MatrixXd translation_uncertainty =
+        motions.translation.cwiseAbs2().transpose() * step_variance;
     translation_uncertainty.colwise() += known.translation;
     translation_uncertainty = translation_uncertainty.cwiseSqrt();
-    Eigen::MatrixXd rotation_uncertainty = step_variance(motions.rotation) + value_variance;
+    Eigen::MatrixXd rotation_uncertainty =
+        motions.rotation.cwiseAbs2().transpose() * step_variance + value_variance;
     rotation_uncertainty.colwise() += known.rotation;
     rotation_uncertainty = rotation_uncertainty.cwiseSqrt();
 
@@ -106,14 +87,14 @@ std::string why_not(const displaced_set& set, const derivatives& of) {
 
 sum_rules rules(const displaced_set& set, const derivatives& of,
                 const Eigen::MatrixXd& values_by_coordinate, const Eigen::VectorXd& values,
-                int decimals) {
+                const table& step, int decimals) {
     const rigid_motions motions(set.atoms);
     const double rounding = std::pow(rounding_error(decimals), 2);
     errors known;
     known.translation = variance_of_sums(motions.translation, of.weights) * rounding;
     known.rotation = variance_of_sums(motions.rotation, of.weights) * rounding;
     known.value = rounding;
-    known.relative = relative_step_error(set.largest_step / flib::bohr_radius);
+    known.step = view(step);
     return evaluate(motions, values, values_by_coordinate, known);
 }
 
@@ -124,14 +105,16 @@ sum_rules dipole_rules(const displaced_set& set, const derivatives& of,
     sum_rules result;
     result.why_not = why_not(set, of);
     if (!result.why_not.empty()) return result;
-    Eigen::MatrixXd dipole = view(of.dipole);
-    Eigen::VectorXd value = vector(set.jobs.front().dipole);
-    for (const std::size_t job : reversed) {
-        const Eigen::Vector3d change = -2 * vector(set.jobs[job].dipole);
-        dipole += view(of.weights).col(index(job)) * change.transpose();
-        if (job == 0) value += change;
+    table values(set.jobs.size(), 3);
+    for (std::size_t j = 0; j < values.rows; ++j) {
+        const bool other_way = std::ranges::find(reversed, j) != reversed.end();
+        for (std::size_t k = 0; k < 3; ++k) {
+            values(j, k) = set.jobs[j].dipole[k] * (other_way ? -1 : 1);
+        }
     }
-    return rules(set, of, dipole, value, set.dipole_decimals);
+    const moment_derivatives dipole = differentiate(of, values, set.dipole_decimals);
+    const Eigen::VectorXd reference = view(values).row(0);
+    return rules(set, of, view(dipole.values), reference, dipole.step, set.dipole_decimals);
 }
 
 sum_rules force_rules(const displaced_set& set, const derivatives& of) {
@@ -142,7 +125,7 @@ sum_rules force_rules(const displaced_set& set, const derivatives& of) {
     for (std::size_t i = 0; i < set.atoms.size(); ++i) {
         forces.segment<3>(index(3 * i)) = vector(set.jobs.front().forces[i]);
     }
-    return rules(set, of, view(of.forces), forces, set.force_decimals);
+    return rules(set, of, view(of.forces), forces, of.force_step, set.force_decimals);
 }
 
 sum_rules rules_of(std::span<const atom> atoms, std::span<const double> values,
@@ -152,9 +135,15 @@ sum_rules rules_of(std::span<const atom> atoms, std::span<const double> values,
     errors known;
     known.translation = motions.translation.colwise().squaredNorm().transpose() * variance;
     known.rotation = motions.rotation.colwise().squaredNorm().transpose() * variance;
-    known.relative = relative_uncertainty;
+    const Eigen::MatrixXd given = view(derivatives);
+    known.step.resizeLike(given);
+    for (Eigen::Index c = 0; c < known.step.rows(); ++c) {
+        for (Eigen::Index k = 0; k < known.step.cols(); ++k) {
+            known.step(c, k) = relative_uncertainty * largest_nearby(given, c, k);
+        }
+    }
     const Eigen::Map<const Eigen::VectorXd> y(values.data(), index(values.size()));
-    return evaluate(motions, y, view(derivatives), known);
+    return evaluate(motions, y, given, known);
 }
 
 }  // namespace sgn

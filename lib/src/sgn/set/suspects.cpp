@@ -86,16 +86,13 @@ class search {
 residues uncertainty(const displaced_set& set, const derivatives& of,
                      const rigid_motions& motions) {
     // A wrong sign makes the derivatives around it huge; the median knows nothing of it.
-    std::vector<double> largest(of.dipole.rows);
+    std::vector<double> largest(of.dipole_step.rows);
     for (std::size_t c = 0; c < largest.size(); ++c) {
-        largest[c] = std::abs(
-            *std::max_element(of.dipole.row(c).begin(), of.dipole.row(c).end(),
-                              [](double a, double b) { return std::abs(a) < std::abs(b); }));
+        largest[c] = std::ranges::max(of.dipole_step.row(c));
     }
     const auto middle = largest.begin() + static_cast<std::ptrdiff_t>(largest.size() / 2);
     std::nth_element(largest.begin(), middle, largest.end());
-    const double step =
-        std::pow(relative_step_error(set.largest_step / flib::bohr_radius) * *middle, 2);
+    const double step = *middle * *middle;
     const double rounding = std::pow(rounding_error(set.dipole_decimals), 2);
     const Eigen::Vector3d moved = variance_of_sums(motions.translation, of.weights) * rounding;
     const Eigen::Vector3d turned = variance_of_sums(motions.rotation, of.weights) * rounding;

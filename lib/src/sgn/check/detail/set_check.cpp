@@ -1,6 +1,7 @@
 #include "sgn/check/detail/set_check.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <string>
 #include <utility>
@@ -50,24 +51,17 @@ void add_suspects(assessment& of) {
     }
 }
 
-/// The derivatives of the dipole once that of a job has changed.
-void change_dipole(derivatives& of, std::size_t job, const vec3& change) {
-    for (std::size_t row = 0; row < of.dipole.rows; ++row) {
-        for (std::size_t k = 0; k < 3; ++k) of.dipole(row, k) += of.weights(row, job) * change[k];
-    }
-}
-
 /// Looks for geometries that are turned and whose dipoles are not: the sums come out better with
 /// dipoles turned along, pair by pair.
-void judge_frames(assessment& of, const displaced_set& set, derivatives made,
+void judge_frames(assessment& of, displaced_set set, const derivatives& made,
                   std::span<const std::size_t> place) {
     constexpr double noticed = 30;  // more than the scatter of chi-squared
     constexpr double clearly = 4;
     const auto turns_along = [&](std::size_t job) {
         const verdict& one = of.verdicts[place[job]];
         if (!(one.rotation > seen_rotation)) return false;
-        const vec3& dipole = set.jobs[job].dipole;
-        change_dipole(made, job, difference(one.frame.applied_to(dipole), dipole));
+        vec3& dipole = set.jobs[job].dipole;
+        dipole = one.frame.applied_to(dipole);
         return true;
     };
     double chi2 = of.rules.chi2;
@@ -75,7 +69,7 @@ void judge_frames(assessment& of, const displaced_set& set, derivatives made,
     for (std::size_t job = 1; job < set.jobs.size(); ++job) {
         const std::size_t partner = set.jobs[job].other;
         if (set.jobs[job].is != role::paired || partner < job) continue;
-        table before = made.dipole;
+        const std::array before{set.jobs[job].dipole, set.jobs[partner].dipole};
         const bool first = turns_along(job);
         const bool second = turns_along(partner);
         if (!first && !second) continue;
@@ -85,7 +79,8 @@ void judge_frames(assessment& of, const displaced_set& set, derivatives made,
             if (first) apart.push_back(place[job]);
             if (second) apart.push_back(place[partner]);
         } else {
-            made.dipole = std::move(before);
+            set.jobs[job].dipole = before[0];
+            set.jobs[partner].dipole = before[1];
         }
     }
     if (!(clearly * chi2 < of.rules.chi2)) return;

@@ -28,6 +28,12 @@ inline table table_of(const Eigen::Ref<const Eigen::MatrixXd>& of) {
     return result;
 }
 
+/// The largest magnitude in the 3 x 3 block, of an atom and a vector, with row `c` and column `k`.
+inline double largest_nearby(const Eigen::Ref<const Eigen::MatrixXd>& of, Eigen::Index c,
+                             Eigen::Index k) {
+    return of.block<3, 3>(c - c % 3, k - k % 3).cwiseAbs().maxCoeff();
+}
+
 inline Eigen::Vector3d vector(const vec3& v) {
     return {v[0], v[1], v[2]};
 }
