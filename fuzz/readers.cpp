@@ -8,6 +8,7 @@
 #include "flib/excited/qm_file_mo_coeff_nbasis_nbsuse.h"
 #include "flib/excited/qm_file_nbasis_nbsuse.h"
 #include "flib/excited/qm_file_nci.h"
+#include "flib/excited/qm_file_state_moments.h"
 #include "flib/io/unit.h"
 #include "flib/qm_file/qm_file_coord.h"
 #include "flib/qm_file/qm_file_force_tdip.h"
@@ -115,6 +116,27 @@ void read_amplitudes(std::string_view file) {
     });
 }
 
+void read_moments(std::string_view file) {
+    attempt([&] {
+        const auto moments = flib::qm_file_state_moments(file);
+        if (!moments) return;
+        const auto states = static_cast<std::size_t>(moments->states);
+        fuzz::require(moments->target >= 1 && moments->target <= moments->states &&
+                          moments->spin.size() == states,
+                      "a target state that is none");
+        const auto are_whole = [](const flib::moment_rows& of, std::size_t rows) {
+            return of.energy.size() == rows && of.dipole.size() == 3 * rows &&
+                   of.velocity_dipole.size() == 3 * rows && of.magnetic_dipole.size() == 3 * rows &&
+                   of.velocity_quadrupole.size() == 6 * rows;
+        };
+        fuzz::require(are_whole(moments->of_states, states), "moments that are not of all states");
+        if (!moments->derivatives) return;
+        const std::size_t rows = moments->derivatives->energy.size();
+        fuzz::require(rows >= 3 && rows % 3 == 0 && are_whole(*moments->derivatives, rows),
+                      "derivatives that are not by the coordinates of atoms");
+    });
+}
+
 }  // namespace
 
 extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size,
@@ -148,5 +170,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (natom <= 0 || size % 4 == 0) read_atoms(path, 3);
     read_layers(path);
     read_basis(path);
+    read_moments(path);
     return 0;
 }

@@ -41,6 +41,26 @@ for input in oniom/*.gjf rwfdump/oniom.gjf; do
 done
 expect "layers of a checkpoint" "3 of 6 atoms in the high layer: 1 2 3" \
     "$("$qm_file" oniom rwfdump/oniom.fchk)"
+# The log and the checkpoint are of two runs of one job: the lower states have the same energies, spins
+# and strengths, but other signs and, at one energy, other directions.
+# strengths TABLE LOG: sums of squares of its first twenty rows.
+strengths() {
+    awk -v table="$1" '
+        index($0, "transition " table) { at = NR }
+        at && NR > at + 1 && NR < at + 22 { printf "%.2f\n", $2 ^ 2 + $3 ^ 2 + $4 ^ 2 }' "$2"
+}
+co=../Gaussian/basicGaussian09/CO_TD_delta.log
+co_checkpoint=../FChk/basicGaussian09/CO_TD_delta.fchk
+expect "states of a checkpoint" \
+    "$(sed -n 's/^ Excited State *\([0-9]*\): *\([A-Z]\)\([a-z]*\)-[^ ]* *\([0-9.]*\) eV.*/\1 \L\2\E\3 \4/p' "$co" | head -n 7)" \
+    "$("$qm_file" "$co_checkpoint" | awk '/ eV / && $2 <= 7 { print $2, $3, $4 }')"
+for moment in electric velocity magnetic; do
+    expect "$moment dipoles of a checkpoint" "$(strengths "$moment dipole" "$co")" \
+        "$("$qm_file" moments "$co_checkpoint" | awk -v moment="$moment" '
+            $3 == moment && $4 == "dipole" && $2 <= 20 { printf "%.2f\n", $5 ^ 2 + $6 ^ 2 + $7 ^ 2 }')"
+done
+expect "states of an ONIOM job's checkpoint" "1 singlet -76.449816 0.000000 0.000000 0.266000" \
+    "$("$qm_file" rwfdump/oniom.fchk | awk '$1 == "state" && $2 == 1 { $1 = ""; print substr($0, 2) }')"
 expect "a checkpoint without orbitals" 1 \
     "$("$qm_file" rwfdump/oniom.fchk | grep -c '0 basis functions')"
 expect "point charges" 1 "$("$qm_file" rwfdump/hm.fchk | tr -s ' \n' ' ' | grep -c 'atomic number: 4 5 6')"

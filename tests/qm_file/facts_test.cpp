@@ -79,6 +79,13 @@ std::string told(const file_facts& facts) {
             if (!norms.are_of_amplitudes()) text << " wrong";
         }
     });
+    fact(quantity::moments, facts.moments, [&](const auto& moments) {
+        values(moments.states, moments.target, moments.spin, moments.of_states.energy,
+               moments.total_energy.value_or(std::nan("")));
+        for (std::int32_t state = 0; state <= moments.states + 1; ++state) {
+            values(moments.excitation_energy(state).value_or(std::nan("")));
+        }
+    });
     return text.str();
 }
 

@@ -62,6 +62,7 @@ void take_result(flib::file_facts& facts, const sgn::sgn_contents& result,
             case quantity::oniom:
             case quantity::basis:
             case quantity::dump:
+            case quantity::moments:
                 facts.missing[which] = {not_in_results, false};
                 break;
         }

@@ -76,6 +76,9 @@ std::span<const named_quantity> named_quantities() {
         {"nci", "excitation space", {quantity::excitations}},
         {"oniom", "ONIOM layers", {quantity::oniom}},
         {"dump", "dumped record, with the sums over its amplitudes", {quantity::dump}},
+        {"moments",
+         "energies and transition moments of a formatted checkpoint",
+         {quantity::moments}},
     };
     return all;
 }

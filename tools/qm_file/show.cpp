@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "common/layers.h"
+#include "common/number_text.h"
+#include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
 #include "flib/qm_file/type_tag.h"
 #include "flib/text/fixed_text.h"
@@ -223,12 +225,17 @@ std::string excitation_text(const flib::excitation_counts& space) {
         space.frozen_virtual);
 }
 
+bool is_checkpoint(const file_facts& facts) {
+    return facts.kind && facts.kind->tag == flib::tag::gaussian_fchk;
+}
+
 /// The reasons for what is missing, each with all that it holds for.
 std::string missing_lines(const file_facts& facts, const terminal& on) {
     std::vector<std::pair<std::string, std::string>> reasons;  // and the quantities
     for (const auto& [which, why] : facts.missing) {
         // Nobody expects these.
         if (!why.damaged && (which == quantity::oniom || which == quantity::dump)) continue;
+        if (!why.damaged && which == quantity::moments && !is_checkpoint(facts)) continue;
         const auto known =
             std::ranges::find(reasons, why.reason, &std::pair<std::string, std::string>::first);
         if (known == reasons.end()) {
@@ -271,6 +278,63 @@ std::vector<std::string> state_rows(const flib::dump_header& dump) {
             row += "  doubt: spin";
         }
         rows.push_back(row);
+    }
+    return rows;
+}
+
+std::string spin_in_words(std::int32_t spin) {
+    if (spin == 0) return "singlet";
+    return spin == 2 ? "triplet" : "spin " + std::to_string(spin);
+}
+
+/// A line for each state: its energy of excitation or, where that is not told, its total energy,
+/// and its electric dipole.
+std::string moment_lines(const flib::state_moments& moments) {
+    std::string text =
+        formatted("  moments       %d state%s, %d is the job's: energy and dipole (a.u.)\n",
+                  moments.states, moments.states == 1 ? "" : "s", moments.target);
+    for (std::int32_t state = 1; state <= moments.states; ++state) {
+        const auto i = static_cast<std::size_t>(state) - 1;
+        const auto excitation = moments.excitation_energy(state);
+        text.append(heading_width, ' ');
+        text += formatted("state%4d  %-8s", state, spin_in_words(moments.spin[i]).c_str());
+        text += excitation ? formatted("%10.4f eV", *excitation * flib::hartree_energy)
+                           : formatted("%13.6f", moments.of_states.energy[i]);
+        for (std::size_t k = 0; k < 3; ++k) {
+            text += flib::text_field(tools::decimal(moments.of_states.dipole[3 * i + k], 6), 11);
+        }
+        text += '\n';
+    }
+    if (moments.derivatives) {
+        text.append(heading_width, ' ');
+        text +=
+            formatted("and derivatives by %zu coordinates\n", moments.derivatives->energy.size());
+    }
+    return text;
+}
+
+/// A row for each moment, of every state and of every coordinate that they are differentiated by.
+std::vector<std::string> moment_rows_of(const flib::state_moments& moments, const char* real) {
+    std::vector<std::string> rows;
+    const auto add = [&](const char* title, const flib::moment_rows& of, std::size_t i) {
+        const auto add_row = [&](const char* moment, const std::vector<double>& values,
+                                 std::size_t count) {
+            std::string row = formatted(title, i + 1) + formatted("  %-20s", moment);
+            for (std::size_t k = 0; k < count; ++k) row += column(values[count * i + k], real);
+            rows.push_back(row);
+        };
+        add_row("energy", of.energy, 1);
+        add_row("electric dipole", of.dipole, 3);
+        add_row("velocity dipole", of.velocity_dipole, 3);
+        add_row("magnetic dipole", of.magnetic_dipole, 3);
+        add_row("velocity quadrupole", of.velocity_quadrupole, 6);
+    };
+    for (std::size_t i = 0; i < moments.of_states.energy.size(); ++i) {
+        add("state%4zu", moments.of_states, i);
+    }
+    if (!moments.derivatives) return rows;
+    for (std::size_t c = 0; c < moments.derivatives->energy.size(); ++c) {
+        add("by%7zu", *moments.derivatives, c);
     }
     return rows;
 }
@@ -348,6 +412,7 @@ std::string summary(const file_report& report, const terminal& on) {
     if (facts.basis) text += entry("basis", basis_text(*facts.basis), on);
     if (facts.excitations) text += entry("excitations", excitation_text(*facts.excitations), on);
     if (facts.dipoles) text += dipole_lines(*facts.dipoles);
+    if (facts.moments) text += moment_lines(*facts.moments);
     if (facts.geometry) text += entry("geometry", place_of(*facts.geometry), on);
     text += missing_lines(facts, on);
     text += atom_tables(facts, on);
@@ -430,6 +495,9 @@ std::string rows_of(const file_report& report, const named_quantity& which, bool
                 rows = state_rows(*facts.dump);
                 rows.insert(rows.begin(), dump_text(*facts.dump));
             }
+            break;
+        case quantity::moments:
+            if (facts.moments) rows = moment_rows_of(*facts.moments, real);
             break;
         case quantity::dipoles:
             break;  // not asked for by themselves

@@ -5,6 +5,7 @@
 #include <limits>
 #include <new>
 #include <stdexcept>
+#include <utility>
 
 #include "flib/excited/detail/amplitude_dump.h"
 #include "flib/excited/qm_file_nbasis_nbsuse.h"
@@ -33,7 +34,7 @@ namespace {
 constexpr std::string_view names[] = {
     "file type", "atom count",       "atomic numbers",     "geometry",
     "masses",    "forces",           "transition dipoles", "ONIOM layers",
-    "basis",     "excitation space", "dumped record",
+    "basis",     "excitation space", "dumped record",      "moments of states",
 };
 static_assert(std::size(names) == std::size(all_quantities));
 
@@ -85,6 +86,7 @@ class asker {
     basis_counts basis();
     excitation_counts excitations();
     dump_header dump();
+    state_moments moments();
 
     std::span<const quantity> wanted_;
     input_unit fid_;
@@ -339,6 +341,13 @@ dump_header asker::dump() {
     return found;
 }
 
+state_moments asker::moments() {
+    require_kind(is(tag::gaussian_fchk));
+    std::optional<state_moments> found = qm_file_state_moments(file());
+    if (!found) throw not_there{"no section 'ETran ...': the job computed no excited states"};
+    return *std::move(found);
+}
+
 file_facts asker::all() {
     const auto of_atoms = {quantity::natom, quantity::numbers, quantity::geometry, quantity::masses,
                            quantity::forces};
@@ -361,6 +370,7 @@ file_facts asker::all() {
     if_wanted(quantity::basis, facts_.basis, &asker::basis);
     if_wanted(quantity::excitations, facts_.excitations, &asker::excitations);
     if_wanted(quantity::dump, facts_.dump, &asker::dump);
+    if_wanted(quantity::moments, facts_.moments, &asker::moments);
     return facts_;
 }
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "flib/excited/qm_file_ci_xpy.h"
+#include "flib/excited/qm_file_state_moments.h"
 #include "flib/excited/root_norms.h"
 
 namespace flib {
@@ -28,13 +29,14 @@ enum class quantity {
     basis,        ///< electrons and basis functions
     excitations,  ///< the size of the excitation space
     dump,         ///< a dumped record
+    moments,      ///< energies and transition moments of a formatted checkpoint
 };
 
 /// All of them, in this order.
 inline constexpr quantity all_quantities[] = {
     quantity::kind,   quantity::natom,       quantity::numbers, quantity::geometry,
     quantity::masses, quantity::forces,      quantity::dipoles, quantity::oniom,
-    quantity::basis,  quantity::excitations, quantity::dump,
+    quantity::basis,  quantity::excitations, quantity::dump,    quantity::moments,
 };
 
 /// A quantity as it is told to people: "transition dipoles".
@@ -121,6 +123,7 @@ struct file_facts {
     std::optional<basis_counts> basis{};
     std::optional<excitation_counts> excitations{};
     std::optional<dump_header> dump{};
+    std::optional<state_moments> moments{};
     std::map<quantity, absence> missing{};
 
     /// The reason why a quantity is missing; empty if it is there or was not asked for.
