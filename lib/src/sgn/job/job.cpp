@@ -13,12 +13,15 @@
 #include "flib/io/unit.h"
 #include "flib/qm_file/detail/reader_steps.h"
 #include "flib/qm_file/file_facts.h"
+#include "flib/qm_file/qm_file_coord.h"
 #include "flib/qm_file/qm_file_force_tdip.h"
+#include "flib/qm_file/qm_file_natom.h"
 #include "flib/qm_file/qm_file_states.h"
 #include "flib/qm_file/qm_file_type.h"
 #include "flib/qm_file/type_tag.h"
 #include "flib/text/fixed_text.h"
 #include "flib/util/file.h"
+#include "flib/util/units.h"
 #include "sgn/job/file_state.h"
 #include "sgn/job/job_files.h"
 
@@ -185,6 +188,63 @@ void read_amplitudes(job& now, const std::optional<flib::dump_layout>& layout) {
     flib::qm_file_ci_xpy(now.files.dump, mi, ma, roots, now.xpy.all(), info);
 }
 
+/// Half a unit of the last decimal that a log prints, and a little for the rounding of the other.
+constexpr double half_of_dipole = 0.5e-4 + 1e-8;
+constexpr double half_of_coordinate = (0.5e-6 + 1e-8) / flib::bohr_radius;
+
+bool rounds_to(std::span<const double> full, std::span<const double> printed, double half) {
+    return std::ranges::equal(full, printed, [half](double a, double b) {
+        return std::abs(a - b) <= half;  // false for what is not a number
+    });
+}
+
+/// Why the moments of the checkpoint are not those of the log; empty if they are.
+std::string other_than_printed(const job& now, const flib::state_moments& moments) {
+    if (moments.states < now.states) {
+        return "has the moments of " + std::to_string(moments.states) + " states, the log of " +
+               std::to_string(now.states);
+    }
+    const std::span<const double> dipoles = moments.of_states.dipole;
+    for (std::int32_t state = 1; state <= now.states; ++state) {
+        const std::size_t from = 3 * (static_cast<std::size_t>(state) - 1);
+        if (rounds_to(dipoles.subspan(from, 3), now.tdip.view().column(state), half_of_dipole)) {
+            continue;
+        }
+        return "has a transition dipole of state " + std::to_string(state) +
+               " that does not round to that of " + flib::printable(now.files.log) +
+               ": they are not of one run";
+    }
+    return {};
+}
+
+/// The digits of the checkpoint are welcome, and nothing hangs on them.
+void read_full_digits(job& now) {
+    std::int32_t info = 0;
+    try {
+        now.moments = flib::qm_file_state_moments(now.files.checkpoint);
+        const std::string reason = now.moments ? other_than_printed(now, *now.moments)
+                                               : "has no moments of excited states";
+        if (!reason.empty()) fail(now.files.checkpoint, reason);
+    } catch (const flib::io_error& error) {
+        now.no_moments = error.what();
+        now.moments.reset();
+    } catch (const flib::stop_run& stop) {
+        now.no_moments = flib::printable(now.files.checkpoint) + ": " + stop.what();
+    }
+    std::int32_t natom = 0;
+    try {
+        flib::qm_file_natom(now.files.checkpoint, natom, info);
+        if (natom != now.counts.natom) return;
+        flib::matrix<double> x(3, natom, "the coordinates");
+        flib::qm_file_coord(now.files.checkpoint, natom, x.view(), info);
+        if (rounds_to(x.view().all(), now.atoms.x.view().all(), half_of_coordinate)) {
+            now.full_x = std::move(x);
+        }
+    } catch (const flib::ending&) {
+        return;
+    }
+}
+
 std::string number(double value) {
     return flib::decimal(value, 4);
 }
@@ -243,7 +303,8 @@ job::job(job_files its_files, const job_counts& sizes, std::int32_t its_states)
       force(3, sizes.natom, "the forces"),
       moc(sizes.nbasis, sizes.nbsuse, "the MO coefficients"),
       tdip(3, its_states, "the transition dipoles"),
-      xpy({sizes.ma, sizes.mi, 2, its_states}, "the excitation amplitudes") {}
+      xpy({sizes.ma, sizes.mi, 2, its_states}, "the excitation amplitudes"),
+      full_x(0, 0, "") {}
 
 std::span<const double> job::amplitudes(std::int32_t root) const {
     const auto block = static_cast<std::size_t>(counts.ma) * static_cast<std::size_t>(counts.mi);
@@ -290,6 +351,7 @@ job read_job(const std::string& checkpoint, const job* reference) {
         read_amplitudes(now, layout);
         read_energies(now, layout, printed);
     });
+    read_full_digits(now);
     std::ranges::for_each(states, &file_state::require_unchanged);
     if (reference != nullptr) require_atoms_of(*reference, now);
     require_numbers(now);

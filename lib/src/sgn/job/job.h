@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "flib/excited/qm_file_state_moments.h"
 #include "flib/excited/root_norms.h"
 #include "flib/util/matrix.h"
 #include "sgn/job/job_atoms.h"
@@ -48,6 +49,12 @@ struct job {
     std::vector<double> energy;         ///< of excitation, Hartree
     flib::zeroed_array<double> xpy;     ///< ma x mi x 2 x states (or more)
     std::vector<flib::root_spin> spin;  ///< of every state, or empty
+    /// Of all states in nine digits, from the checkpoint; they round to the log's dipoles.
+    std::optional<flib::state_moments> moments{};
+    std::string no_moments{};  ///< why there are none, with the file's name; empty if there are
+    /// 3 x natom, Bohr, from the checkpoint, in more digits than `atoms.x`; empty where it has
+    /// other atoms, or in another frame.
+    flib::matrix<double> full_x;
 };
 
 /// Reads the job with this checkpoint. Throws flib::run_error, which names the file, if one of its

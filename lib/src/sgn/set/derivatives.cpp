@@ -264,9 +264,11 @@ moment_derivatives differentiate(const derivatives& by, const table& values, int
     }
     const Eigen::MatrixXd all = view(by.weights) * view(values);
     const Eigen::MatrixXd change = view(by.smallest_step_weights) * view(values) - all;
-    const Eigen::VectorXd uncertainty = view(by.weights).rowwise().norm() * rounding_error(decimals);
-    moment_derivatives result{
-        table_of(all), {uncertainty.begin(), uncertainty.end()}, table(by.weights.rows, values.columns)};
+    const Eigen::VectorXd uncertainty =
+        view(by.weights).rowwise().norm() * rounding_error(decimals);
+    moment_derivatives result{table_of(all),
+                              {uncertainty.begin(), uncertainty.end()},
+                              table(by.weights.rows, values.columns)};
     for (std::size_t c = 0; c < result.step.rows; ++c) {
         for (std::size_t k = 0; k < result.step.columns; ++k) {
             const double nearby = largest_nearby(all, index(c), index(k));

@@ -36,13 +36,10 @@ displaced_job make_job(const result_file& file, const result_file& reference) {
     result.sign = file.contents.parameters.sign;
     result.dipole = file.contents.corrected_tdip;
     result.forces = file.contents.frc;
-    result.moments = file.moments;
     result.moved = displacement_of(file.contents.x, reference.contents.x);
     // They have six decimals like the coordinates.
     for (vec3& shift : result.moved.shift) {
-        for (double& component : shift) {
-            if (!file.full_digits) component = std::round(component * 1e6) / 1e6;
-        }
+        for (double& component : shift) component = std::round(component * 1e6) / 1e6;
     }
     if (!result.moved.shift.empty()) {
         result.moved.distance = length(result.moved.shift[result.moved.farthest]);
@@ -92,15 +89,27 @@ double largest_of(const displaced_set& set, Values values) {
     return largest;
 }
 
-void see_full_digits(displaced_set& set) {
-    set.coordinate_decimals = 9;
+/// Takes from the checkpoints what they have in more digits: of all files, or of none.
+void take_full_digits(displaced_set& set, const std::vector<const result_file*>& files) {
+    const bool full =
+        std::ranges::all_of(files, [](const auto* file) { return file->full.has_value(); });
+    if (!full) return;
+    const bool coordinates =
+        std::ranges::none_of(files, [](const auto* file) { return file->full->x.empty(); });
+    for (std::size_t i = 0; i < files.size(); ++i) {
+        displaced_job& job = set.jobs[i];
+        job.dipole = files[i]->full->dipole;
+        job.moments = files[i]->full->moments;
+        for (std::size_t a = 0; coordinates && a < job.moved.shift.size(); ++a) {
+            job.moved.shift[a] = difference(files[i]->full->x[a], files.front()->full->x[a]);
+        }
+    }
+    if (coordinates) set.coordinate_decimals = 9;
+    set.has_moments = true;
     const auto decimals = [&](auto values) {
         return decimals_of_nine_digits(largest_of(set, values));
     };
     set.dipole_decimals = decimals([](const displaced_job& of) { return of.dipole; });
-    set.has_moments = std::ranges::all_of(
-        set.jobs, [](const displaced_job& of) { return of.moments.has_value(); });
-    if (!set.has_moments) return;
     set.moment_decimals = {
         decimals([](const displaced_job& of) { return of.moments->velocity_dipole; }),
         decimals([](const displaced_job& of) { return of.moments->magnetic_dipole; }),
@@ -139,14 +148,14 @@ displaced_set make_set(const result_file& reference, std::span<const result_file
     set.basis_functions = contents.parameters.nmo;
     set.jobs.push_back(make_job(reference, reference));
     set.jobs.front().is = role::reference;
-    bool full_digits = reference.full_digits;
+    std::vector<const result_file*> members{&reference};
     for (const result_file& file : files) {
         if (std::string reason = misfit_of(file, reference); !reason.empty()) {
             set.misfits.push_back({file.name, std::move(reason)});
             continue;
         }
         set.jobs.push_back(make_job(file, reference));
-        full_digits = full_digits && file.full_digits;
+        members.push_back(&file);
         place(set.jobs, set.jobs.size() - 1);
     }
     for (const displaced_job& each : set.jobs) {
@@ -165,7 +174,7 @@ displaced_set make_set(const result_file& reference, std::span<const result_file
              "is not displaced in any of the files, so there is nothing to differentiate");
     }
     see_decimals(set);
-    if (full_digits) see_full_digits(set);
+    take_full_digits(set, members);
     return set;
 }
 

@@ -21,13 +21,18 @@ struct other_moments {
     std::array<double, 6> velocity_quadrupole{};  ///< xx, yy, zz, xy, xz, yz
 };
 
-/// One file of a set, as read; or what a result file would hold of a job, in all digits that its
-/// files have.
+/// What a job's checkpoint has in nine digits and a result file in fewer or not at all.
+struct full_digits {
+    vec3 dipole{};  ///< corrected transition dipole, au
+    other_moments moments{};
+    std::vector<vec3> x{};  ///< Angstrom; empty where only the log tells them
+};
+
+/// One file of a set, as read, or what a result file would hold of a job.
 struct result_file {
     std::string name;
     sgn_contents contents;
-    std::optional<other_moments> moments{};
-    bool full_digits = false;  ///< nine digits in dipoles and coordinates
+    std::optional<full_digits> full{};
 };
 
 struct atom {
@@ -75,8 +80,10 @@ struct displaced_set {
     int force_decimals = 0;
     std::array<int, 3> moment_decimals{};  ///< of velocity dipole, magnetic dipole, quadrupole
     int coordinate_decimals = 6;           ///< Angstrom
-    bool has_moments = false;              ///< every job tells all its moments
-    bool has_forces = false;               ///< false if all forces of all files are zero
+    /// The dipoles are those of the checkpoints, and there are the other moments: all files of the
+    /// set have them.
+    bool has_moments = false;
+    bool has_forces = false;  ///< false if all forces of all files are zero
     /// Files left out: with other atoms than the reference, or values that are not finite numbers.
     std::vector<misfit> misfits;
 };

@@ -88,16 +88,41 @@ void require_free_names(const reference_set& reference, const std::vector<job_re
     for (const job_result& each : jobs) require(each.name);
 }
 
+void require_forces(const job& of) {
+    if (!of.no_forces.empty()) throw flib::io_error(of.files.log, 0, of.no_forces);
+}
+
 void follow_into(job_result& result, const reference_set& reference, const follow_options& how) {
     const job now = read_job(result.checkpoint, &reference.reference);
     followed_job followed = follow(reference, now, how.limits);
-    if (how.write && result.name != reference.reference.files.name) {
+    if (how.write) require_forces(now);
+    if (how.keep || how.write) {
         for (const followed_state& state : followed.states) {
-            write_followed_state(reference, now, state);
-            ++result.written_files;
+            result.values.push_back(values_of_followed(reference, now, state));
         }
     }
+    result.no_full_digits = now.no_moments;
     result.followed = std::move(followed);
+}
+
+void write_states(job_result& result, const reference_set& reference, bool full_digits) {
+    for (std::size_t i = 0; i < result.values.size(); ++i) {
+        write_state_file(state_file_name(result.name, reference.states[i].state), result.values[i],
+                         full_digits);
+        ++result.written_files;
+    }
+}
+
+/// What `work` throws is the failure of a job that did not fail before.
+template <class Work>
+void attempt(job_result& of, Work work) {
+    if (of.failure) return;
+    try {
+        work(of);
+    } catch (...) {
+        of.failure = std::current_exception();
+        of.followed.reset();
+    }
 }
 
 }  // namespace
@@ -121,9 +146,7 @@ std::vector<job_result> follow_jobs(const reference_set& reference,
     std::vector<job_result> jobs = jobs_of(checkpoints, reference.reference.files);
     if (how.write) {
         require_free_names(reference, jobs);
-        for (const reference_state& state : reference.states) {
-            write_reference_state(reference, state);
-        }
+        require_forces(reference.reference);
     }
 
     std::atomic<std::size_t> next = 0;
@@ -131,13 +154,7 @@ std::vector<job_result> follow_jobs(const reference_set& reference,
     std::mutex telling;
     const auto work = [&] {
         for (std::size_t i = next++; i < jobs.size(); i = next++) {
-            if (!jobs[i].failure) {
-                try {
-                    follow_into(jobs[i], reference, how);
-                } catch (...) {
-                    jobs[i].failure = std::current_exception();
-                }
-            }
+            attempt(jobs[i], [&](job_result& each) { follow_into(each, reference, how); });
             const std::scoped_lock alone(telling);
             ++done;
             if (tell) tell(done, jobs.size());
@@ -152,7 +169,24 @@ std::vector<job_result> follow_jobs(const reference_set& reference,
     }
     work();
     threads.clear();
+    if (!how.write) return jobs;
+    const bool full_digits = why_not_full_digits(reference, jobs).empty();
+    for (const reference_state& state : reference.states) {
+        write_state_file(state_file_name(reference.reference.files.name, state.state),
+                         values_of_reference(reference, state), full_digits);
+    }
+    for (job_result& each : jobs) {
+        if (each.name == reference.reference.files.name) continue;
+        attempt(each, [&](job_result& of) { write_states(of, reference, full_digits); });
+    }
     return jobs;
+}
+
+std::string why_not_full_digits(const reference_set& reference, std::span<const job_result> jobs) {
+    if (!reference.reference.no_moments.empty()) return reference.reference.no_moments;
+    const auto first = std::ranges::find_if(
+        jobs, [](const job_result& each) { return !each.no_full_digits.empty(); });
+    return first == jobs.end() ? std::string() : first->no_full_digits;
 }
 
 }  // namespace sgn

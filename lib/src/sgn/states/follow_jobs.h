@@ -10,13 +10,17 @@
 #include <string>
 #include <vector>
 
+#include "sgn/set/displaced_set.h"
 #include "sgn/states/follow.h"
 
 namespace sgn {
 
 struct follow_options {
     overlap_limits limits{};
-    bool write = false;        ///< a result file per job and state, into the working directory
+    bool keep = false;  ///< what result files would hold, in job_result::values
+    /// Also written, a result file per job and state, into the working directory: with the
+    /// dipoles of the checkpoints if all jobs have them, else with those of the logs.
+    bool write = false;
     std::int32_t workers = 1;  ///< jobs at a time
 };
 
@@ -25,6 +29,8 @@ struct job_result {
     std::string checkpoint;  ///< as given
     std::string name;
     std::optional<followed_job> followed{};
+    std::vector<result_file> values{};  ///< of each state of the reference, if they are kept
+    std::string no_full_digits{};       ///< why they lack those, with the file's name
     std::size_t written_files = 0;
     std::exception_ptr failure{};  // turned into words where there is time and memory for it
 
@@ -38,9 +44,13 @@ using follow_progress = std::function<void(std::size_t done, std::size_t all)>;
 /// Follows the states of the reference into the job of every checkpoint, in their order. A job
 /// given twice is treated once; what is wrong with a job stands in its result. Throws
 /// flib::run_error if a result file would be that of another job, and flib::io_error if the
-/// reference's cannot be written.
+/// reference's cannot be written or its log has no forces for it.
 std::vector<job_result> follow_jobs(const reference_set& reference,
                                     std::span<const std::string> checkpoints,
                                     const follow_options& how, const follow_progress& tell = {});
+
+/// Why the dipoles of the logs count and not the more exact ones of the checkpoints, of which all
+/// jobs that were followed or none must have them: names the first file. Empty if they do.
+std::string why_not_full_digits(const reference_set& reference, std::span<const job_result> jobs);
 
 }  // namespace sgn
