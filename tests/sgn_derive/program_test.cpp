@@ -54,6 +54,7 @@ class SgnDerive : public testing::Test {
 };
 
 TEST_F(SgnDerive, WritesAllThatIsAskedFor) {
+    fs::remove(path("h2o_ref.fchk"));
     const auto report = sgn::analyse(sets::water().reference, sets::water().files);
     const std::map<std::string, std::string> expected{{"--json", sgn_derive::json_of(report)},
                                                       {"--fchk", fixture("water.fchk")},
@@ -111,7 +112,9 @@ TEST_F(SgnDerive, JudgesCheckpoints) {
         wrong += judged("x.fchk");
     }
     EXPECT_EQ(wrong, fixture("judged_wrong.txt"));
-    for (std::size_t i = 0; i < good.size(); i += 97) {
+    // Of the very last number a part is a number, too.
+    constexpr std::size_t last_number = 16;
+    for (std::size_t i = 0; i + last_number < good.size(); i += 97) {
         support::write_file(path("x.fchk"), good.substr(0, i));
         EXPECT_TRUE(support::ending_of([&] { sgn::read_checkpoint(path("x.fchk")); })) << i;
     }

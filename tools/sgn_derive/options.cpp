@@ -6,6 +6,7 @@
 
 #include "common/command_line.h"
 #include "flib/io/stop_run.h"
+#include "sgn/checkpoint/fcc_files.h"
 
 namespace sgn_derive {
 namespace {
@@ -15,18 +16,36 @@ namespace {
 void check_outputs(const options& of) {
     const std::pair<std::string_view, const std::optional<std::string>&> outputs[] = {
         {"--json", of.json}, {"--fchk", of.fchk}, {"--molden", of.molden}, {"--html", of.html}};
-    std::set<std::string_view> names;
+    std::set<std::string> names;
+    const auto require_only = [&](const std::string& name) {
+        if (names.insert(name).second) return;
+        throw flib::run_error("only one result can go to " +
+                              (name == "-" ? "standard output" : flib::printable(name)));
+    };
     for (const auto& [option, name] : outputs) {
         if (!name) continue;
         const std::string shown = *name == "-" ? "standard output" : flib::printable(*name);
-        if (!names.insert(*name).second) {
-            throw flib::run_error("only one result can go to " + shown);
-        }
+        require_only(*name);
         if (name->ends_with(".sgn")) {
             throw flib::run_error(std::string(option) + " would write over the result file " +
                                   shown);
         }
     }
+    if (!of.fcc) return;
+    const sgn::fcc_names files = sgn::fcc_names_of(*of.fcc);
+    for (const std::string& name : {files.state, files.electric, files.magnetic}) {
+        require_only(name);
+    }
+}
+
+/// The name of a family of files, in an existing directory or not.
+void take_family(const std::string& name, std::optional<std::string>& into) {
+    if (name.empty() || name.starts_with('-') || name.ends_with('/') || name.ends_with(".sgn")) {
+        throw flib::run_error(
+            "--fcc needs a name for three files, NAME.fcc, eldip_NAME and magdip_NAME; " +
+            flib::quoted(name) + " is none");
+    }
+    into = name;
 }
 
 }  // namespace
@@ -45,9 +64,12 @@ options parse_options(std::span<const std::string_view> arguments) {
     tools::add_file(app, "--json", result.json, "write all numbers as JSON");
     tools::add_file(app, "--fchk", result.fchk,
                     "write a formatted checkpoint for vibronic programs");
-    const tools::option with_template =
-        tools::add_file(app, "--template", result.fchk_template,
-                        "the reference's checkpoint, whose other sections are kept");
+    tools::add_value(
+        app, "--fcc", "NAME", [&](const std::string& name) { take_family(name, result.fcc); },
+        "write NAME.fcc, eldip_NAME and magdip_NAME for FCclasses 3");
+    const tools::option with_template = tools::add_file(
+        app, "--template", result.fchk_template,
+        "the reference's checkpoint, whose energy and other sections are kept");
     tools::add_file(app, "--molden", result.molden, "write the normal modes for viewers");
     tools::add_file(app, "--html", result.html, "write a page to look at");
     tools::add_file(app, "--judge", result.judge,
@@ -56,11 +78,12 @@ options parse_options(std::span<const std::string_view> arguments) {
     tools::parsed_line line = tools::parse_line(app, arguments);
     result.shown = std::move(line.shown);
     if (result.shown) return result;
-    if (with_template.given() && !result.fchk) {
-        throw flib::run_error("--template makes no sense without --fchk");
+    if (with_template.given() && !result.fchk && !result.fcc) {
+        throw flib::run_error("--template makes no sense without --fchk or --fcc");
     }
     if (result.judge) {
-        if (!line.names.empty() || result.json || result.fchk || result.molden || result.html) {
+        if (!line.names.empty() || result.json || result.fchk || result.fcc || result.molden ||
+            result.html) {
             throw flib::run_error("--judge stands alone");
         }
         return result;

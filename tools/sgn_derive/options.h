@@ -16,6 +16,7 @@ struct options {
     std::optional<std::string> json;  ///< files to be written, or "-"
     std::optional<std::string> fchk;
     std::optional<std::string> fchk_template;  ///< read only
+    std::optional<std::string> fcc;  ///< NAME of three files
     std::optional<std::string> molden;
     std::optional<std::string> html;
     std::optional<std::string> judge;  ///< a checkpoint to be judged, instead of a set

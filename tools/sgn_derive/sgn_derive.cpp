@@ -2,10 +2,12 @@
 
 #include <unistd.h>
 
+#include <filesystem>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -13,10 +15,13 @@
 #include "common/program.h"
 #include "common/progress.h"
 #include "common/same_file.h"
+#include "flib/io/stop_run.h"
 #include "sgn/check/judge.h"
 #include "sgn/check/report.h"
 #include "sgn/checkpoint/checkpoint.h"
+#include "sgn/checkpoint/fcc_files.h"
 #include "sgn/result/sgn_file.h"
+#include "sgn/set/set_moments.h"
 #include "sgn_derive/html.h"
 #include "sgn_derive/json.h"
 #include "sgn_derive/molden.h"
@@ -42,7 +47,45 @@ sgn::report report_on(const sgn_derive::options& options) {
         files.push_back({name, sgn::read_sgn_file(name)});
     }
     progress.at(options.files.size() + 1, "computing");
-    return sgn::analyse(reference, files);
+    sgn::report report = sgn::analyse(reference, files);
+    report.moments = sgn::read_set_moments(report.set);
+    return report;
+}
+
+/// The energy of the reference, which no result file tells.
+double energy_of(const sgn_derive::options& options, const sgn::report& report) {
+    if (options.fchk_template) {
+        return sgn::energy_of_checkpoint(*options.fchk_template, report.set);
+    }
+    const std::string beside = sgn::checkpoint_beside(options.reference);
+    if (std::error_code ignored; !std::filesystem::exists(beside, ignored)) {
+        throw flib::run_error(
+            "--fcc takes the energy from the reference's checkpoint: there is no " +
+            flib::printable(beside) + ", name another with --template");
+    }
+    return sgn::energy_of_checkpoint(beside, report.set);
+}
+
+/// The files of a state for FCclasses, and what is said of one that cannot be made.
+std::string add_fcc_files(const sgn_derive::options& options, const sgn::report& report,
+                          std::vector<std::pair<std::string, std::string>>& results) {
+    const sgn::displaced_set& set = report.set;
+    const sgn::derivatives& of = report.derivatives;
+    const sgn::fcc_names names = sgn::fcc_names_of(*options.fcc);
+    const sgn::fcc_state state = sgn::fcc_state_of(set, of, energy_of(options, report));
+    results.emplace_back(names.state, sgn::fcc_state_text(state));
+    results.emplace_back(names.electric, sgn::fcc_dipole_text(set.jobs.front().dipole, of.dipole));
+    const sgn::table magnetic =
+        derivatives_of(report.moments, &flib::moment_rows::magnetic_dipole, 3, of);
+    if (magnetic.rows == 0) {
+        return flib::printable(names.magnetic) +
+               " is not written: it takes magnetic dipoles from the checkpoints of all jobs, and " +
+               report.moments.why_not;
+    }
+    const auto& dipole = report.moments.jobs.front().row.magnetic_dipole;
+    results.emplace_back(names.magnetic,
+                         sgn::fcc_dipole_text({dipole[0], dipole[1], dipole[2]}, magnetic));
+    return {};
 }
 
 int run(std::span<const std::string_view> arguments) {
@@ -68,6 +111,8 @@ int run(std::span<const std::string_view> arguments) {
                                                                 *options.fchk_template)
                                                 : checkpoint_of(report.set, report.derivatives));
     }
+    const std::string not_written =
+        options.fcc ? add_fcc_files(options, report, results) : std::string();
     if (options.molden) results.emplace_back(*options.molden, sgn_derive::molden_of(report));
     if (options.html) results.emplace_back(*options.html, sgn_derive::html_of(report));
     bool streamed = false;
@@ -75,6 +120,7 @@ int run(std::span<const std::string_view> arguments) {
         tools::write_result(name, contents);
         streamed = streamed || name == "-";
     }
+    if (!not_written.empty()) tools::complain(tool, not_written);
     if (!streamed) tools::show(sgn_derive::text_of(report, terminal));
     return status_of(report.fine());
 }

@@ -10,6 +10,7 @@
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
 #include "flib/util/sum_formula.h"
+#include "flib/util/units.h"
 #include "sgn/set/geometry.h"
 
 namespace sgn_derive {
@@ -66,6 +67,28 @@ std::string what_it_is(const sgn::report& of, const tools::terminal& on) {
     if (left_out > 0) text += ", " + std::to_string(left_out) + " left out";
     text += '.';
     return on.width ? paragraph(text, on) : text + '\n';
+}
+
+/// Which transition it is, where a checkpoint tells.
+std::string excitation_text(const sgn::report& of, const tools::terminal& on) {
+    if (of.moments.jobs.empty()) return {};
+    const sgn::job_moments& reference = of.moments.jobs.front();
+    std::string text = "The dipole is that of state " + std::to_string(reference.state);
+    if (reference.excitation) {
+        text += ", " + decimal(*reference.excitation * flib::hartree_energy, 4) +
+                " eV above the ground state";
+    }
+    const std::vector<double> gradient = excitation_gradient(of.moments, of.derivatives);
+    if (!gradient.empty()) {
+        double largest = 0;
+        for (const double each : gradient) largest = std::max(largest, std::abs(each));
+        text += "; the gradient of this energy has components of up to " + decimal(largest, 4) +
+                " Hartree/Bohr";
+    }
+    if (of.set.has_forces && reference.state != reference.target) {
+        text += "; the forces are those of state " + std::to_string(reference.target);
+    }
+    return '\n' + paragraph(text + '.', on);
 }
 
 std::string coordinate_text(const sgn::report& of, std::size_t c) {
@@ -247,8 +270,8 @@ std::string residues_text(const sum_rules& rules, std::string_view of_what) {
 }
 
 std::string text_of(const sgn::report& of, const tools::terminal& on) {
-    std::string text =
-        what_it_is(of, on) + dipole_text(of, on) + rules_text(of.dipole_rules, of.force_rules, on);
+    std::string text = what_it_is(of, on) + excitation_text(of, on) + dipole_text(of, on) +
+                       rules_text(of.dipole_rules, of.force_rules, on);
     if (of.suspects.flips.empty()) text += residues_text(of.dipole_rules, "dipole");
     text +=
         residues_text(of.force_rules, "forces") + modes_text(of, on) + findings_text(of, on) + '\n';

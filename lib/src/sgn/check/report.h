@@ -10,6 +10,7 @@
 #include "sgn/set/derivatives.h"
 #include "sgn/set/displaced_set.h"
 #include "sgn/set/modes.h"
+#include "sgn/set/set_moments.h"
 #include "sgn/set/sum_rules.h"
 #include "sgn/set/suspects.h"
 #include "sgn/set/table.h"
@@ -28,6 +29,9 @@ struct report {
     double asymmetry = 0;            ///< largest, of the force derivatives, Hartree/Bohr^2
     double largest_force = 0;        ///< component at the reference, Hartree/Bohr
     std::vector<normal_mode> modes;  ///< empty also if a mass is missing
+
+    /// Of the checkpoints beside the result files; none if they were not asked.
+    set_moments moments;
 
     std::vector<finding> findings;
 
