@@ -15,7 +15,8 @@ namespace {
 /// a.sgn" the name of the file to be written was forgotten.
 void check_outputs(const options& of) {
     const std::pair<std::string_view, const std::optional<std::string>&> outputs[] = {
-        {"--json", of.json}, {"--fchk", of.fchk}, {"--molden", of.molden}, {"--html", of.html}};
+        {"--json", of.json}, {"--csv", of.csv},       {"--csv-modes", of.csv_modes},
+        {"--fchk", of.fchk}, {"--molden", of.molden}, {"--html", of.html}};
     std::set<std::string> names;
     const auto require_only = [&](const std::string& name) {
         if (names.insert(name).second) return;
@@ -62,16 +63,29 @@ options parse_options(std::span<const std::string_view> arguments) {
          .rest = "FILE may be '-', standard output; nothing else is shown there then.\n"
                  "Status: 0 all fine, 1 something deserves doubt, 2 no result.\n"});
     tools::add_file(app, "--json", result.json, "write all numbers as JSON");
+    tools::add_file(app, "--csv", result.csv, "write the derivatives of the dipole as CSV");
+    tools::add_file(app, "--csv-modes", result.csv_modes, "write the normal modes as CSV");
     tools::add_file(app, "--fchk", result.fchk,
                     "write a formatted checkpoint for vibronic programs");
     tools::add_value(
         app, "--fcc", "NAME", [&](const std::string& name) { take_family(name, result.fcc); },
         "write NAME.fcc, eldip_NAME and magdip_NAME for FCclasses 3");
-    const tools::option with_template = tools::add_file(
-        app, "--template", result.fchk_template,
-        "the reference's checkpoint, whose energy and other sections are kept");
+    const tools::option with_template =
+        tools::add_file(app, "--template", result.fchk_template,
+                        "the reference's checkpoint, whose energy and other sections are kept");
     tools::add_file(app, "--molden", result.molden, "write the normal modes for viewers");
     tools::add_file(app, "--html", result.html, "write a page to look at");
+    bool no_sum_rules = false;
+    tools::add_switch(app, "--no-sum-rules", no_sum_rules,
+                      "do not judge the sum rules: outer field, embedding charges, link atoms");
+    const auto take_units = [&](const std::string& units) {
+        if (units != "au" && units != "angstrom") {
+            throw flib::run_error("--units takes au or angstrom, not " + flib::quoted(units));
+        }
+        result.by_angstrom = units == "angstrom";
+    };
+    tools::add_value(app, "--units", "UNIT", take_units,
+                     "show derivatives of the dipole by au (Bohr, the default) or angstrom");
     tools::add_file(app, "--judge", result.judge,
                     "judge the derivatives in a checkpoint by the sum rules, instead of a set");
 
@@ -81,9 +95,10 @@ options parse_options(std::span<const std::string_view> arguments) {
     if (with_template.given() && !result.fchk && !result.fcc) {
         throw flib::run_error("--template makes no sense without --fchk or --fcc");
     }
+    result.sum_rules = !no_sum_rules;
     if (result.judge) {
-        if (!line.names.empty() || result.json || result.fchk || result.fcc || result.molden ||
-            result.html) {
+        if (!line.names.empty() || no_sum_rules || result.csv || result.csv_modes || result.json ||
+            result.fchk || result.fcc || result.molden || result.html) {
             throw flib::run_error("--judge stands alone");
         }
         return result;

@@ -22,6 +22,7 @@
 #include "sgn/checkpoint/fcc_files.h"
 #include "sgn/result/sgn_file.h"
 #include "sgn/set/set_moments.h"
+#include "sgn_derive/csv.h"
 #include "sgn_derive/html.h"
 #include "sgn_derive/json.h"
 #include "sgn_derive/molden.h"
@@ -47,7 +48,7 @@ sgn::report report_on(const sgn_derive::options& options) {
         files.push_back({name, sgn::read_sgn_file(name)});
     }
     progress.at(options.files.size() + 1, "computing");
-    sgn::report report = sgn::analyse(reference, files);
+    sgn::report report = sgn::analyse(reference, files, options.sum_rules);
     report.moments = sgn::read_set_moments(report.set);
     return report;
 }
@@ -105,6 +106,8 @@ int run(std::span<const std::string_view> arguments) {
     // All results are made before the first is written.
     std::vector<std::pair<std::string, std::string>> results;
     if (options.json) results.emplace_back(*options.json, sgn_derive::json_of(report));
+    if (options.csv) results.emplace_back(*options.csv, sgn_derive::derivatives_csv(report));
+    if (options.csv_modes) results.emplace_back(*options.csv_modes, sgn_derive::modes_csv(report));
     if (options.fchk) {
         results.emplace_back(*options.fchk, options.fchk_template
                                                 ? checkpoint_of(report.set, report.derivatives,
@@ -121,7 +124,7 @@ int run(std::span<const std::string_view> arguments) {
         streamed = streamed || name == "-";
     }
     if (!not_written.empty()) tools::complain(tool, not_written);
-    if (!streamed) tools::show(sgn_derive::text_of(report, terminal));
+    if (!streamed) tools::show(sgn_derive::text_of(report, terminal, options.by_angstrom));
     return status_of(report.fine());
 }
 

@@ -96,23 +96,25 @@ std::string coordinate_text(const sgn::report& of, std::size_t c) {
            left(flib::printable(of.set.atoms[c / 3].symbol), 3) + axis_names[c % 3];
 }
 
-std::string dipole_text(const sgn::report& of, const tools::terminal& on) {
+std::string dipole_text(const sgn::report& of, const tools::terminal& on, bool by_angstrom) {
     const auto& d = of.derivatives;
     const sgn::vec3& dipole = of.set.jobs.front().dipole;
+    const double unit = by_angstrom ? flib::bohr_radius : 1;
     std::string text =
         '\n' +
-        paragraph(
-            "Derivatives of the transition dipole (au: e, by Bohr), and what the rounding of "
-            "the dipoles to " +
-                std::to_string(of.set.dipole_decimals) +
-                " decimals makes them uncertain by; the finite step adds some " +
-                decimal(d.dipole_step_error, 4),
-            on) +
+        paragraph(std::string("Derivatives of the transition dipole (") +
+                      (by_angstrom ? "e Bohr, by Angstrom" : "au: e, by Bohr") +
+                      "), and what the rounding of "
+                      "the dipoles to " +
+                      std::to_string(of.set.dipole_decimals) +
+                      " decimals makes them uncertain by; the finite step adds some " +
+                      decimal(d.dipole_step_error / unit, 4),
+                  on) +
         "\n   Atom            x          y          z    +-\n";
     for (std::size_t c = 0; c < d.dipole.rows; ++c) {
         text += coordinate_text(of, c);
-        for (const double value : d.dipole.row(c)) text += number(value, 11, 4);
-        text += number(d.dipole_uncertainty[c], 8, 4) + '\n';
+        for (const double value : d.dipole.row(c)) text += number(value / unit, 11, 4);
+        text += number(d.dipole_uncertainty[c] / unit, 8, 4) + '\n';
     }
     text += "   dipole ";
     for (const double value : dipole) text += number(value, 11, 4);
@@ -269,8 +271,9 @@ std::string residues_text(const sum_rules& rules, std::string_view of_what) {
     return text;
 }
 
-std::string text_of(const sgn::report& of, const tools::terminal& on) {
-    std::string text = what_it_is(of, on) + excitation_text(of, on) + dipole_text(of, on) +
+std::string text_of(const sgn::report& of, const tools::terminal& on, bool by_angstrom) {
+    std::string text = what_it_is(of, on) + excitation_text(of, on) +
+                       dipole_text(of, on, by_angstrom) +
                        rules_text(of.dipole_rules, of.force_rules, on);
     if (of.suspects.flips.empty()) text += residues_text(of.dipole_rules, "dipole");
     text +=

@@ -42,8 +42,11 @@ struct report {
 };
 
 /// Judges and differentiates a set. Throws flib::run_error if there is no result: files that do not
-/// belong together, values that are not finite, coordinates that no file displaces.
-report analyse(const result_file& reference, const std::vector<result_file>& files);
+/// belong together, values that are not finite, coordinates that no file displaces. Without
+/// `sum_rules` these are not judged, and no signs are sought by them: they do not hold in an outer
+/// field, with embedding charges or link atoms.
+report analyse(const result_file& reference, const std::vector<result_file>& files,
+               bool sum_rules = true);
 
 /// The verdict on the whole set in one sentence.
 std::string verdict_of(const report& of);
