@@ -67,6 +67,20 @@ json_value mode_of(const sgn::normal_mode& mode) {
             {"borrowed", mode.borrowed}};
 }
 
+/// Of the transition that the dipole belongs to; null if no checkpoint tells.
+json_value excitation_of(const sgn::report& of) {
+    if (of.moments.jobs.empty()) return nullptr;
+    const sgn::job_moments& reference = of.moments.jobs.front();
+    const std::vector<double> gradient = excitation_gradient(of.moments, of.derivatives);
+    json_value result{{"state", reference.state}, {"state_of_forces", reference.target}};
+    result["energy"] = reference.excitation ? json_value(*reference.excitation) : nullptr;
+    result["gradient"] = gradient.empty() ? json_value(nullptr) : json_value::array();
+    for (std::size_t c = 0; c < gradient.size(); c += 3) {
+        result["gradient"].push_back({gradient[c], gradient[c + 1], gradient[c + 2]});
+    }
+    return result;
+}
+
 }  // namespace
 
 std::string json_of(const sgn::report& of) {
@@ -97,6 +111,8 @@ std::string json_of(const sgn::report& of) {
     result["stationary"] = of.stationary();
     json_value& modes = result["modes"] = json_value::array();
     for (const sgn::normal_mode& each : of.modes) modes.push_back(mode_of(each));
+
+    result["excitation"] = excitation_of(of);
 
     json_value dipole = json_of(of.dipole_rules);
     const auto& flips = of.suspects.flips;

@@ -6,6 +6,7 @@
 
 #include "common/command_line.h"
 #include "flib/io/stop_run.h"
+#include "sgn/checkpoint/fcc_files.h"
 
 namespace sgn_derive {
 namespace {
@@ -14,19 +15,38 @@ namespace {
 /// a.sgn" the name of the file to be written was forgotten.
 void check_outputs(const options& of) {
     const std::pair<std::string_view, const std::optional<std::string>&> outputs[] = {
-        {"--json", of.json}, {"--fchk", of.fchk}, {"--molden", of.molden}, {"--html", of.html}};
-    std::set<std::string_view> names;
+        {"--json", of.json}, {"--csv", of.csv},       {"--csv-modes", of.csv_modes},
+        {"--fchk", of.fchk}, {"--molden", of.molden}, {"--html", of.html}};
+    std::set<std::string> names;
+    const auto require_only = [&](const std::string& name) {
+        if (names.insert(name).second) return;
+        throw flib::run_error("only one result can go to " +
+                              (name == "-" ? "standard output" : flib::printable(name)));
+    };
     for (const auto& [option, name] : outputs) {
         if (!name) continue;
         const std::string shown = *name == "-" ? "standard output" : flib::printable(*name);
-        if (!names.insert(*name).second) {
-            throw flib::run_error("only one result can go to " + shown);
-        }
+        require_only(*name);
         if (name->ends_with(".sgn")) {
             throw flib::run_error(std::string(option) + " would write over the result file " +
                                   shown);
         }
     }
+    if (!of.fcc) return;
+    const sgn::fcc_names files = sgn::fcc_names_of(*of.fcc);
+    for (const std::string& name : {files.state, files.electric, files.magnetic}) {
+        require_only(name);
+    }
+}
+
+/// The name of a family of files, in an existing directory or not.
+void take_family(const std::string& name, std::optional<std::string>& into) {
+    if (name.empty() || name.starts_with('-') || name.ends_with('/') || name.ends_with(".sgn")) {
+        throw flib::run_error(
+            "--fcc needs a name for three files, NAME.fcc, eldip_NAME and magdip_NAME; " +
+            flib::quoted(name) + " is none");
+    }
+    into = name;
 }
 
 }  // namespace
@@ -43,24 +63,42 @@ options parse_options(std::span<const std::string_view> arguments) {
          .rest = "FILE may be '-', standard output; nothing else is shown there then.\n"
                  "Status: 0 all fine, 1 something deserves doubt, 2 no result.\n"});
     tools::add_file(app, "--json", result.json, "write all numbers as JSON");
+    tools::add_file(app, "--csv", result.csv, "write the derivatives of the dipole as CSV");
+    tools::add_file(app, "--csv-modes", result.csv_modes, "write the normal modes as CSV");
     tools::add_file(app, "--fchk", result.fchk,
                     "write a formatted checkpoint for vibronic programs");
+    tools::add_value(
+        app, "--fcc", "NAME", [&](const std::string& name) { take_family(name, result.fcc); },
+        "write NAME.fcc, eldip_NAME and magdip_NAME for FCclasses 3");
     const tools::option with_template =
         tools::add_file(app, "--template", result.fchk_template,
-                        "the reference's checkpoint, whose other sections are kept");
+                        "the reference's checkpoint, whose energy and other sections are kept");
     tools::add_file(app, "--molden", result.molden, "write the normal modes for viewers");
     tools::add_file(app, "--html", result.html, "write a page to look at");
+    bool no_sum_rules = false;
+    tools::add_switch(app, "--no-sum-rules", no_sum_rules,
+                      "do not judge the sum rules: outer field, embedding charges, link atoms");
+    const auto take_units = [&](const std::string& units) {
+        if (units != "au" && units != "angstrom") {
+            throw flib::run_error("--units takes au or angstrom, not " + flib::quoted(units));
+        }
+        result.by_angstrom = units == "angstrom";
+    };
+    tools::add_value(app, "--units", "UNIT", take_units,
+                     "show derivatives of the dipole by au (Bohr, the default) or angstrom");
     tools::add_file(app, "--judge", result.judge,
                     "judge the derivatives in a checkpoint by the sum rules, instead of a set");
 
     tools::parsed_line line = tools::parse_line(app, arguments);
     result.shown = std::move(line.shown);
     if (result.shown) return result;
-    if (with_template.given() && !result.fchk) {
-        throw flib::run_error("--template makes no sense without --fchk");
+    if (with_template.given() && !result.fchk && !result.fcc) {
+        throw flib::run_error("--template makes no sense without --fchk or --fcc");
     }
+    result.sum_rules = !no_sum_rules;
     if (result.judge) {
-        if (!line.names.empty() || result.json || result.fchk || result.molden || result.html) {
+        if (!line.names.empty() || no_sum_rules || result.csv || result.csv_modes || result.json ||
+            result.fchk || result.fcc || result.molden || result.html) {
             throw flib::run_error("--judge stands alone");
         }
         return result;

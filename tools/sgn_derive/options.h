@@ -13,9 +13,14 @@ struct options {
     std::optional<std::string> shown;  ///< of --help or --version
     std::string reference;
     std::vector<std::string> files;
+    bool sum_rules = true;            ///< they are judged
+    bool by_angstrom = false;         ///< derivatives in the report are, not by Bohr
     std::optional<std::string> json;  ///< files to be written, or "-"
     std::optional<std::string> fchk;
     std::optional<std::string> fchk_template;  ///< read only
+    std::optional<std::string> fcc;            ///< NAME of three files
+    std::optional<std::string> csv;            ///< of derivatives
+    std::optional<std::string> csv_modes;
     std::optional<std::string> molden;
     std::optional<std::string> html;
     std::optional<std::string> judge;  ///< a checkpoint to be judged, instead of a set

@@ -2,21 +2,27 @@
 
 #include <unistd.h>
 
+#include <filesystem>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <system_error>
 #include <utility>
 #include <vector>
 
 #include "common/output_file.h"
 #include "common/program.h"
 #include "common/progress.h"
+#include "flib/io/stop_run.h"
 #include "sgn/check/judge.h"
 #include "sgn/check/report.h"
 #include "sgn/checkpoint/checkpoint.h"
+#include "sgn/checkpoint/fcc_files.h"
 #include "sgn/job/same_file.h"
 #include "sgn/result/sgn_file.h"
+#include "sgn/set/set_moments.h"
+#include "sgn_derive/csv.h"
 #include "sgn_derive/html.h"
 #include "sgn_derive/json.h"
 #include "sgn_derive/molden.h"
@@ -42,7 +48,45 @@ sgn::report report_on(const sgn_derive::options& options) {
         files.push_back({name, sgn::read_sgn_file(name)});
     }
     progress.at(options.files.size() + 1, "computing");
-    return sgn::analyse(reference, files);
+    sgn::report report = sgn::analyse(reference, files, options.sum_rules);
+    report.moments = sgn::read_set_moments(report.set);
+    return report;
+}
+
+/// The energy of the reference, which no result file tells.
+double energy_of(const sgn_derive::options& options, const sgn::report& report) {
+    if (options.fchk_template) {
+        return sgn::energy_of_checkpoint(*options.fchk_template, report.set);
+    }
+    const std::string beside = sgn::checkpoint_beside(options.reference);
+    if (std::error_code ignored; !std::filesystem::exists(beside, ignored)) {
+        throw flib::run_error(
+            "--fcc takes the energy from the reference's checkpoint: there is no " +
+            flib::printable(beside) + ", name another with --template");
+    }
+    return sgn::energy_of_checkpoint(beside, report.set);
+}
+
+/// The files of a state for FCclasses, and what is said of one that cannot be made.
+std::string add_fcc_files(const sgn_derive::options& options, const sgn::report& report,
+                          std::vector<std::pair<std::string, std::string>>& results) {
+    const sgn::displaced_set& set = report.set;
+    const sgn::derivatives& of = report.derivatives;
+    const sgn::fcc_names names = sgn::fcc_names_of(*options.fcc);
+    const sgn::fcc_state state = sgn::fcc_state_of(set, of, energy_of(options, report));
+    results.emplace_back(names.state, sgn::fcc_state_text(state));
+    results.emplace_back(names.electric, sgn::fcc_dipole_text(set.jobs.front().dipole, of.dipole));
+    const sgn::table magnetic =
+        derivatives_of(report.moments, &flib::moment_rows::magnetic_dipole, 3, of);
+    if (magnetic.rows == 0) {
+        return flib::printable(names.magnetic) +
+               " is not written: it takes magnetic dipoles from the checkpoints of all jobs, and " +
+               report.moments.why_not;
+    }
+    const auto& dipole = report.moments.jobs.front().row.magnetic_dipole;
+    results.emplace_back(names.magnetic,
+                         sgn::fcc_dipole_text({dipole[0], dipole[1], dipole[2]}, magnetic));
+    return {};
 }
 
 int run(std::span<const std::string_view> arguments) {
@@ -62,12 +106,16 @@ int run(std::span<const std::string_view> arguments) {
     // All results are made before the first is written.
     std::vector<std::pair<std::string, std::string>> results;
     if (options.json) results.emplace_back(*options.json, sgn_derive::json_of(report));
+    if (options.csv) results.emplace_back(*options.csv, sgn_derive::derivatives_csv(report));
+    if (options.csv_modes) results.emplace_back(*options.csv_modes, sgn_derive::modes_csv(report));
     if (options.fchk) {
         results.emplace_back(*options.fchk, options.fchk_template
                                                 ? checkpoint_of(report.set, report.derivatives,
                                                                 *options.fchk_template)
                                                 : checkpoint_of(report.set, report.derivatives));
     }
+    const std::string not_written =
+        options.fcc ? add_fcc_files(options, report, results) : std::string();
     if (options.molden) results.emplace_back(*options.molden, sgn_derive::molden_of(report));
     if (options.html) results.emplace_back(*options.html, sgn_derive::html_of(report));
     bool streamed = false;
@@ -75,7 +123,8 @@ int run(std::span<const std::string_view> arguments) {
         tools::write_result(name, contents);
         streamed = streamed || name == "-";
     }
-    if (!streamed) tools::show(sgn_derive::text_of(report, terminal));
+    if (!not_written.empty()) tools::complain(tool, not_written);
+    if (!streamed) tools::show(sgn_derive::text_of(report, terminal, options.by_angstrom));
     return status_of(report.fine());
 }
 

@@ -10,6 +10,7 @@
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
 #include "flib/util/sum_formula.h"
+#include "flib/util/units.h"
 #include "sgn/set/geometry.h"
 
 namespace sgn_derive {
@@ -68,28 +69,52 @@ std::string what_it_is(const sgn::report& of, const tools::terminal& on) {
     return on.width ? paragraph(text, on) : text + '\n';
 }
 
+/// Which transition it is, where a checkpoint tells.
+std::string excitation_text(const sgn::report& of, const tools::terminal& on) {
+    if (of.moments.jobs.empty()) return {};
+    const sgn::job_moments& reference = of.moments.jobs.front();
+    std::string text = "The dipole is that of state " + std::to_string(reference.state);
+    if (reference.excitation) {
+        text += ", " + decimal(*reference.excitation * flib::hartree_energy, 4) +
+                " eV above the ground state";
+    }
+    const std::vector<double> gradient = excitation_gradient(of.moments, of.derivatives);
+    if (!gradient.empty()) {
+        double largest = 0;
+        for (const double each : gradient) largest = std::max(largest, std::abs(each));
+        text += "; the gradient of this energy has components of up to " + decimal(largest, 4) +
+                " Hartree/Bohr";
+    }
+    if (of.set.has_forces && reference.state != reference.target) {
+        text += "; the forces are those of state " + std::to_string(reference.target);
+    }
+    return '\n' + paragraph(text + '.', on);
+}
+
 std::string coordinate_text(const sgn::report& of, std::size_t c) {
     return flib::integer_field(static_cast<std::int64_t>(c / 3) + 1, 5) + " " +
            left(flib::printable(of.set.atoms[c / 3].symbol), 3) + axis_names[c % 3];
 }
 
-std::string dipole_text(const sgn::report& of, const tools::terminal& on) {
+std::string dipole_text(const sgn::report& of, const tools::terminal& on, bool by_angstrom) {
     const auto& d = of.derivatives;
     const sgn::vec3& dipole = of.set.jobs.front().dipole;
+    const double unit = by_angstrom ? flib::bohr_radius : 1;
     std::string text =
         '\n' +
-        paragraph(
-            "Derivatives of the transition dipole (au: e, by Bohr), and what the rounding of "
-            "the dipoles to " +
-                std::to_string(of.set.dipole_decimals) +
-                " decimals makes them uncertain by; the finite step adds some " +
-                decimal(d.dipole_step_error, 4),
-            on) +
+        paragraph(std::string("Derivatives of the transition dipole (") +
+                      (by_angstrom ? "e Bohr, by Angstrom" : "au: e, by Bohr") +
+                      "), and what the rounding of "
+                      "the dipoles to " +
+                      std::to_string(of.set.dipole_decimals) +
+                      " decimals makes them uncertain by; the finite step adds some " +
+                      decimal(d.dipole_step_error / unit, 4),
+                  on) +
         "\n   Atom            x          y          z    +-\n";
     for (std::size_t c = 0; c < d.dipole.rows; ++c) {
         text += coordinate_text(of, c);
-        for (const double value : d.dipole.row(c)) text += number(value, 11, 4);
-        text += number(d.dipole_uncertainty[c], 8, 4) + '\n';
+        for (const double value : d.dipole.row(c)) text += number(value / unit, 11, 4);
+        text += number(d.dipole_uncertainty[c] / unit, 8, 4) + '\n';
     }
     text += "   dipole ";
     for (const double value : dipole) text += number(value, 11, 4);
@@ -246,9 +271,10 @@ std::string residues_text(const sum_rules& rules, std::string_view of_what) {
     return text;
 }
 
-std::string text_of(const sgn::report& of, const tools::terminal& on) {
-    std::string text =
-        what_it_is(of, on) + dipole_text(of, on) + rules_text(of.dipole_rules, of.force_rules, on);
+std::string text_of(const sgn::report& of, const tools::terminal& on, bool by_angstrom) {
+    std::string text = what_it_is(of, on) + excitation_text(of, on) +
+                       dipole_text(of, on, by_angstrom) +
+                       rules_text(of.dipole_rules, of.force_rules, on);
     if (of.suspects.flips.empty()) text += residues_text(of.dipole_rules, "dipole");
     text +=
         residues_text(of.force_rules, "forces") + modes_text(of, on) + findings_text(of, on) + '\n';

@@ -17,8 +17,8 @@ namespace sgn_derive {
 std::string formula_of(const std::vector<sgn::atom>& atoms);
 
 /// What the set is, the derivatives, the sum rules, the modes, what deserves doubt, and the
-/// verdict.
-std::string text_of(const sgn::report& of, const tools::terminal& on);
+/// verdict. Derivatives of the dipole by coordinates are by Bohr or, if so wanted, by Angstrom.
+std::string text_of(const sgn::report& of, const tools::terminal& on, bool by_angstrom = false);
 
 /// The table of the sum rules; `forces` without any if they were not made.
 std::string rules_text(const sgn::sum_rules& dipole, const sgn::sum_rules& forces,

@@ -10,6 +10,7 @@
 #include "sgn/set/derivatives.h"
 #include "sgn/set/displaced_set.h"
 #include "sgn/set/modes.h"
+#include "sgn/set/set_moments.h"
 #include "sgn/set/sum_rules.h"
 #include "sgn/set/suspects.h"
 #include "sgn/set/table.h"
@@ -29,6 +30,9 @@ struct report {
     double largest_force = 0;        ///< component at the reference, Hartree/Bohr
     std::vector<normal_mode> modes;  ///< empty also if a mass is missing
 
+    /// Of the checkpoints beside the result files; none if they were not asked.
+    set_moments moments;
+
     std::vector<finding> findings;
 
     /// Nothing deserves doubt.
@@ -38,8 +42,11 @@ struct report {
 };
 
 /// Judges and differentiates a set. Throws flib::run_error if there is no result: files that do not
-/// belong together, values that are not finite, coordinates that no file displaces.
-report analyse(const result_file& reference, const std::vector<result_file>& files);
+/// belong together, values that are not finite, coordinates that no file displaces. Without
+/// `sum_rules` these are not judged, and no signs are sought by them: they do not hold in an outer
+/// field, with embedding charges or link atoms.
+report analyse(const result_file& reference, const std::vector<result_file>& files,
+               bool sum_rules = true);
 
 /// The verdict on the whole set in one sentence.
 std::string verdict_of(const report& of);

@@ -3,44 +3,31 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <optional>
+#include <iterator>
+#include <span>
+#include <string_view>
 
+#include "flib/excited/qm_file_state_moments.h"
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
 #include "flib/util/elements.h"
 #include "flib/util/units.h"
 #include "sgn/checkpoint/detail/checkpoint_sections.h"
+#include "sgn/checkpoint/detail/lower_triangle.h"
 #include "sgn/set/modes.h"
 
 namespace sgn {
 namespace {
 
-/// Values of one state: its energy, the electric dipole, the velocity dipole, the magnetic dipole,
-/// and six more.
-constexpr std::size_t values_per_state = 16;
-constexpr std::size_t dipole_at = 1;
-constexpr std::size_t field_components = 3;
-
-// Places in the list of scalars.
-constexpr std::size_t scalar_count = 20;
-constexpr std::size_t states_at = 0;
-constexpr std::size_t values_at = 1;
-constexpr std::size_t target_at = 4;
-constexpr std::size_t derivatives_at = 5;
+namespace layout = flib::state_layout;
+using layout::dipole_at;
+constexpr std::size_t values_per_state = layout::values;
+constexpr std::size_t field_components = layout::fields;
 
 std::vector<double> flat(const std::vector<vec3>& vectors, double factor) {
     std::vector<double> result;
     for (const vec3& each : vectors) {
         for (const double component : each) result.push_back(factor * component);
-    }
-    return result;
-}
-
-std::vector<double> lower_triangle(const table& of) {
-    std::vector<double> result;
-    for (std::size_t i = 0; i < of.rows; ++i) {
-        const auto row = of.row(i).first(i + 1);
-        result.insert(result.end(), row.begin(), row.end());
     }
     return result;
 }
@@ -78,15 +65,25 @@ std::vector<section> result_sections(const displaced_set& set, const derivatives
         result.push_back(real_section(section_name::force_constants,
                                       lower_triangle(force_constants(of.forces))));
     }
-    std::vector<std::int32_t> scalars(scalar_count);
-    scalars[states_at] = 1;
-    scalars[values_at] = values_per_state;
+    std::vector<std::int32_t> scalars(layout::scalars);
+    scalars[layout::states_at] = 1;
+    scalars[layout::values_at] = values_per_state;
     scalars[2] = 1;
     scalars[3] = 10;
-    scalars[target_at] = 1;
-    scalars[derivatives_at] = static_cast<std::int32_t>(coordinates.size() + field_components);
+    scalars[layout::target_at] = 1;
+    scalars[layout::derivatives_at] =
+        static_cast<std::int32_t>(coordinates.size() + field_components);
+    const std::vector<double> values = state_values(set, of, energy);
+    // Only singlets have dipoles.
+    const std::vector<std::int32_t> spin(1);
+    const std::vector<std::int32_t> symmetry(1);
+    result.push_back(integer_section(section_name::state_scalar_count, layout::scalars));
+    result.push_back(
+        integer_section(section_name::state_value_count, static_cast<std::int32_t>(values.size())));
     result.push_back(integer_section(section_name::state_scalars, scalars));
-    result.push_back(real_section(section_name::state_values, state_values(set, of, energy)));
+    result.push_back(integer_section(section_name::state_spin, spin));
+    result.push_back(integer_section(section_name::state_symmetry, symmetry));
+    result.push_back(real_section(section_name::state_values, values));
     return result;
 }
 
@@ -98,53 +95,96 @@ std::size_t atom_count(const sections& from) {
     return static_cast<std::size_t>(count);
 }
 
-/// The template has to be a checkpoint of the reference.
-void require_same_molecule(const sections& from, const displaced_set& set) {
+/// How far the atom at `at` of a checkpoint's coordinates is from `other` (Angstrom).
+double distance(std::span<const double> at, const atom& other) {
+    vec3 place{};
+    for (std::size_t k = 0; k < 3; ++k) place[k] = at[k] * flib::bohr_radius;
+    return length(difference(place, other.x));
+}
+
+/// The set's atoms among those of a checkpoint (from 0 on), in their order: all of them or, of an
+/// ONIOM job or a model with point charges, the high layer. The checkpoint has to be the
+/// reference's.
+std::vector<std::size_t> places_in(const sections& from, const displaced_set& set) {
     const auto& atoms = set.atoms;
     const std::string reference = " of " + flib::printable(set.jobs.front().name);
     const std::size_t count = atom_count(from);
-    if (count != atoms.size()) {
+    if (count < atoms.size()) {
         throw flib::io_error(from.file, 0,
                              "has " + std::to_string(count) + " atoms instead of the " +
                                  std::to_string(atoms.size()) + reference);
     }
     const auto numbers = from.integers(section_name::numbers, count);
     const auto x = from.reals(section_name::coordinates, 3 * count);
-    for (std::size_t i = 0; i < count; ++i) {
-        std::string wrong = "atom " + std::to_string(i + 1);
-        if (numbers[i] != atoms[i].number) {
-            wrong.append(" is a ").append(std::to_string(numbers[i]));
-            wrong.append(" instead of the ").append(std::to_string(atoms[i].number));
-            throw flib::io_error(from.file, 0, wrong.append(reference));
+    // Six decimals there, a Bohr radius of another year here.
+    constexpr double tolerance = 1e-4;
+    std::vector<std::size_t> places;
+    std::size_t at = 0;
+    for (std::size_t i = 0; i < atoms.size(); ++i, ++at) {
+        // Others may stand between them.
+        const auto is_here = [&] {
+            return numbers[at] == atoms[i].number &&
+                   distance(std::span(x).subspan(3 * at, 3), atoms[i]) <= tolerance;
+        };
+        while (count > atoms.size() && at < count && !is_here()) ++at;
+        if (at < count && is_here()) {
+            places.push_back(at);
+            continue;
         }
-        vec3 place{};
-        for (std::size_t k = 0; k < 3; ++k) place[k] = x[3 * i + k] * flib::bohr_radius;
-        // Six decimals there, a Bohr radius of another year here.
-        constexpr double tolerance = 1e-4;
-        const double distance = length(difference(place, atoms[i].x));
-        if (!(distance <= tolerance)) {
-            wrong.append(" stands ").append(flib::decimal(distance, 4));
+        const std::string wrong = "atom " + std::to_string(i + 1);
+        if (count > atoms.size()) {
             throw flib::io_error(from.file, 0,
-                                 wrong.append(" Angstrom from that").append(reference));
+                                 wrong + reference + " is none of its " + std::to_string(count) +
+                                     " atoms, in their order");
         }
+        if (numbers[i] != atoms[i].number) {
+            throw flib::io_error(from.file, 0,
+                                 wrong + " is a " + std::to_string(numbers[i]) +
+                                     " instead of the " + std::to_string(atoms[i].number) +
+                                     reference);
+        }
+        throw flib::io_error(
+            from.file, 0,
+            wrong + " stands " +
+                flib::decimal(distance(std::span(x).subspan(3 * i, 3), atoms[i]), 4) +
+                " Angstrom from that" + reference);
     }
+    return places;
 }
 
-}  // namespace
+/// What is kept of the checkpoint of a larger system: all else tells of its atoms.
+constexpr std::string_view kept_of_larger[] = {
+    "Charge",
+    "Multiplicity",
+    "Number of electrons",
+    "Number of alpha electrons",
+    "Number of beta electrons",
+    section_name::basis_functions,
+    "Number of independent functions",
+    section_name::scf_energy,
+    "CIS Energy",
+    section_name::energy,
+};
 
-std::string checkpoint_of(const displaced_set& set, const derivatives& of) {
+/// The atoms of a set: how many, their numbers and charges.
+std::vector<section> atom_sections(const displaced_set& set) {
     std::vector<std::int32_t> numbers;
     std::vector<double> charges;
     for (const atom& each : set.atoms) {
         numbers.push_back(each.number);
         charges.push_back(each.number);
     }
+    return {integer_section(section_name::atoms, static_cast<std::int32_t>(set.atoms.size())),
+            integer_section(section_name::basis_functions, set.basis_functions),
+            integer_section(section_name::numbers, numbers),
+            real_section(section_name::charges, charges)};
+}
+
+}  // namespace
+
+std::string checkpoint_of(const displaced_set& set, const derivatives& of) {
     std::string text = "Derivatives of a transition dipole and of forces, by sgn_derive\nFreq\n";
-    text +=
-        text_of(integer_section(section_name::atoms, static_cast<std::int32_t>(set.atoms.size())));
-    text += text_of(integer_section(section_name::basis_functions, set.basis_functions));
-    text += text_of(integer_section(section_name::numbers, numbers));
-    text += text_of(real_section(section_name::charges, charges));
+    for (const section& each : atom_sections(set)) text += text_of(each);
     for (const section& each : result_sections(set, of, 0)) text += text_of(each);
     return text;
 }
@@ -152,9 +192,17 @@ std::string checkpoint_of(const displaced_set& set, const derivatives& of) {
 std::string checkpoint_of(const displaced_set& set, const derivatives& of,
                           const std::string& template_file) {
     sections from = read_sections(template_file);
-    require_same_molecule(from, set);
+    const std::vector<std::size_t> places = places_in(from, set);
     const double energy = from.find(section_name::energy) ? from.real(section_name::energy) : 0;
     std::vector<section> added = result_sections(set, of, energy);
+    if (places.size() < atom_count(from)) {
+        std::erase_if(from.all, [](const section& each) {
+            return std::ranges::find(kept_of_larger, each.label) == std::end(kept_of_larger);
+        });
+        std::vector<section> atoms = atom_sections(set);
+        std::erase_if(atoms, [&](const section& each) { return from.find(each.label); });
+        from.all.insert(from.all.begin(), atoms.begin(), atoms.end());
+    }
     std::string text = from.titles[0] + '\n' + from.titles[1] + '\n';
     for (const section& each : from.all) {
         const auto replacing = std::find_if(added.begin(), added.end(), [&](const section& one) {
@@ -169,6 +217,12 @@ std::string checkpoint_of(const displaced_set& set, const derivatives& of,
     }
     for (const section& each : added) text += text_of(each);
     return text;
+}
+
+double energy_of_checkpoint(const std::string& file, const displaced_set& set) {
+    const sections from = read_sections(file);
+    places_in(from, set);
+    return from.real(section_name::energy);
 }
 
 checkpoint read_checkpoint(const std::string& file) {
@@ -192,16 +246,16 @@ checkpoint read_checkpoint(const std::string& file) {
         throw flib::io_error(file, head.line,
                              "'" + std::string(section_name::state_scalars) + "' " + message);
     };
-    if (scalars.size() <= derivatives_at) refuse("has too few values");
-    if (scalars[derivatives_at] == 0) refuse("tells of no derivatives");
+    if (scalars.size() <= layout::derivatives_at) refuse("has too few values");
+    if (scalars[layout::derivatives_at] == 0) refuse("tells of no derivatives");
     const std::size_t derivative_count = field_components + 3 * count;
-    if (scalars[values_at] != static_cast<std::int32_t>(values_per_state) ||
-        scalars[derivatives_at] != static_cast<std::int32_t>(derivative_count)) {
+    if (scalars[layout::values_at] != static_cast<std::int32_t>(values_per_state) ||
+        scalars[layout::derivatives_at] != static_cast<std::int32_t>(derivative_count)) {
         refuse("does not tell of " + std::to_string(values_per_state) + " values a state and " +
                std::to_string(derivative_count) + " derivatives of each");
     }
-    const std::int32_t states = scalars[states_at];
-    const std::int32_t target = scalars[target_at];
+    const std::int32_t states = scalars[layout::states_at];
+    const std::int32_t target = scalars[layout::target_at];
     if (states < 1 || target < 1 || target > states) refuse("names no target state");
     const auto before = static_cast<std::size_t>(states) * values_per_state;
     const auto values =

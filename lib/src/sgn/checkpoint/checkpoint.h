@@ -16,11 +16,17 @@ namespace sgn {
 /// force constants. There is no energy in it.
 std::string checkpoint_of(const displaced_set& set, const derivatives& of);
 
-/// The checkpoint `template_file` with these sections replaced or, at its end, added. Throws
-/// flib::io_error if it is not a whole formatted checkpoint, or one of another molecule or
-/// geometry.
+/// The checkpoint `template_file` with these sections replaced or, at its end, added. If it has
+/// other atoms besides (that of an ONIOM job, of which the set is the high layer), only electrons
+/// and energies are kept of it. Throws flib::io_error if it is not a whole formatted checkpoint, or
+/// one of another molecule or geometry.
 std::string checkpoint_of(const displaced_set& set, const derivatives& of,
                           const std::string& template_file);
+
+/// The total energy (Hartree) in the checkpoint `file` of the set's reference, or of an ONIOM job
+/// of which the set is the high layer. Throws flib::io_error as checkpoint_of() does, and if there
+/// is none.
+double energy_of_checkpoint(const std::string& file, const displaced_set& set);
 
 /// What a checkpoint holds of derivatives.
 struct checkpoint {
