@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "common/number_ranges.h"
+#include "common/outputs.h"
 #include "states/follow.h"
 
 namespace sgn_states {
@@ -20,10 +21,17 @@ struct options {
     std::optional<std::string> json;          ///< file for JSON, or "-"
     bool csv = false;                         ///< CSV instead of the table
     bool write = false;                       ///< result files of every state
+    bool overwrite = false;                   ///< also files that are no outputs of these tools
     std::int32_t workers = 1;                 ///< jobs at a time
     std::string reference;
     std::vector<std::string> jobs;
 };
+
+/// The files that are read of all jobs: checkpoints, logs and dumps.
+std::vector<std::string> inputs_of(const options& of);
+
+/// What is written beside result files.
+std::vector<tools::planned_output> outputs_of(const options& of);
 
 /// The options and names of a command line, without the program's name. Throws flib::run_error if
 /// it makes no sense.

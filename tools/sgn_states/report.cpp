@@ -253,6 +253,7 @@ std::string table(const set_result& result, const options& how, const tools::ter
 
 std::string json(const set_result& result, const options& how) {
     tools::json_value all{
+        {"written_by", "sgn_states"},
         {"reference", result.reference.reference.files.name},
         {"states", tools::json_value::array()},
         {"jobs", tools::json_value::array()},

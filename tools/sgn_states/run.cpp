@@ -100,6 +100,22 @@ void require_free_names(const states::reference_set& reference,
     for (const job_result& each : jobs) require(each.name);
 }
 
+/// Nor must it be anything else that would be missed.
+void require_harmless_results(const options& how, const set_result& of) {
+    std::vector<tools::planned_output> outputs = outputs_of(how);
+    std::set<std::string> names{of.reference.reference.files.name};
+    for (const job_result& each : of.jobs) {
+        if (!each.failure) names.insert(each.name);
+    }
+    for (const std::string& name : names) {
+        for (const states::reference_state& state : of.reference.states) {
+            outputs.push_back({"--write", states::state_file_name(name, state.state),
+                               tools::output_kind::result_file});
+        }
+    }
+    tools::require_harmless(outputs, inputs_of(how), how.overwrite);
+}
+
 void follow_into(job_result& result, const states::reference_set& reference, const options& how) {
     const states::job now = states::read_job(result.checkpoint, &reference.reference);
     states::followed_job followed = follow(reference, now, how.limits);
@@ -134,6 +150,7 @@ set_result run(const options& how, const progress& tell) {
     result.jobs = jobs_of(how, result.reference.reference.files);
     if (how.write) {
         require_free_names(result.reference, result.jobs);
+        require_harmless_results(how, result);
         for (const states::reference_state& state : result.reference.states) {
             write_reference_state(result.reference, state);
         }

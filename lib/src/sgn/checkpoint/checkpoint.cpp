@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <optional>
+#include <string_view>
 
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
@@ -130,6 +131,14 @@ void require_same_molecule(const sections& from, const displaced_set& set) {
     }
 }
 
+/// A title that tells who wrote the file, once.
+std::string marked(const std::string& title) {
+    constexpr std::string_view mark = "sgn_derive: ";
+    constexpr std::size_t longest = 72;
+    if (title.starts_with(mark)) return title;
+    return (std::string(mark) + title).substr(0, std::max(longest, title.size()));
+}
+
 }  // namespace
 
 std::string checkpoint_of(const displaced_set& set, const derivatives& of) {
@@ -155,7 +164,7 @@ std::string checkpoint_of(const displaced_set& set, const derivatives& of,
     require_same_molecule(from, set);
     const double energy = from.find(section_name::energy) ? from.real(section_name::energy) : 0;
     std::vector<section> added = result_sections(set, of, energy);
-    std::string text = from.titles[0] + '\n' + from.titles[1] + '\n';
+    std::string text = marked(from.titles[0]) + '\n' + from.titles[1] + '\n';
     for (const section& each : from.all) {
         const auto replacing = std::find_if(added.begin(), added.end(), [&](const section& one) {
             return one.label == each.label;

@@ -16,7 +16,8 @@ namespace sgn {
 /// force constants. There is no energy in it.
 std::string checkpoint_of(const displaced_set& set, const derivatives& of);
 
-/// The checkpoint `template_file` with these sections replaced or, at its end, added. Throws
+/// The checkpoint `template_file` with these sections replaced or, at its end, added, and a title
+/// that begins with "sgn_derive: ". Throws
 /// flib::io_error if it is not a whole formatted checkpoint, or one of another molecule or
 /// geometry.
 std::string checkpoint_of(const displaced_set& set, const derivatives& of,
