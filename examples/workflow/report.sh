@@ -17,6 +17,7 @@ shift
 jobs=() passed_over=()
 select_jobs "$reference" "$@"
 require_one_set "$reference" "${jobs[@]}"
+clear_left_over
 status=0
 
 not_checked() {

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "common/same_file.h"
+#include "flib/io/atomic_file.h"
 #include "flib/io/stop_run.h"
 #include "flib/qm_file/qm_file_type.h"
 #include "flib/qm_file/type_tag.h"
@@ -100,8 +101,8 @@ void require_free_names(const states::reference_set& reference,
     for (const job_result& each : jobs) require(each.name);
 }
 
-/// Nor must it be anything else that would be missed.
-void require_harmless_results(const options& how, const set_result& of) {
+/// Nor must it be anything else that would be missed. What killed runs have left is removed.
+void prepare_places(const options& how, const set_result& of) {
     std::vector<tools::planned_output> outputs = outputs_of(how);
     std::set<std::string> names{of.reference.reference.files.name};
     for (const job_result& each : of.jobs) {
@@ -114,6 +115,9 @@ void require_harmless_results(const options& how, const set_result& of) {
         }
     }
     tools::require_harmless(outputs, inputs_of(how), how.overwrite);
+    std::set<std::string_view> files;
+    for (const tools::planned_output& each : outputs) files.insert(each.file);
+    flib::remove_left_over(".", [&](std::string_view name) { return files.contains(name); });
 }
 
 void follow_into(job_result& result, const states::reference_set& reference, const options& how) {
@@ -150,7 +154,7 @@ set_result run(const options& how, const progress& tell) {
     result.jobs = jobs_of(how, result.reference.reference.files);
     if (how.write) {
         require_free_names(result.reference, result.jobs);
-        require_harmless_results(how, result);
+        prepare_places(how, result);
         for (const states::reference_state& state : result.reference.states) {
             write_reference_state(result.reference, state);
         }
