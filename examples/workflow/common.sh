@@ -87,6 +87,19 @@ select_jobs() {
     if [ "${#jobs[@]}" -eq 0 ]; then complain "there are no jobs to do beside $reference$(where_else)"; fi
 }
 
+# clear_left_over [NAME]: removes what runs of the tools that were killed have left of the result of
+# job NAME, without it of all results: .NAME.sgn.PID-N, where no process here has the number PID and
+# nothing was written for a minute, since it may be that of another machine's process.
+clear_left_over() {
+    local file
+    while IFS= read -r -d '' file; do
+        [[ $file =~ ^\./\.(.+)\.sgn\.([1-9][0-9]*)-(0|[1-9][0-9]{0,3})$ ]] || continue
+        [ "${1-${BASH_REMATCH[1]}}" = "${BASH_REMATCH[1]}" ] || continue
+        [[ $(LC_ALL=C; kill -0 "${BASH_REMATCH[2]}" 2>&1) == *"No such process"* ]] || continue
+        rm -f -- "$file"
+    done < <(find . -maxdepth 1 -type f -name '.*.sgn.*-*' -mmin +1 -print0 2>/dev/null)
+}
+
 # Where the jobs may be instead.
 where_else() {
     local file

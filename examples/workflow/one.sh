@@ -32,6 +32,7 @@ if said=$(missing_file "$name"); then
     [ ! -e "$name.sgn" ] || said+="; what the $name.sgn here was made from is not known"
     fail "$said"
 fi
+clear_left_over "$name"
 # A result that is out of date must not be taken for one by what comes after.
 rm -f "$name.sgn" "$name.made"
 if [ -n "$reference" ] && ! is_finished "$reference"; then

@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # report.sh REFERENCE [JOB...]
 # Tells how the set in the working directory stands: how many jobs have a result, which do not and
-# why; whether qm_file finds in the dumps what amplitudes must be (its rows are in dumps.txt); whether
-# sgn_check finds the signs trustworthy (its table is in sgn_check.txt); and, when all jobs are
-# finished, makes the derivatives (derivatives.txt, .json, .html). Which jobs: see jobs.sh.
+# why; whether qm_file finds in the dumps what amplitudes must be (its rows are in REFERENCE_dumps.txt);
+# whether sgn_check finds the signs trustworthy (its table is in REFERENCE_sgn_check.txt); and, when all
+# jobs are finished, makes the derivatives (REFERENCE_derivatives.txt, .json, .html). Which jobs: see
+# jobs.sh.
 #
 # Status 0: all jobs are finished, dumps and signs were checked and fine, the derivatives too.
 # The tools are $QM_FILE, $SGN_CHECK and $SGN_DERIVE, else qm_file, sgn_check and sgn_derive. They may
@@ -17,7 +18,12 @@ shift
 jobs=() passed_over=()
 select_jobs "$reference" "$@"
 require_one_set "$reference" "${jobs[@]}"
+clear_left_over
 status=0
+# Two sets may be in one directory.
+dumps_said=${reference}_dumps.txt
+signs_said=${reference}_sgn_check.txt
+derivatives=${reference}_derivatives
 
 not_checked() {
     echo "signs NOT checked: $1"
@@ -64,7 +70,7 @@ fi
 # check_dumps: a dump in a layout that nobody knows is noticed before its signs are believed.
 check_dumps() {
     local said=0 doubts untold left command=()
-    rm -f dumps.txt
+    rm -f -- "$dumps_said"
     if [ "${#results[@]}" -eq 0 ]; then return; fi
     split_command "${QM_FILE:-qm_file}"
     if ! command -v -- "${command[0]}" >/dev/null; then
@@ -77,22 +83,22 @@ check_dumps() {
         if [ -e "${result%.sgn}.cis" ]; then dumps+=("./${result%.sgn}.cis"); fi
     done
     if [ "${#dumps[@]}" -lt 2 ]; then return; fi
-    "${command[@]}" dump "${dumps[@]}" >dumps.txt 2>&1 || said=$?
+    "${command[@]}" dump "${dumps[@]}" >"./$dumps_said" 2>&1 || said=$?
     if [ "$said" -ne 0 ]; then
-        not_looked_at "$(complaint dumps.txt) (status $said)"
+        not_looked_at "$(complaint "./$dumps_said") (status $said)"
         return
     fi
     left=$(printf '%s: record 635: \n' "${dumps[@]}" | LC_ALL=C sort |
-        LC_ALL=C comm -23 - <(grep -o '^.*: record 635: ' dumps.txt | LC_ALL=C sort))
+        LC_ALL=C comm -23 - <(grep -o '^.*: record 635: ' "./$dumps_said" | LC_ALL=C sort))
     if [ -n "$left" ]; then
-        not_looked_at "'${command[*]}' finds no amplitudes in ${left%%: record*} (see dumps.txt)"
+        not_looked_at "'${command[*]}' finds no amplitudes in ${left%%: record*} (see $dumps_said)"
         return
     fi
-    doubts=$(grep -c ' doubt: ' dumps.txt)
-    untold=$(grep -c 'the layout is not told' dumps.txt)
+    doubts=$(grep -c ' doubt: ' "./$dumps_said")
+    untold=$(grep -c 'the layout is not told' "./$dumps_said")
     if [ "$doubts" -gt 0 ]; then
-        echo "dumps: there is doubt whether these are amplitudes, see dumps.txt:"
-        grep -m 5 ' doubt: ' dumps.txt | sed 's|^|  |'
+        echo "dumps: there is doubt whether these are amplitudes, see $dumps_said:"
+        grep -m 5 ' doubt: ' "./$dumps_said" | sed 's|^|  |'
         dumps_in_doubt=1
         status=1
     elif [ "$untold" -gt 0 ]; then
@@ -105,7 +111,7 @@ check_dumps() {
 # check_signs: fine or in doubt is only what sgn_check has said of every file.
 check_signs() {
     local said=0 left
-    rm -f sgn_check.txt
+    rm -f -- "$signs_said"
     local command=()
     split_command "${SGN_CHECK:-sgn_check}"
     if [ "${#results[@]}" -eq 0 ]; then
@@ -116,27 +122,27 @@ check_signs() {
         not_checked "${command[0]} is not installed here"
         return
     fi
-    "${command[@]}" "$reference.sgn" "${results[@]}" >sgn_check.txt 2>&1 || said=$?
+    "${command[@]}" "$reference.sgn" "${results[@]}" >"./$signs_said" 2>&1 || said=$?
     if [ "$said" -gt 1 ]; then
-        not_checked "$(complaint sgn_check.txt) (status $said)"
+        not_checked "$(complaint "./$signs_said") (status $said)"
         return
     fi
     left=$(printf '%s\n' "$reference.sgn" "${results[@]}" | LC_ALL=C sort |
         LC_ALL=C comm -23 - <(printf '%s\n' "$reference.sgn" "${results[@]}" |
-            grep -oFf - sgn_check.txt | LC_ALL=C sort -u))
+            grep -oFf - "./$signs_said" | LC_ALL=C sort -u))
     if [ -n "$left" ]; then
-        not_checked "'${command[*]}' says nothing of ${left%%$'\n'*} (see sgn_check.txt)"
+        not_checked "'${command[*]}' says nothing of ${left%%$'\n'*} (see $signs_said)"
     elif [ "$said" -eq 0 ]; then
         echo "sgn_check: all fine"
     else
-        echo "sgn_check: there is doubt, see sgn_check.txt"
+        echo "sgn_check: there is doubt, see $signs_said"
         status=1
     fi
 }
 
 make_derivatives() {
     local said=0 form command=()
-    rm -f derivatives.txt derivatives.json derivatives.html
+    rm -f -- "$derivatives".{txt,json,html}
     if [ -n "${SGN_DERIVE+set}" ] && [ -z "$SGN_DERIVE" ]; then return; fi
     split_command "${SGN_DERIVE:-sgn_derive}"
     if [ "${#missing[@]}" -gt 0 ]; then
@@ -154,19 +160,19 @@ make_derivatives() {
         if [ "${#command[@]}" -eq 1 ]; then
             for form in json html; do
                 if [[ $("${command[0]}" --help 2>/dev/null) == *" --$form="* ]]; then
-                    command+=("--$form=derivatives.$form")
+                    command+=("--$form=./$derivatives.$form")
                 fi
             done
         fi
-        "${command[@]}" "$reference.sgn" "${results[@]}" >derivatives.txt 2>&1 || said=$?
+        "${command[@]}" "$reference.sgn" "${results[@]}" >"./$derivatives.txt" 2>&1 || said=$?
         if [ "$said" -gt 1 ]; then
-            not_made "$(complaint derivatives.txt) (status $said)"
-            rm -f derivatives.txt derivatives.json derivatives.html
+            not_made "$(complaint "./$derivatives.txt") (status $said)"
+            rm -f -- "$derivatives".{txt,json,html}
         elif [ "$said" -eq 1 ]; then
-            echo "derivatives: in derivatives.txt, but there is doubt"
+            echo "derivatives: in $derivatives.txt, but there is doubt"
             status=1
         else
-            echo "derivatives: in derivatives.txt"
+            echo "derivatives: in $derivatives.txt"
         fi
     fi
 }

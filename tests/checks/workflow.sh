@@ -113,6 +113,20 @@ expect_text "  h2o_02ym: not run"
 expect 1 0 0 1 env STIGRUZ=/none/stigruz "$workflow/one.sh" h2o_02ym h2o_ref
 expect_text "/none/stigruz is not installed here"
 
+# What killed runs left is cleared, not what a run may still need, nor anything else.
+new_set left 01xm
+dead=$(sh -c 'echo $$')
+touch -d '2 minutes ago' ".h2o_ref.sgn.$dead-0" ".h2o_01xm.sgn.$dead-12" ".other_s2.sgn.$dead-1" \
+    ".h2o_01xm.sgn.$$-0" ".h2o_01xm.sgn.1-0" ".notes.$dead-0" ".h2o_01xm.sgn.$dead-01"
+touch ".h2o_ref.sgn.$dead-1"
+kept=".h2o_01xm.sgn.$dead-01 .h2o_01xm.sgn.$$-0 .h2o_01xm.sgn.1-0 .h2o_ref.sgn.$dead-1 .notes.$dead-0"
+left() { find . -name '.?*' -printf '%P\n' | LC_ALL=C sort | xargs; }
+expect 0 1 0 0 "$workflow/one.sh" h2o_ref
+[ "$(left)" = "$(tr ' ' '\n' <<<"$kept .h2o_01xm.sgn.$dead-12 .other_s2.sgn.$dead-1" |
+    LC_ALL=C sort | xargs)" ] || fail "other files after one.sh: $(left)"
+SGN_CHECK="$SGN_CHECK --no-pairs" expect 0 1 1 0 "$workflow/loop.sh" h2o_ref
+[ "$(left)" = "$(tr ' ' '\n' <<<"$kept" | LC_ALL=C sort | xargs)" ] || fail "other files after all: $(left)"
+
 # A run that ends with status 0 but without a result has failed.
 new_set no_result 01xm
 sed -i '/^Number of atoms/d' h2o_ref.fchk

@@ -38,7 +38,7 @@ END
 expect 0 0 0 0 env SGN_CHECK="$work/tools of mine/sgn_check --no-pairs" "$workflow/report.sh" h2o_ref
 expect_text "sgn_check: all fine"
 expect 1 0 2 0 "$workflow/loop.sh" h2o_ref h2o_01xp
-expect_text "sgn_check: there is doubt, see sgn_check.txt"
+expect_text "sgn_check: there is doubt, see h2o_ref_sgn_check.txt"
 rm ./*.sgn
 expect 1 0 0 0 env STIGRUZ=/none "$workflow/report.sh" h2o_ref
 expect_text "signs NOT checked: there is no result of the reference"
@@ -177,15 +177,15 @@ chmod +x "$work/signs" "$work/check"
 export STIGRUZ=$work/signs SGN_CHECK=$work/check SGN_DERIVE=$work/check
 expect 0 3 0 0 "$workflow/loop.sh" h2o_ref
 expect_text "dumps: no doubt"
-expect_text "derivatives: in derivatives.txt"
+expect_text "derivatives: in h2o_ref_derivatives.txt"
 sed 's/0.10000000D+01/0.14000000D+01/g' right >h2o_01xm.cis
 expect 1 1 2 0 "$workflow/loop.sh" h2o_ref
-expect_text "dumps: there is doubt whether these are amplitudes, see dumps.txt:"
+expect_text "dumps: there is doubt whether these are amplitudes, see h2o_ref_dumps.txt:"
 expect_text "  ./h2o_01xm.cis: state   1    8.4355 eV  singlet  (X+Y)(X-Y) 0.600000, 0.600000  doubt: not 1/2"
 expect_text "derivatives NOT made: there is doubt about the dumps"
 sed 's/file   635/file   522/' right >h2o_01xm.cis
 expect 1 1 2 0 "$workflow/loop.sh" h2o_ref
-expect_text "dumps NOT looked at: '$QM_FILE' finds no amplitudes in ./h2o_01xm.cis (see dumps.txt)"
+expect_text "dumps NOT looked at: '$QM_FILE' finds no amplitudes in ./h2o_01xm.cis (see h2o_ref_dumps.txt)"
 sed '$d' right >h2o_01xm.cis
 expect 1 1 2 0 "$workflow/loop.sh" h2o_ref
 expect_text "dumps NOT looked at: qm_file: ./h2o_01xm.cis: no dumped record: line 21: the file ends"
@@ -210,15 +210,15 @@ chmod +x "$work/derive tool"
 export SGN_DERIVE="$work/derive tool --json=derivatives.json" DERIVE_STATUS=0
 SGN_CHECK=${SGN_CHECK% *}
 expect 0 19 0 0 "$workflow/loop.sh" h2o_ref
-expect_text "derivatives: in derivatives.txt"
-read -ra words <derivatives.txt
+expect_text "derivatives: in h2o_ref_derivatives.txt"
+read -ra words <h2o_ref_derivatives.txt
 [ "${words[*]:0:5} ${#words[@]}" = "table of --json=derivatives.json h2o_ref.sgn h2o_01xm.sgn 22" ] ||
     fail "other arguments: ${words[*]}"
 DERIVE_STATUS=1 expect 1 0 0 0 "$workflow/report.sh" h2o_ref
-expect_text "derivatives: in derivatives.txt, but there is doubt"
+expect_text "derivatives: in h2o_ref_derivatives.txt, but there is doubt"
 DERIVE_STATUS=2 expect 1 0 0 0 "$workflow/report.sh" h2o_ref
 expect_text "derivatives NOT made: table of "
-[ ! -e derivatives.txt ] || fail "derivatives of a failed run were kept"
+[ ! -e h2o_ref_derivatives.txt ] || fail "derivatives of a failed run were kept"
 SGN_DERIVE=/none/derive expect 1 0 0 0 "$workflow/report.sh" h2o_ref
 expect_text "derivatives NOT made: /none/derive is not installed here"
 SGN_DERIVE='' expect 0 0 0 0 "$workflow/report.sh" h2o_ref
@@ -227,10 +227,21 @@ unset SGN_DERIVE
 PATH=/usr/bin:/bin expect 0 0 0 0 "$workflow/report.sh" h2o_ref
 expect_text "derivatives: left out, as sgn_derive is not installed here"
 if [ -x "$build/tools/sgn_derive" ]; then
+    # Of two sets in one directory each keeps its own.
+    for file in h2o_*.{log,fchk,cis}; do ln -s "$file" "other${file#h2o}"; done
+    for set in h2o other; do
+        SGN_DERIVE=$build/tools/sgn_derive "$workflow/loop.sh" "${set}_ref" >said || fail "$(cat said)"
+    done
+    for name in dumps.txt sgn_check.txt derivatives.{txt,json,html}; do
+        if grep -q other_ "h2o_ref_$name" || grep -q h2o_ "other_ref_$name"; then
+            fail "what is said of two sets is mixed in $name"
+        fi
+    done
+    rm other*
     PATH=$build/tools:$PATH expect 0 0 0 0 "$workflow/report.sh" h2o_ref
-    expect_text "derivatives: in derivatives.txt"
+    expect_text "derivatives: in h2o_ref_derivatives.txt"
     for form in json html; do
-        if grep -q -e "--$form=" <("$build/tools/sgn_derive" --help); then [ -s "derivatives.$form" ]; fi
+        if grep -q -e "--$form=" <("$build/tools/sgn_derive" --help); then [ -s "h2o_ref_derivatives.$form" ]; fi
     done
 fi
 rm h2o_03zp.sgn

@@ -18,14 +18,16 @@ struct tool {
     bool quiet = false;
     double limit = 2.5;
     std::optional<std::string> page{};
+    std::optional<std::string> from{};
     std::string atoms{};
 
     tool() {
         tools::add_number(app, "--limit", limit, -3, "largest value").group("Limits");
         const tools::option fast = tools::add_switch(app, "-q,--quick", quick, "not slowly");
         tools::add_switch(app, "--quiet", quiet, "say nothing").excludes(fast);
-        tools::add_file(app, "--page", page,
-                        "write a page whose description is so long that it takes a second line");
+        tools::add_output(app, "--page", page,
+                          "write a page whose description is so long that it takes a second line");
+        tools::add_input(app, "--from", from, "read this");
         tools::add_value(
             app, "--atoms", "LIST", [this](const std::string& list) { atoms += list + ";"; },
             "which");
@@ -44,6 +46,7 @@ struct tool {
             if (quiet) text += " quiet";
             if (limit != 2.5) text += " limit " + tools::shortest_real(limit);
             if (page) text += " page " + *page;
+            if (from) text += " from " + *from;
             return atoms.empty() ? text : text + " atoms " + atoms;
         });
     }

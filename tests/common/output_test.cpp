@@ -1,9 +1,12 @@
 // What the tools write: JSON, numbers, whole files, and the lines in which they end.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cmath>
+#include <csignal>
 #include <functional>
 #include <limits>
 #include <new>
@@ -71,6 +74,18 @@ TEST(Output, IsAWholeFileOrStandardOutput) {
     EXPECT_EQ(ending->text.find(absent + ": "), 0U) << ending->text;
 }
 
+TEST(Output, TakesThePlaceOfWhatKilledRunsLeft) {
+    const support::scratch_directory scratch;
+    const pid_t child = fork();
+    if (child == 0) _exit(0);
+    waitpid(child, nullptr, 0);
+    const std::string left = scratch.file(".page." + std::to_string(child) + "-0", "half");
+    std::filesystem::last_write_time(
+        left, std::filesystem::file_time_type::clock::now() - std::chrono::hours(1));
+    tools::write_result(scratch.path() / "page", "new\n");
+    EXPECT_EQ(scratch.names(), std::vector<std::string>{"page"});
+}
+
 using arguments = std::span<const std::string_view>;
 
 /// The status of a tool, and what it says to standard error.
@@ -105,6 +120,30 @@ TEST(Program, EndsWithOneLineWhateverIsThrown) {
     EXPECT_EQ(tools::run_tool("tool", 0, nobody,
                               [](arguments given) { return static_cast<int>(given.size()); }),
               0);
+}
+
+/// A tool that is interrupted while it writes leaves nothing, and ends by the signal.
+TEST(Program, LeavesNothingBehindWhenASignalEndsIt) {
+    for (const int number : {SIGHUP, SIGINT, SIGTERM}) {
+        const support::scratch_directory scratch;
+        const pid_t child = fork();
+        if (child == 0) {
+            std::filesystem::current_path(scratch.path());
+            // Writes until it is stopped.
+            ending([](arguments) -> int {
+                const std::string page(1 << 16, 'x');
+                for (;;) tools::write_result("page", page);
+            });
+            _exit(0);
+        }
+        while (!std::filesystem::exists(scratch.path() / "page")) usleep(1000);
+        usleep(20'000);
+        kill(child, number);
+        int status = 0;
+        waitpid(child, &status, 0);
+        EXPECT_EQ(WIFSIGNALED(status) ? WTERMSIG(status) : 0, number);
+        EXPECT_EQ(scratch.names(), std::vector<std::string>{"page"});
+    }
 }
 
 TEST(Program, LosesNoOutputWithoutAWordUnlessNobodyReadsIt) {

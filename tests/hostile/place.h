@@ -45,7 +45,8 @@ class place {
 
     /// Runs a shell script, in which $0 is the tool and $1, $2... are the arguments. Returns
     /// "complete" if it ended as the undisturbed run did, or another ending that is promised:
-    /// "diagnostic: ...", "message: ..." or "another result". All else is told as it was.
+    /// "diagnostic: ...", "message: ...", "signal ..." or "another result". All else is told as it
+    /// was.
     std::string run(const std::string& script = R"(exec "$0" "$@")") const {
         std::vector<std::string> words{"-c", script, TOOL_DIRECTORY "/stigruz"};
         words.insert(words.end(), arguments.begin(), arguments.end());
@@ -65,6 +66,9 @@ class place {
         if (result == earlier_ && status == 2 && output.empty() && one_line &&
             line.starts_with("stigruz: ") && line.ends_with("\n")) {
             return "diagnostic: " + line.substr(9, line.size() - 10);
+        }
+        if (status < 0 && result == earlier_ && output.empty() && errors.empty()) {
+            return "signal " + std::to_string(-status);
         }
         if (status != 0 && status != 1) return told;
         // Beside a message a hint may stand.

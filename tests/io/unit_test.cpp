@@ -2,11 +2,13 @@
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
+#include <set>
 
 #include "flib/io/atomic_file.h"
 #include "flib/io/stop_run.h"
@@ -115,6 +117,72 @@ TEST(Output, AppearsWholeOnCommit) {
     }
     EXPECT_EQ(scratch.names(), std::vector<text>{"old"});
     EXPECT_EQ(support::contents_of(path), "a \n\n");
+}
+
+/// The number of a process that is no more.
+text dead_process() {
+    const pid_t child = fork();
+    if (child == 0) _exit(0);
+    waitpid(child, nullptr, 0);
+    return std::to_string(child);
+}
+
+TEST(Output, OfDeadProcessesIsCleared) {
+    const scratch_directory scratch;
+    const text dead = dead_process(), alive = std::to_string(getpid());
+    const text wide(220, 'w'), cut = wide.substr(0, 200);
+    const auto make = [&](const text& name, int seconds = 100) {
+        const auto then = fs::file_time_type::clock::now() - std::chrono::seconds(seconds);
+        fs::last_write_time(scratch.file(name, "x"), then);
+    };
+    std::vector<text> gone{".a.sgn." + dead + "-0", ".a.sgn." + dead + "-1000",
+                           "." + cut + "." + dead + "-7"};
+    std::vector<text> kept{".a.sgn." + alive + "-0",
+                           ".a.sgn." + dead + "-00",
+                           ".a.sgn." + dead + "-1001",
+                           ".a.sgn." + dead + "-",
+                           ".a.sgn." + dead + "x-0",
+                           ".a.sgn.0" + dead + "-0",
+                           ".a.sgn.0-0",
+                           ".a.sgn.-0",
+                           ".a.sgn" + dead + "-0",
+                           ".a.sgn." + dead + "-0.bak",
+                           "a.sgn." + dead + "-0",
+                           "." + dead + "-0",
+                           ".a.sgn." + dead + "-99999999999999999999",
+                           ".a.sgn.99999999999-0",
+                           ".b.sgn." + dead + "-0"};
+    for (const auto* names : {&gone, &kept}) {
+        for (const text& name : *names) make(name);
+    }
+    // That of another machine's process may be new; and what is no file is not ours.
+    make(".a.sgn." + dead + "-2", 20);
+    kept.push_back(".a.sgn." + dead + "-2");
+    fs::create_directory(scratch.path() / (".a.sgn." + dead + "-3"));
+    kept.push_back(".a.sgn." + dead + "-3");
+    fs::create_symlink(scratch.path() / "a.sgn", scratch.path() / "link");
+    kept.emplace_back("link");
+    std::ranges::sort(kept);
+
+    remove_left_over(scratch.path() / "link");
+    remove_left_over(scratch.path() / wide);
+    EXPECT_EQ(scratch.names(), kept);
+    const fs::path home = fs::current_path();
+    fs::current_path(scratch.path());
+    remove_left_over("b.sgn");
+    fs::current_path(home);
+    std::erase(kept, ".b.sgn." + dead + "-0");
+    EXPECT_EQ(scratch.names(), kept);
+    make(gone[0]);
+    std::vector<text> asked;
+    remove_left_over(scratch.path(), [&](std::string_view name) {
+        asked.emplace_back(name);
+        return false;
+    });
+    EXPECT_EQ(std::set<text>(asked.begin(), asked.end()), std::set<text>{"a.sgn"});
+    EXPECT_EQ(scratch.names().size(), kept.size() + 1);
+    remove_left_over(scratch.path() / "none", [](std::string_view) { return true; });
+    remove_left_over(scratch.path() / "none/file");
 }
 
 TEST(StopRun, ShowsWhatCanBeShown) {

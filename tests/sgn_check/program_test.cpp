@@ -84,6 +84,7 @@ TEST(SgnCheck, WritesAsTheRowsSay) {
         EXPECT_EQ(support::written_by(line), row[3]) << row[0] << " | " << row[1];
         line.arguments.insert(line.arguments.begin(), "--csv");
         line.terminal.clear();
+        fs::remove(scratch.path() / "out.json");
         EXPECT_EQ(doubts(support::run(line).output), row[2]) << row[0] << " | " << row[1];
     }
 }
@@ -96,14 +97,19 @@ TEST(SgnCheck, WritesJsonAndCsv) {
     fs::copy_file(bundled() / "h2o_01xm.sgn", scratch.path() / odd);
     scratch.file("plus.sgn", changed(support::contents_of(bundled() / "h2o_01xp.sgn"),
                                      "4.3660557362E-01>NAN;0.010000>0.003000;0.760000>0.764000"));
-    for (const std::string form : {"csv", "json"}) {
-        const auto told = support::run({"sgn_check",
-                                        {"ref.sgn", "plus.sgn", odd, "h2o_01xp.sgn", "absent.sgn",
-                                         "--max-turn", "0.5", "--" + form},
-                                        scratch.path()});
-        EXPECT_EQ(told.output, support::contents_of(support::data_file("sgn_check." + form)));
+    const auto run = [&](const std::string& form) {
+        const auto told = support::run(
+            {"sgn_check",
+             {"ref.sgn", "plus.sgn", odd, "h2o_01xp.sgn", "absent.sgn", "--max-turn", "0.5", form},
+             scratch.path()});
         EXPECT_EQ(told.status, 2);
-    }
+        return told.output;
+    };
+    const std::string json = support::contents_of(support::data_file("sgn_check.json"));
+    EXPECT_EQ(run("--csv"), support::contents_of(support::data_file("sgn_check.csv")));
+    EXPECT_EQ(run("--json=-"), json);
+    EXPECT_TRUE(run("--json=out").starts_with("File "));
+    EXPECT_EQ(support::contents_of(scratch.path() / "out"), json);
 }
 
 vec3 turned(const vec3& v, double degrees, double digits) {
@@ -237,10 +243,10 @@ TEST(SgnCheckSet, IsJudgedAsTheRowsSay) {
         const auto judged = sgn::check(set.reference, set.files, options.limits);
         const std::string csv = sgn_check::csv(judged);
         std::string told = sgn_check::table(judged, {}, {});
-        if (options.form == sgn_check::output::json) {
+        if (options.json) {
             told = rounded(sgn_check::json(judged, {}, options.limits));
             told.erase(0, told.find("\"sum_rules\""));
-        } else if (options.form == sgn_check::output::csv) {
+        } else if (options.csv) {
             told = rounded(csv.substr(0, csv.find("01ym")));
         }
         EXPECT_EQ(told, row[3]) << row[0] << " | " << row[1];

@@ -193,7 +193,12 @@ TEST_F(SgnDerive, RefusesInOneLineAndWritesNothing) {
     support::write_file(path("good.fchk"), fixture("water.fchk"));
     support::write_file(path("log.fchk"), "a\nb\nc\n");
     support::write_file(path("two"), "a\n");
-    support::write_file(path("old.json"), "old");
+    const std::string old = "{\n  \"written_by\": \"sgn_derive\"}\n";
+    support::write_file(path("old.json"), old);
+    support::write_file(path("notes"), "mine\n");
+    fs::create_symlink("h2o_ref.fchk", path("link"));
+    fs::create_hard_link(path("h2o_02ym.sgn"), path("hard"));
+    fs::create_symlink("absent", path("to-nothing"));
     fs::create_directory(path("directory"));
     for (const auto& row : support::table_of("sgn_derive/refusals.txt")) {
         if (row[0] == "file") continue;
@@ -218,7 +223,8 @@ TEST_F(SgnDerive, RefusesInOneLineAndWritesNothing) {
         EXPECT_EQ(told.errors, "sgn_derive: " + row[4] + "\n");
         EXPECT_EQ(told.output, "") << row[3];
         EXPECT_EQ(scratch_.names(), before) << row[3];
-        EXPECT_EQ(text_of("old.json"), "old") << row[3];
+        EXPECT_EQ(text_of("old.json"), old) << row[3];
+        EXPECT_EQ(text_of("notes"), "mine\n") << row[3];
     }
 }
 

@@ -238,7 +238,7 @@ TEST_F(Vibronic, TemplateMayBeOfALargerSystem) {
         support::replaced(fixture("water.fchk"), "  0.00000000E+00 -5.35400000E-01",
                           " -7.56731884E+01 -5.35400000E-01");
     EXPECT_EQ(text_of("s.fchk"),
-              "water CIS reference\nForce     RCIS-FC                       6-31+G(d)\n"
+              "sgn_derive: water CIS reference\nForce     RCIS-FC                       6-31+G(d)\n"
               "Number of atoms                            I                3\n"
               "Atomic numbers                             I   N=           3\n"
               "           8           1           1\n"

@@ -1,5 +1,6 @@
 #include "sgn_displace/input.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "flib/util/gjf.h"
@@ -22,9 +23,11 @@ std::string text_of(const std::vector<keyword>& keywords) {
 }
 
 std::string text_of(const job_kind& kind) {
+    std::string unknown;
+    for (const std::string& each : kind.unknown) unknown += " unknown " + each;
     return "root " + std::to_string(kind.root) + (kind.unit == length_unit::bohr ? " bohr" : "") +
            (kind.oniom ? " oniom" : "") + (kind.nosymm ? " nosymm" : "") +
-           (kind.force ? " force" : "") + (kind.reads_checkpoint ? " reads" : "");
+           (kind.force ? " force" : "") + (kind.reads_checkpoint ? " reads" : "") + unknown;
 }
 
 TEST(Route, IsTakenApartAndJudged) {
@@ -49,6 +52,25 @@ TEST(Route, IsWrittenWithWhatIsMissing) {
         std::string told;
         for (const std::string& line : job.told) told += (told.empty() ? "" : "; ") + line;
         EXPECT_EQ(told, rows[i][3]) << rows[i][0];
+    }
+}
+
+/// Files that are read stay where they are, wherever the jobs go.
+TEST(Input, NamesOtherFilesAsSeenFromTheJobs) {
+    const auto rows = table_of("sgn_displace/other_files.txt");
+    for (std::size_t i = 1; i < rows.size(); ++i) {
+        const auto text = [](const std::string& links, const std::string& files) {
+            return links + "#p td=read nosymm force\n\nt\n\n0 1\nH 0 0 0\n\n" + files;
+        };
+        const job_template job = parse_input("x", text(rows[i][1], rows[i][2]), rows[i][0]);
+        EXPECT_EQ(support::replaced(job.reference("J"), "%chk=J.chk\n", ""),
+                  text(rows[i][3], rows[i][4]))
+            << i;
+        std::string told;
+        for (const std::string& line : job.told) told += (told.empty() ? "" : "; ") + line;
+        EXPECT_EQ(told, rows[i][5]) << i;
+        // The atom is found behind all that.
+        EXPECT_THAT(job.displaced("J", 0, 0, {1, 0}), testing::HasSubstr("\nH 1 0 0\n")) << i;
     }
 }
 

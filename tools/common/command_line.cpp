@@ -151,15 +151,32 @@ option add_value(command_line& line, const std::string& names, const std::string
     return option(added);
 }
 
+namespace {
+
 option add_file(command_line& line, const std::string& names, std::optional<std::string>& file,
-                const std::string& meaning) {
-    const auto take = [names, &file](const std::string& value) {
-        const bool is_name = !value.empty() && (value == "-" || !value.starts_with('-'));
+                const std::string& meaning, const std::string& need) {
+    const bool may_be_stream = need.find("'-'") != std::string::npos;
+    const auto take = [=, &file](const std::string& value) {
+        const bool is_name =
+            !value.empty() && (value == "-" ? may_be_stream : !value.starts_with('-'));
         // Rather than write a file of the name of the next option.
-        if (!is_name) throw flib::run_error(names + " needs the name of a file");
+        if (!is_name) throw flib::run_error(names + " needs " + need);
         file = value;
     };
+    line.needs()[names] = need;
     return add_value(line, names, "FILE", take, meaning);
+}
+
+}  // namespace
+
+option add_input(command_line& line, const std::string& names, std::optional<std::string>& file,
+                 const std::string& meaning) {
+    return add_file(line, names, file, meaning, "the name of a file");
+}
+
+option add_output(command_line& line, const std::string& names, std::optional<std::string>& file,
+                  const std::string& meaning) {
+    return add_file(line, names, file, meaning, "the name of a file, or '-' for standard output");
 }
 
 option add_number(command_line& line, const std::string& names, double& number, double least,
@@ -193,8 +210,11 @@ parsed_line parse_line(command_line& line, std::span<const std::string_view> arg
         return {.shown = std::string(text.what()) + "\n"};
     } catch (const CLI::ArgumentMismatch& error) {
         // "--name: ..."
-        const std::string_view what = error.what();
-        throw flib::run_error(std::string(what.substr(0, what.find(':'))) + " needs a value");
+        const std::string what = error.what();
+        const std::string name = what.substr(0, what.find(':'));
+        const auto need = line.needs().find(name);
+        throw flib::run_error(name + " needs " +
+                              (need == line.needs().end() ? "a value" : need->second));
     } catch (const CLI::ExcludesError& error) {
         // "--one excludes --other"
         constexpr std::string_view verb = " excludes ";

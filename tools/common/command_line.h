@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <span>
@@ -49,9 +50,12 @@ class command_line {
     ~command_line();
 
     CLI::App& app() const { return *app_; }
+    /// What options need, where that is more than a value: by "--name".
+    std::map<std::string, std::string>& needs() { return needs_; }
 
   private:
     std::unique_ptr<CLI::App> app_;
+    std::map<std::string, std::string> needs_;
 };
 
 /// An option without a value; `names` as help lists them: "--json", or "-f,--force".
@@ -63,9 +67,13 @@ option add_switch(command_line& line, const std::string& names, bool& given,
 option add_value(command_line& line, const std::string& names, const std::string& kind,
                  std::function<void(const std::string&)> take, const std::string& meaning);
 
-/// The same for the name of a file, or "-".
-option add_file(command_line& line, const std::string& names, std::optional<std::string>& file,
-                const std::string& meaning);
+/// The same for the name of a file to be read.
+option add_input(command_line& line, const std::string& names, std::optional<std::string>& file,
+                 const std::string& meaning);
+
+/// The same for the name of a file to be written, or "-", standard output.
+option add_output(command_line& line, const std::string& names, std::optional<std::string>& file,
+                  const std::string& meaning);
 
 /// The same for a finite number, `least` or above; help tells the value that it has by now as the
 /// default.

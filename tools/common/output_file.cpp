@@ -9,6 +9,7 @@ void write_result(const std::string& name, std::string_view contents) {
     if (name == "-") {
         show(contents);
     } else {
+        flib::remove_left_over(name);
         flib::replace_file(name, contents);
     }
 }

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "common/write_out.h"
+#include "flib/io/atomic_file.h"
 #include "flib/io/stop_run.h"
 
 namespace tools {
@@ -41,6 +42,7 @@ int run_tool(std::string_view tool, int argc, char** argv,
              const std::function<int(std::span<const std::string_view>)>& body) noexcept {
     std::signal(SIGXFSZ, SIG_IGN);
     std::signal(SIGPIPE, SIG_IGN);
+    flib::remove_unfinished_on_signals();
     try {
         const std::vector<std::string_view> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
         return body(arguments);

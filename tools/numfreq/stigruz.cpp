@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "common/write_out.h"
+#include "flib/io/atomic_file.h"
 #include "flib/io/stop_run.h"
 #include "numfreq/run_driver.h"
 
@@ -74,6 +75,7 @@ int main(int argc, char** argv) {
     // A write that fails is reported like any other failure.
     std::signal(SIGXFSZ, SIG_IGN);
     std::signal(SIGPIPE, SIG_IGN);
+    flib::remove_unfinished_on_signals();
     std::set_terminate(end_without_exception);
     return run(argc, argv);
 }

@@ -125,7 +125,7 @@ json_value moments_of(const flib::state_moments& moments) {
 
 json_value json_of(const file_report& report) {
     const flib::file_facts& facts = report.facts;
-    json_value json;
+    json_value json{{"written_by", "qm_file"}};
     json["file"] = facts.file;
     json["type"] = if_there(facts.kind, [](const auto& kind) { return kind.tag; });
     json["version"] = if_there(facts.kind, [](const auto& kind) { return kind.version; });

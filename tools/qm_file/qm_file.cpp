@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "common/output_file.h"
 #include "common/program.h"
 #include "flib/io/stop_run.h"
 #include "qm_file/probe.h"
@@ -16,7 +17,6 @@ namespace {
 
 using flib::quantity;
 using qm_file::file_report;
-using qm_file::form;
 using qm_file::request;
 
 namespace exit_status = flib::exit_status;
@@ -27,7 +27,7 @@ void complain(std::string_view reason) {
 
 std::vector<quantity> wanted_by(const request& asked) {
     if (asked.only != nullptr) return asked.only->parts;
-    if (asked.wanted == form::xyz) return {quantity::numbers, quantity::geometry};
+    if (asked.xyz) return {quantity::numbers, quantity::geometry};
     return {std::begin(flib::all_quantities), std::end(flib::all_quantities)};
 }
 
@@ -74,9 +74,10 @@ int show_files(const request& asked) {
         if (asked.only != nullptr && asked.only->parts.front() == quantity::basis) {
             add_basis_of_log(report, complain);
         }
-        if (asked.wanted == form::json) {
-            all.push_back(json_of(report));
-        } else if (asked.wanted == form::xyz) {
+        if (asked.json) all.push_back(json_of(report));
+        if (asked.json == "-") {
+            // Nothing else is shown then.
+        } else if (asked.xyz) {
             tools::show(xyz(report));
         } else if (asked.only != nullptr) {
             tools::show(rows_of(report, *asked.only, asked.files.size() > 1, on));
@@ -85,15 +86,14 @@ int show_files(const request& asked) {
             tools::show(summary(report, on));
         }
         first = false;
-        const bool by_name =
-            asked.wanted == form::xyz || (asked.only != nullptr && asked.wanted == form::text);
+        const bool by_name = asked.xyz || (asked.only != nullptr && asked.json != "-");
         tell_missing(report, by_name ? std::span(wanted) : std::span<const quantity>());
         given = given || gives(report, wanted);
         damaged = damaged || std::ranges::any_of(report.facts.missing, [](const auto& absent) {
                       return absent.second.damaged;
                   });
     }
-    if (asked.wanted == form::json) tools::show(tools::json_text(all));
+    if (asked.json) tools::write_result(*asked.json, tools::json_text(all));
     if (damaged) return exit_status::diagnostic;
     return given ? exit_status::complete : exit_status::stopped;
 }

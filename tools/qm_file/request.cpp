@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "common/command_line.h"
+#include "common/outputs.h"
 #include "flib/io/number.h"
 #include "flib/io/stop_run.h"
 #include "qm_file/probe.h"
@@ -11,8 +12,8 @@ namespace qm_file {
 namespace {
 
 constexpr const char* usage =
-    "[--json | --xyz] FILE...\n"
-    "[--json] QUANTITY FILE...\n"
+    "[--json=OUTPUT | --xyz] FILE...\n"
+    "[--json=OUTPUT] QUANTITY FILE...\n"
     "probe ROUTINE FILE [N...]\n"
     "--help | --version";
 
@@ -85,24 +86,24 @@ std::span<const named_quantity> named_quantities() {
 
 request request_of(std::span<const std::string_view> arguments) {
     request asked;
-    bool json = false;
-    bool xyz = false;
+    bool overwrite = false;
     tools::command_line app({"qm_file", usage, purpose, help_rest()});
-    const tools::option as_json = tools::add_switch(
-        app, "--json", json,
-        "the same for programs: one array with an object per file, all numbers in full");
-    tools::add_switch(app, "--xyz", xyz, "the geometry in XYZ format (Angstrom)").excludes(as_json);
+    const tools::option as_json = tools::add_output(
+        app, "--json", asked.json,
+        "write JSON, one array with an object per file, all numbers in full; to standard output "
+        "if FILE is -");
+    tools::add_switch(app, "--xyz", asked.xyz, "the geometry in XYZ format (Angstrom)")
+        .excludes(as_json);
+    tools::add_switch(app, "--force", overwrite, "overwrite a file that these tools did not write");
     tools::parsed_line line = tools::parse_line(app, arguments);
     if (line.shown) {
         asked.shown = line.shown;
         return asked;
     }
-    if (json) asked.wanted = form::json;
-    if (xyz) asked.wanted = form::xyz;
 
     std::vector<std::string>& names = line.names;
     if (!names.empty() && names.front() == "probe") {
-        if (json || xyz) throw flib::run_error("probe has one form only (see --help)");
+        if (asked.json || asked.xyz) throw flib::run_error("probe has one form only (see --help)");
         if (names.size() < 3)
             throw flib::run_error("probe needs a routine and a file (see --help)");
         asked.routine = names[1];
@@ -113,8 +114,19 @@ request request_of(std::span<const std::string_view> arguments) {
     }
     if (!names.empty()) asked.only = quantity_of(names.front());
     if (asked.only != nullptr) names.erase(names.begin());
-    if (asked.only != nullptr && xyz) {
+    if (asked.only != nullptr && asked.xyz) {
         throw flib::run_error("--xyz shows whole geometries only (see --help)");
+    }
+    // Before that: the file that is missing may have been taken for the output.
+    if (asked.json) {
+        if (quantity_of(*asked.json) != nullptr) {
+            throw flib::run_error(
+                "--json needs the name of a file, or '-' for standard output, "
+                "before the quantity " +
+                *asked.json);
+        }
+        const tools::planned_output output{"--json", *asked.json, tools::output_kind::json};
+        tools::require_harmless({&output, 1}, names, overwrite);
     }
     if (names.empty()) throw flib::run_error("no file is given (see --help)");
     asked.files = std::move(names);

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "common/command_line.h"
+#include "common/outputs.h"
 #include "flib/io/stop_run.h"
 
 namespace sgn_check {
@@ -31,25 +32,27 @@ options parse_options(std::span<const std::string_view> arguments) {
 
     bool no_pairs = false;
     bool no_sum_rules = false;
-    bool json = false;
-    bool csv = false;
     tools::add_switch(app, "--no-pairs", no_pairs, "displacements do not come in +- pairs");
     tools::add_switch(app, "--no-sum-rules", no_sum_rules,
                       "do not judge the sum rules: outer field, embedding charges, link atoms");
-    const tools::option as_json = tools::add_switch(app, "--json", json, "write JSON");
-    tools::add_switch(app, "--csv", csv, "write CSV").excludes(as_json);
+    tools::add_output(app, "--json", result.json, "write JSON, to standard output if FILE is -");
+    tools::add_switch(app, "--csv", result.csv, "write CSV instead of the table");
+    tools::add_switch(app, "--force", result.overwrite,
+                      "overwrite a file that these tools did not write");
 
     tools::parsed_line line = tools::parse_line(app, arguments);
     result.shown = std::move(line.shown);
     if (result.shown) return result;
+    std::vector<tools::planned_output> outputs;
+    if (result.csv) outputs.push_back({"--csv", "-", {}});
+    if (result.json) outputs.push_back({"--json", *result.json, tools::output_kind::json});
+    tools::require_harmless(outputs, line.names, result.overwrite);
     if (line.names.size() < 2) {
         throw flib::run_error("needs a reference and files to check (usage: sgn_check " +
                               std::string(usage) + ")");
     }
     limits.pairs = !no_pairs;
     limits.sum_rules = !no_sum_rules;
-    if (json) result.form = output::json;
-    if (csv) result.form = output::csv;
     result.reference = std::move(line.names.front());
     result.files.assign(std::next(line.names.begin()), line.names.end());
     return result;

@@ -11,11 +11,11 @@
 
 namespace sgn_check {
 
-enum class output { table, json, csv };
-
 struct options {
     std::optional<std::string> shown{};  ///< of --help or --version, to be shown instead of a run
-    output form = output::table;
+    std::optional<std::string> json;     ///< file for JSON, or "-"
+    bool csv = false;                    ///< CSV instead of the table
+    bool overwrite = false;              ///< also files that are no outputs of these tools
     sgn::thresholds limits;
     std::string reference;
     std::vector<std::string> files;

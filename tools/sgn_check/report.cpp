@@ -217,7 +217,7 @@ std::string table(const sgn::assessment& of, std::span<const unreadable_file> un
 
 std::string json(const sgn::assessment& of, std::span<const unreadable_file> unreadable,
                  const sgn::thresholds& limits) {
-    json_value result;
+    json_value result{{"written_by", "sgn_check"}};
     result["reference"] = nullptr;
     result["files"] = json_value::array();
     for (std::size_t i = 0; i < of.verdicts.size(); ++i) {

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "common/output_file.h"
 #include "common/program.h"
 #include "flib/io/stop_run.h"
 #include "sgn/check/check.h"
@@ -51,12 +52,13 @@ int run(std::span<const std::string_view> arguments) {
 
     sgn::assessment assessment;
     if (!reference.empty()) assessment = sgn::check(reference.front(), files, options.limits);
-    if (options.form == sgn_check::output::json) {
-        tools::show(sgn_check::json(assessment, unreadable, options.limits));
-    } else if (options.form == sgn_check::output::csv) {
+    if (options.csv) {
         tools::show(sgn_check::csv(assessment));
-    } else if (!reference.empty()) {
+    } else if (!reference.empty() && options.json != "-") {
         tools::show(sgn_check::table(assessment, unreadable, tools::terminal_at(STDOUT_FILENO)));
+    }
+    if (options.json) {
+        tools::write_result(*options.json, sgn_check::json(assessment, unreadable, options.limits));
     }
     if (!unreadable.empty()) return tools::exit_status::failed;
     return assessment.fine() ? tools::exit_status::fine : tools::exit_status::doubtful;

@@ -85,7 +85,7 @@ json_value excitation_of(const sgn::report& of) {
 
 std::string json_of(const sgn::report& of) {
     const sgn::displaced_set& set = of.set;
-    json_value result;
+    json_value result{{"written_by", "sgn_derive"}};
     result["reference"] = set.jobs.front().name;
     json_value& files = result["files"] = json_value::array();
     for (std::size_t i = 0; i < set.jobs.size(); ++i) files.push_back(file_of(of, i));

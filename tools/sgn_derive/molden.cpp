@@ -23,7 +23,7 @@ std::string symbol_of(const sgn::atom& of) {
 }  // namespace
 
 std::string molden_of(const sgn::report& of) {
-    std::string text = "[Molden Format]\n[Atoms] AU\n";
+    std::string text = "[Molden Format]\n[Title]\n by sgn_derive\n[Atoms] AU\n";
     for (std::size_t i = 0; i < of.set.atoms.size(); ++i) {
         const sgn::atom& each = of.set.atoms[i];
         text += symbol_of(each) + flib::integer_field(static_cast<std::int64_t>(i) + 1, 7) +

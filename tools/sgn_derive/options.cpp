@@ -1,43 +1,15 @@
 #include "sgn_derive/options.h"
 
 #include <iterator>
-#include <set>
 #include <utility>
 
 #include "common/command_line.h"
+#include "common/outputs.h"
 #include "flib/io/stop_run.h"
 #include "sgn/checkpoint/fcc_files.h"
 
 namespace sgn_derive {
 namespace {
-
-/// Each result goes to a place of its own, and takes that of no result file: in "--json ref.sgn
-/// a.sgn" the name of the file to be written was forgotten.
-void check_outputs(const options& of) {
-    const std::pair<std::string_view, const std::optional<std::string>&> outputs[] = {
-        {"--json", of.json}, {"--csv", of.csv},       {"--csv-modes", of.csv_modes},
-        {"--fchk", of.fchk}, {"--molden", of.molden}, {"--html", of.html}};
-    std::set<std::string> names;
-    const auto require_only = [&](const std::string& name) {
-        if (names.insert(name).second) return;
-        throw flib::run_error("only one result can go to " +
-                              (name == "-" ? "standard output" : flib::printable(name)));
-    };
-    for (const auto& [option, name] : outputs) {
-        if (!name) continue;
-        const std::string shown = *name == "-" ? "standard output" : flib::printable(*name);
-        require_only(*name);
-        if (name->ends_with(".sgn")) {
-            throw flib::run_error(std::string(option) + " would write over the result file " +
-                                  shown);
-        }
-    }
-    if (!of.fcc) return;
-    const sgn::fcc_names files = sgn::fcc_names_of(*of.fcc);
-    for (const std::string& name : {files.state, files.electric, files.magnetic}) {
-        require_only(name);
-    }
-}
 
 /// The name of a family of files, in an existing directory or not.
 void take_family(const std::string& name, std::optional<std::string>& into) {
@@ -47,6 +19,30 @@ void take_family(const std::string& name, std::optional<std::string>& into) {
             flib::quoted(name) + " is none");
     }
     into = name;
+}
+
+/// Whatever else is wrong: a result goes to a place of its own. In "--json ref.sgn a.sgn" the name
+/// of the file to be written was forgotten.
+void check_outputs(const options& of, std::vector<std::string> read) {
+    using tools::output_kind;
+    std::vector<tools::planned_output> outputs;
+    const auto add = [&](const char* option, const auto& file, output_kind kind) {
+        if (file) outputs.push_back({option, *file, kind});
+    };
+    add("--json", of.json, output_kind::json);
+    add("--csv", of.csv, output_kind::table);
+    add("--csv-modes", of.csv_modes, output_kind::table);
+    add("--fchk", of.fchk, output_kind::checkpoint);
+    add("--molden", of.molden, output_kind::modes);
+    add("--html", of.html, output_kind::page);
+    if (of.fcc) {
+        const sgn::fcc_names files = sgn::fcc_names_of(*of.fcc);
+        for (const std::string& name : {files.state, files.electric, files.magnetic}) {
+            outputs.push_back({"--fcc", name, output_kind::vibronic});
+        }
+    }
+    if (of.fchk_template) read.push_back(*of.fchk_template);
+    tools::require_harmless(outputs, read, of.overwrite);
 }
 
 }  // namespace
@@ -62,19 +58,19 @@ options parse_options(std::span<const std::string_view> arguments) {
                     "the harmonic modes and what they do to the dipole.",
          .rest = "FILE may be '-', standard output; nothing else is shown there then.\n"
                  "Status: 0 all fine, 1 something deserves doubt, 2 no result.\n"});
-    tools::add_file(app, "--json", result.json, "write all numbers as JSON");
-    tools::add_file(app, "--csv", result.csv, "write the derivatives of the dipole as CSV");
-    tools::add_file(app, "--csv-modes", result.csv_modes, "write the normal modes as CSV");
-    tools::add_file(app, "--fchk", result.fchk,
-                    "write a formatted checkpoint for vibronic programs");
+    tools::add_output(app, "--json", result.json, "write all numbers as JSON");
+    tools::add_output(app, "--csv", result.csv, "write the derivatives of the dipole as CSV");
+    tools::add_output(app, "--csv-modes", result.csv_modes, "write the normal modes as CSV");
+    tools::add_output(app, "--fchk", result.fchk,
+                      "write a formatted checkpoint for vibronic programs");
     tools::add_value(
         app, "--fcc", "NAME", [&](const std::string& name) { take_family(name, result.fcc); },
         "write NAME.fcc, eldip_NAME and magdip_NAME for FCclasses 3");
     const tools::option with_template =
-        tools::add_file(app, "--template", result.fchk_template,
-                        "the reference's checkpoint, whose energy and other sections are kept");
-    tools::add_file(app, "--molden", result.molden, "write the normal modes for viewers");
-    tools::add_file(app, "--html", result.html, "write a page to look at");
+        tools::add_input(app, "--template", result.fchk_template,
+                         "the reference's checkpoint, whose energy and other sections are kept");
+    tools::add_output(app, "--molden", result.molden, "write the normal modes for viewers");
+    tools::add_output(app, "--html", result.html, "write a page to look at");
     bool no_sum_rules = false;
     tools::add_switch(app, "--no-sum-rules", no_sum_rules,
                       "do not judge the sum rules: outer field, embedding charges, link atoms");
@@ -86,8 +82,10 @@ options parse_options(std::span<const std::string_view> arguments) {
     };
     tools::add_value(app, "--units", "UNIT", take_units,
                      "show derivatives of the dipole by au (Bohr, the default) or angstrom");
-    tools::add_file(app, "--judge", result.judge,
-                    "judge the derivatives in a checkpoint by the sum rules, instead of a set");
+    tools::add_input(app, "--judge", result.judge,
+                     "judge the derivatives in a checkpoint by the sum rules, instead of a set");
+    tools::add_switch(app, "--force", result.overwrite,
+                      "overwrite files that these tools did not write");
 
     tools::parsed_line line = tools::parse_line(app, arguments);
     result.shown = std::move(line.shown);
@@ -103,7 +101,7 @@ options parse_options(std::span<const std::string_view> arguments) {
         }
         return result;
     }
-    check_outputs(result);
+    check_outputs(result, line.names);
     if (line.names.size() < 2) {
         throw flib::run_error("needs a reference and displaced files (usage: sgn_derive " +
                               std::string(usage) + ")");

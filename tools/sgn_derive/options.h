@@ -24,6 +24,7 @@ struct options {
     std::optional<std::string> molden;
     std::optional<std::string> html;
     std::optional<std::string> judge;  ///< a checkpoint to be judged, instead of a set
+    bool overwrite = false;            ///< also files that are no outputs of these tools
 };
 
 /// Throws flib::run_error, with one line that says what is wrong.

@@ -11,6 +11,7 @@
 #include <string_view>
 
 #include "common/write_out.h"
+#include "flib/io/atomic_file.h"
 #include "flib/io/stop_run.h"
 
 namespace sgn_displace {
@@ -196,6 +197,9 @@ void write_file_set(const std::string& directory, const std::vector<std::string>
     const signals_held_back until_done;
     const output_directory output(directory);
     look_at_places(output, names, overwrite);
+    // Of the results of an earlier set.
+    flib::remove_left_over(output.path(),
+                           [](std::string_view name) { return name.ends_with(".sgn"); });
     waiting_room room(output);
     for (std::size_t i = 0; i < names.size(); ++i) room.write(names[i], contents(i));
     room.flush();

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 
 #include "common/layers.h"
@@ -13,6 +14,8 @@
 
 namespace sgn_displace {
 namespace {
+
+namespace fs = std::filesystem;
 
 constexpr std::string_view blanks = " \t\r";
 
@@ -55,8 +58,8 @@ std::string link0_name(std::string_view command) {
 
 class input_parser {
   public:
-    input_parser(std::string_view file, std::string_view text)
-        : file_(file), text_(text), lines_(lines_of(text)) {}
+    input_parser(std::string_view file, std::string_view text, std::string_view way)
+        : file_(file), text_(text), way_(way), lines_(lines_of(text)) {}
 
     job_template parse() {
         refuse_what_is_no_input();
@@ -147,6 +150,12 @@ class input_parser {
                 drop_line();
             } else if (name == "oldchk") {
                 old_checkpoint_ = true;
+                const std::string_view path = trimmed(value);
+                if (!needs_way(path)) continue;
+                const auto place = static_cast<std::size_t>(path.data() - text_.data());
+                keep_to(place, place);
+                result_.link0.append(way_);
+                tell_way("%oldchk=", path);
             }
         }
         keep_to(lines_[next_].begin, kept_from);
@@ -234,6 +243,10 @@ class input_parser {
         body_from_ = body.size();
         text_from_ = from;
         body += text_.substr(from);
+        for (const std::string& each : kind.unknown) {
+            tell(flib::quoted(each) +
+                 " in the route is not known here: it stands in every input as it is");
+        }
         if (kind.root != 1) {
             tell("root=" + std::to_string(kind.root) +
                  ": the forces are those of that state, but stigruz takes the sign and dipole of "
@@ -249,8 +262,10 @@ class input_parser {
             fail("the route reads from a checkpoint, but neither %chk nor %oldchk names one",
                  route);
         }
-        result_.link0.append("%oldchk=").append(checkpoint_).append(result_.end_of_line);
-        tell("%oldchk=" + flib::printable(checkpoint_) + " added: the route reads from it");
+        const std::string path =
+            std::string(needs_way(checkpoint_) ? way_ : "").append(checkpoint_);
+        result_.link0.append("%oldchk=").append(path).append(result_.end_of_line);
+        tell("%oldchk=" + flib::printable(path) + " added: the route reads from it");
     }
 
     void title() {
@@ -306,11 +321,39 @@ class input_parser {
             fail("expected an atom, not a blank line");
         }
         tell_layers();
+        included_files();
         if (next_ == lines_.size()) {
             if (!text_.ends_with('\n')) result_.body += result_.end_of_line;
             result_.body += result_.end_of_line;
             tell("a blank line added after the last atom");
         }
+    }
+
+    /// "@FILE" lines of the sections behind the atoms.
+    void included_files() {
+        std::size_t added = 0;
+        for (std::size_t i = next_; i < lines_.size(); ++i) {
+            const std::string_view meant = lines_[i].meant;
+            if (!meant.starts_with('@') || !needs_way(trimmed(meant.substr(1)))) continue;
+            const std::string_view path = trimmed(meant.substr(1));
+            const auto place = static_cast<std::size_t>(path.data() - text_.data());
+            result_.body.insert(place - text_from_ + body_from_ + added, way_);
+            added += way_.size();
+            tell_way("@", path);
+        }
+    }
+
+    /// Whether a file that is read would no longer be found by the name.
+    bool needs_way(std::string_view path) const {
+        const bool absolute = path.starts_with('/') || path.starts_with('~') ||
+                              path.starts_with('$') || path.find_first_of("\\:") != path.npos;
+        return !way_.empty() && !path.empty() && !absolute;
+    }
+
+    void tell_way(const std::string& what, std::string_view path) {
+        tell(flib::printable(std::string(what).append(path)) + " becomes " +
+             flib::printable(std::string(what).append(way_).append(path)) +
+             ": the jobs are in another directory");
     }
 
     void tell_layers() {
@@ -324,6 +367,7 @@ class input_parser {
 
     std::string_view file_;
     std::string_view text_;
+    std::string_view way_;  // from the jobs to the input: "" or "../"
     std::vector<line> lines_;
     std::size_t next_ = 0;         // index of the line to be looked at
     std::size_t text_from_ = 0;    // from this place on, the file ...
@@ -332,6 +376,13 @@ class input_parser {
     bool old_checkpoint_ = false;  // whether there is an %oldchk
     job_template result_;
 };
+
+/// From one directory to another: "" or "../", "../../in/". Links are followed, as ".." is by the
+/// system.
+std::string way_to(const fs::path& to, const fs::path& from) {
+    const fs::path way = fs::weakly_canonical(to).lexically_relative(fs::weakly_canonical(from));
+    return way == "." ? "" : way.string() + "/";
+}
 
 }  // namespace
 
@@ -363,11 +414,11 @@ std::string job_template::displaced(std::string_view name, std::size_t atom, std
     return text.replace(place, length, number);
 }
 
-job_template parse_input(std::string_view file, std::string_view text) {
-    return input_parser(file, text).parse();
+job_template parse_input(std::string_view file, std::string_view text, std::string_view way) {
+    return input_parser(file, text, way).parse();
 }
 
-job_template read_input(const std::string& file) {
+job_template read_input(const std::string& file, const std::string& directory) {
     constexpr std::int64_t largest = std::int64_t{16} * 1024 * 1024;
     flib::text_file source(file);
     if (source.size() > largest) {
@@ -377,7 +428,8 @@ job_template read_input(const std::string& file) {
     while (static_cast<std::int64_t>(text.size()) < source.size()) {
         text += source.from(static_cast<std::int64_t>(text.size()), 1);
     }
-    return parse_input(file, text);
+    const std::string way = way_to(fs::absolute(file).parent_path(), fs::absolute(directory));
+    return parse_input(file, text, way);
 }
 
 }  // namespace sgn_displace

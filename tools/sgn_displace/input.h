@@ -43,14 +43,17 @@ struct job_template {
 };
 
 /// Takes apart `text`, the contents of `file`. The sections after the atoms, and all lines that
-/// need no change, are kept byte for byte.
+/// need no change, are kept byte for byte. `way` leads from where the jobs are put to the directory
+/// of `file`, "" if that is the same: relative names of files that are read, of %oldchk and of
+/// "@FILE" lines behind the atoms, are put behind it.
 ///
 /// Throws flib::io_error, with the line, if it is no Gaussian input or none that a set can be made
 /// of: atoms that are not given by Cartesian coordinates (Z-matrices, variables), dummy and ghost
 /// atoms, periodic systems, several jobs, open shells, and what judge_route() refuses.
-job_template parse_input(std::string_view file, std::string_view text);
+job_template parse_input(std::string_view file, std::string_view text, std::string_view way = {});
 
-/// Reads `file` whole and takes it apart. Throws flib::run_error if it cannot be read.
-job_template read_input(const std::string& file);
+/// Reads `file` whole and takes it apart, for jobs that are put into `directory`, which need not
+/// exist. Throws flib::run_error if it cannot be read.
+job_template read_input(const std::string& file, const std::string& directory);
 
 }  // namespace sgn_displace

@@ -128,18 +128,85 @@ constexpr std::string_view harmless_geometry[] = {
 /// Units in which lengths stay Angstrom.
 constexpr std::string_view angstrom_and_angles[] = {"ang", "deg", "rad"};
 
-/// Keywords that may read something but the geometry from a checkpoint.
-constexpr std::string_view readers[] = {"guess", "dens", "scrf", "charge", "basis"};
+/// What an option says of the job, of those that say something.
+enum class option_effect { reads_checkpoint, goes_on };
+struct known_option {
+    std::string_view keyword;  // as it begins
+    std::string_view option;   // likewise
+    option_effect effect;
+};
 
-/// Functionals and methods as they begin. After a "u" or "ro" they are not of a closed shell.
+/// With "read", other keywords (scrf, pseudo, field) take a section of the input.
+constexpr known_option known_options[] = {
+    {"guess", "read", option_effect::reads_checkpoint},
+    {"guess", "check", option_effect::reads_checkpoint},
+    {"guess", "tcheck", option_effect::reads_checkpoint},
+    {"dens", "check", option_effect::reads_checkpoint},
+    {"charge", "check", option_effect::reads_checkpoint},
+    {"field", "chkread", option_effect::reads_checkpoint},
+    {"td", "read", option_effect::reads_checkpoint},
+    {"cis", "read", option_effect::reads_checkpoint},
+    {"rcis", "read", option_effect::reads_checkpoint},
+    {"", "restart", option_effect::goes_on},
+};
+
+/// Methods as they begin. After a "u" or "ro" they are not of a closed shell.
 constexpr std::string_view methods[] = {
-    "hf",   "cis",  "b3",   "b1",  "b9",    "bly",   "bp86", "bpw",  "bmk", "bh",   "cam-", "lc-",
-    "pbe",  "wb97", "m05",  "m06", "m08",   "m11",   "mn1",  "tpss", "hse", "hcth", "apf",  "x3lyp",
-    "o3ly", "lsda", "svwn", "n12", "sogga", "thcth", "mpw",  "hiss", "am1", "pm3",  "pm6",  "pm7"};
+    "hf",    "cis",   "b3",   "b1",    "b9",     "b2",      "bmk",    "bh",   "cam-",  "lc-",
+    "pbe",   "wb97",  "m05",  "m06",   "m08",    "m11",     "mn1",    "tpss", "hse",   "ohse",
+    "hcth",  "thcth", "apf",  "x3lyp", "o3l",    "lsda",    "n12",    "mpw",  "sogga", "hiss",
+    "am1",   "pm3",   "pm6",  "pm7",   "pddg",   "mndo",    "mindo",  "dftb", "indo",  "cndo",
+    "zindo", "xa",    "vsxc", "vp86",  "pw6b95", "revtpss", "pkzb",   "wpbe", "dsd",   "mp2",
+    "mp3",   "mp4",   "ccsd", "qcis",  "cas",    "rhf",     "rb3lyp", "lda"};
+
+/// Functionals are also put together of an exchange and a correlation.
+constexpr std::string_view exchanges[] = {"s", "b", "pw91", "g96", "o", "brx", "pbeh"};
+constexpr std::string_view correlations[] = {"vwn",  "lyp",  "pl",    "p86",    "pw91",
+                                             "b95",  "pbe",  "tpss",  "kcis",   "brc",
+                                             "pkzb", "vp86", "v5lyp", "revtpss"};
+
+/// Basis sets as they begin, without the name of a method.
+constexpr std::string_view basis_sets[] = {
+    "sto-",  "3-21",    "4-31", "6-21",   "6-31",  "cc-", "aug-",    "daug-",     "spaug-", "jul-",
+    "jun-",  "may-",    "apr-", "maug-",  "def2",  "sv",  "tzv",     "qzv",       "dz",     "d95",
+    "lanl2", "lp-31",   "sdd",  "oldsdd", "sdfmb", "shc", "cep-",    "stuttgart", "epr-",   "ugbs",
+    "midi",  "mtsmall", "dgdz", "dgtz",   "cbsb",  "gen", "minimal", "mwb",       "ecp",    "mdf"};
+
+/// Other keywords that a job may have, as they begin: none of them takes the geometry from
+/// elsewhere or does more than one.
+constexpr std::string_view harmless[] = {
+    "force",  "nosym",   "symm",      "scf",    "int",      "iop",     "guess",  "chkbas",
+    "dens",   "charge",  "field",     "geom",   "unit",     "scrf",    "pop",    "prop",
+    "output", "form",    "gfin",      "gfpr",   "gfold",    "extra",   "pseudo", "denf",
+    "nodenf", "fit",     "auto",      "w06",    "emp",      "fmm",     "cphf",   "test",
+    "maxd",   "temp",    "press",     "scale",  "name",     "trackio", "punch",  "window",
+    "fc",     "full",    "frozen",    "rw",     "read",     "archive", "noarch", "grid",
+    "sparse", "massage", "constants", "tran",   "external", "5d",      "6d",     "7f",
+    "10f",    "cart",    "pure",      "conver", "prism",    "rotate",  "uff",    "dreiding",
+    "amber",  "nofmm",   "nobigel",   "sym",    "stdmo",    "oniom",   "td",     "cis",
+    "rcis",   "tda",     "counter"};
+
+constexpr std::string_view oniom_options[] = {
+    "embed", "input", "only", "svalue", "scalecharge", "compress", "nocompress", "blank", "mk"};
+
+bool begins_combination(std::string_view name) {
+    return std::ranges::any_of(exchanges, [&](std::string_view exchange) {
+        return name.starts_with(exchange) &&
+               starts_with_any(name.substr(exchange.size()), correlations);
+    });
+}
+
+bool is_method(std::string_view name) {
+    return starts_with_any(name, methods) || begins_combination(name);
+}
 
 bool is_open_shell(std::string_view name) {
-    return (name.starts_with("ro") && starts_with_any(name.substr(2), methods)) ||
-           (name.starts_with('u') && starts_with_any(name.substr(1), methods));
+    return (name.starts_with("ro") && is_method(name.substr(2))) ||
+           (name.starts_with('u') && is_method(name.substr(1)));
+}
+
+bool is_known(std::string_view name) {
+    return is_method(name) || starts_with_any(name, basis_sets) || starts_with_any(name, harmless);
 }
 
 bool is_excited_state(std::string_view name) {
@@ -166,12 +233,37 @@ std::int32_t root_of(const keyword& option) {
 void judge_excited_state(const keyword& job, job_kind& kind) {
     for (const keyword& option : job.options) {
         if (option.name == "d") refuse(job, "with the option d gives no forces");
-        if (option.name.starts_with("trip") || option.name == "50-50") {
+        if (option.name.starts_with("trip")) {
             refuse(option, "asks for triplets, whose transition dipole is zero");
         }
-        if (option.name.starts_with("restart")) refuse(option, "goes on with an earlier job");
-        if (option.name == "read") kind.reads_checkpoint = true;
+        if (option.name == "50-50") {
+            refuse(option,
+                   "asks for singlets and triplets: the first state may be a triplet, whose "
+                   "transition dipole is zero");
+        }
         if (option.name == "root") kind.root = root_of(option);
+    }
+}
+
+void judge_option(const keyword& of, const keyword& option, job_kind& kind) {
+    for (const auto& [word, start, effect] : known_options) {
+        if (!of.name.starts_with(word) || !option.name.starts_with(start)) continue;
+        if (effect == option_effect::goes_on) refuse(option, "goes on with an earlier job");
+        kind.reads_checkpoint = true;
+    }
+}
+
+/// Of an ONIOM job the methods are options.
+void find_unknown(const std::vector<keyword>& keywords, job_kind& kind) {
+    for (const keyword& each : keywords) {
+        if (each.name == "oniom") {
+            for (const keyword& option : each.options) {
+                const bool of_oniom = starts_with_any(option.name, oniom_options);
+                if (!of_oniom && !is_known(option.name)) kind.unknown.push_back(option.name);
+            }
+        } else if (!is_known(each.name)) {
+            kind.unknown.push_back(each.name);
+        }
     }
 }
 
@@ -233,17 +325,14 @@ job_kind judge_route(const std::vector<keyword>& route) {
             excited = true;
             judge_excited_state(each, kind);
         }
-        const bool reads = std::ranges::any_of(each.options, [](const keyword& option) {
-            return option.name == "read" || option.name.starts_with("check");
-        });
-        if (each.name.starts_with("chkbas") || (reads && starts_with_any(each.name, readers))) {
-            kind.reads_checkpoint = true;
-        }
+        if (each.name.starts_with("chkbas")) kind.reads_checkpoint = true;
+        for (const keyword& option : each.options) judge_option(each, option, kind);
     });
     if (!excited) {
         throw flib::run_error(
             "the route asks for no excited state whose amplitudes can be used: cis, td or tda");
     }
+    find_unknown(route, kind);
     return kind;
 }
 

@@ -35,13 +35,15 @@ struct job_kind {
     bool force = false;
     bool reads_checkpoint = false;  // orbitals, states or basis set of an earlier job
     int root = 1;
+    std::vector<std::string> unknown{};  // keywords of which nothing is known here
 
     friend bool operator==(const job_kind&, const job_kind&) = default;
 };
 
 /// Throws flib::run_error, with the reason, if a set of displaced jobs cannot be made of such a
 /// job: if it is none of an excited state whose amplitudes can be used (cis, td, tda; singlets of a
-/// closed shell), does more than one geometry, or takes its geometry from elsewhere.
+/// closed shell), does more than one geometry, takes its geometry from elsewhere, or goes on with
+/// an earlier job.
 job_kind judge_route(const std::vector<keyword>& route);
 
 }  // namespace sgn_displace

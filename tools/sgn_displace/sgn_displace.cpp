@@ -18,7 +18,7 @@ int run(std::span<const std::string_view> arguments) {
         return tools::exit_status::fine;
     }
     const std::string set = name_of_set(given.input);
-    const job_template job = read_input(given.input);
+    const job_template job = read_input(given.input, given.directory);
     const decimal step = parse_step(given.step, job.kind.unit);
     const std::size_t natom = job.atoms.size();
     const std::vector<displaced_job> jobs =
@@ -28,6 +28,13 @@ int run(std::span<const std::string_view> arguments) {
     if (jobs.size() > most_jobs) {
         throw flib::run_error(std::to_string(jobs.size()) +
                               " files: choose the atoms to be displaced with --atoms");
+    }
+    constexpr std::size_t usual_jobs = 2'000;
+    const bool asked_for = given.atoms || given.overwrite || given.only_list;
+    if (jobs.size() > usual_jobs && !asked_for) {
+        throw flib::run_error(std::to_string(jobs.size()) +
+                              " files: choose the atoms to be displaced with --atoms, or have all "
+                              "written with --force");
     }
     std::vector<std::string> files;
     files.reserve(jobs.size());

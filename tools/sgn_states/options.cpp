@@ -1,11 +1,12 @@
 #include "sgn_states/options.h"
 
 #include <charconv>
-#include <iterator>
 #include <utility>
 
 #include "common/command_line.h"
 #include "flib/io/stop_run.h"
+#include "flib/util/file.h"
+#include "sgn/job/job_files.h"
 
 namespace sgn_states {
 namespace {
@@ -19,6 +20,26 @@ std::int32_t workers_of(const std::string& text) {
 }
 
 }  // namespace
+
+std::vector<std::string> inputs_of(const options& of) {
+    std::vector<std::string> files;
+    const auto add = [&](const std::string& checkpoint) {
+        const std::string name = flib::name_main(checkpoint);
+        files.push_back(checkpoint);
+        files.push_back(name + std::string(sgn::suffix::log));
+        files.push_back(name + std::string(sgn::suffix::amplitudes));
+    };
+    add(of.reference);
+    for (const std::string& job : of.jobs) add(job);
+    return files;
+}
+
+std::vector<tools::planned_output> outputs_of(const options& of) {
+    std::vector<tools::planned_output> outputs;
+    if (of.csv) outputs.push_back({"--csv", "-", {}});
+    if (of.json) outputs.push_back({"--json", *of.json, tools::output_kind::json});
+    return outputs;
+}
 
 options parse_options(std::span<const std::string_view> arguments) {
     constexpr const char* usage = "[OPTIONS] REFERENCE.fchk JOB.fchk...";
@@ -46,8 +67,10 @@ options parse_options(std::span<const std::string_view> arguments) {
         "states of the reference, such as 1-3,5 (all)");
     tools::add_switch(app, "--write", result.follow.write,
                       "write the result file NAME_sK.sgn of every state K and job");
-    tools::add_file(app, "--json", result.json, "write JSON, to standard output if FILE is -");
+    tools::add_output(app, "--json", result.json, "write JSON, to standard output if FILE is -");
     tools::add_switch(app, "--csv", result.csv, "write CSV instead of the table");
+    tools::add_switch(app, "--force", result.overwrite,
+                      "overwrite files that these tools did not write");
     tools::add_value(
         app, "-j,--jobs", "N",
         [&](const std::string& text) { result.follow.workers = workers_of(text); },
@@ -56,15 +79,14 @@ options parse_options(std::span<const std::string_view> arguments) {
     tools::parsed_line line = tools::parse_line(app, arguments);
     result.shown = std::move(line.shown);
     if (result.shown) return result;
-    if (line.names.size() < 2) {
+    // Before the names are counted: one may have been taken for that of an output.
+    if (!line.names.empty()) result.reference = line.names.front();
+    for (std::size_t i = 1; i < line.names.size(); ++i) result.jobs.push_back(line.names[i]);
+    tools::require_harmless(outputs_of(result), inputs_of(result), result.overwrite);
+    if (result.jobs.empty()) {
         throw flib::run_error("needs a reference and jobs to follow it into (usage: sgn_states " +
                               std::string(usage) + ")");
     }
-    if (result.csv && result.json == "-") {
-        throw flib::run_error("--csv and --json=- both write to standard output");
-    }
-    result.reference = std::move(line.names.front());
-    result.jobs.assign(std::next(line.names.begin()), line.names.end());
     return result;
 }
 

@@ -252,7 +252,8 @@ std::string table(const set_result& result, const options& how, const tools::ter
 }
 
 std::string json(const set_result& result, const options& how) {
-    tools::json_value all{{"reference", result.reference.reference.files.name},
+    tools::json_value all{{"written_by", "sgn_states"},
+                          {"reference", result.reference.reference.files.name},
                           {"states", tools::json_value::array()},
                           {"jobs", tools::json_value::array()},
                           {"thresholds",

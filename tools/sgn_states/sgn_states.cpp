@@ -5,6 +5,7 @@
 #include <string>
 
 #include "common/output_file.h"
+#include "common/outputs.h"
 #include "common/program.h"
 #include "common/progress.h"
 #include "common/terminal.h"
@@ -33,7 +34,21 @@ sgn_states::set_result follow_all(const sgn_states::options& how) {
     sgn_states::set_result result{.reference = prepare(std::move(reference), wanted)};
     tools::progress progress(STDERR_FILENO, how.jobs.size());
     const auto tell = [&](std::size_t done, std::size_t) { progress.at(done, "jobs done:"); };
-    result.jobs = follow_jobs(result.reference, how.jobs, how.follow, tell);
+    sgn::follow_options follow = how.follow;
+    follow.may_write = [&](std::span<const std::string> files) {
+        std::vector<tools::planned_output> outputs = outputs_of(how);
+        for (const std::string& file : files) {
+            outputs.push_back({"--write", file, tools::output_kind::result_file});
+        }
+        tools::require_harmless(outputs, inputs_of(how), how.overwrite);
+    };
+    result.jobs = follow_jobs(result.reference, how.jobs, follow, tell);
+    if (how.follow.write) {
+        const std::string reason = why_not_full_digits(result.reference, result.jobs);
+        if (!reason.empty()) {
+            tools::complain("sgn_states", reason + "; the dipoles are those of the logs");
+        }
+    }
     return result;
 }
 

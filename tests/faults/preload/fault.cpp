@@ -2,8 +2,8 @@
 //
 // FAULT_CALL names the call and FAULT_AT the occurrence, counted from 1; FAULT_LASTING adds all
 // later ones. The call fails with errno FAULT_ERRNO; or, without it, a read or write does half of
-// what it is asked; or, with FAULT_ACTION, that shell command is run before the call. The file
-// FAULT_MARK is created when it happens.
+// what it is asked; or, with FAULT_ACTION, that shell command is run before the call, with
+// FAULT_SIGNAL that signal comes. The file FAULT_MARK is created when it happens.
 #include <fcntl.h>
 #include <stdarg.h>
 #include <sys/stat.h>
@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 
@@ -31,6 +32,10 @@ verdict judge(const char* call) {
     if (const char* const action = getenv("FAULT_ACTION"); action != nullptr) {
         unsetenv("LD_PRELOAD");
         return system(action) == 0 ? verdict::sound : verdict::failure;
+    }
+    if (const char* const signal = getenv("FAULT_SIGNAL"); signal != nullptr) {
+        raise(atoi(signal));
+        return verdict::sound;
     }
     const char* const error = getenv("FAULT_ERRNO");
     if (error == nullptr) return verdict::half;

@@ -1,5 +1,6 @@
 #include "flib/io/atomic_file.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <limits.h>
 #include <sys/stat.h>
@@ -7,11 +8,18 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
+#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
+#include <memory>
+#include <optional>
+#include <vector>
 
 #include "flib/io/detail/text_file.h"
+#include "flib/io/detail/unfinished_file.h"
 #include "flib/io/stop_run.h"
 #include "flib/io/write_out.h"
 
@@ -54,6 +62,14 @@ std::string final_target(std::string path) {
     fail_to_write(path, ELOOP);
 }
 
+// A file is written as ".NAME.PID-N".
+constexpr std::size_t longest_name = 200;  // leaves room for the numbers within NAME_MAX
+constexpr int last_attempt = 1000;
+
+std::string stem_of(std::string_view name) {
+    return std::string(".").append(name.substr(0, longest_name)) + ".";
+}
+
 /// The new file while it stands beside the final name; removed when this goes, unless released.
 class file_beside {
   public:
@@ -66,14 +82,15 @@ class file_beside {
             fail("the name is taken by something else than a file");
         if (replaces && faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0) fail_errno();
 
-        constexpr std::size_t longest_name = 200;  // leaves room for the number within NAME_MAX
         const std::size_t name = target.rfind('/') + 1;
-        const std::string stem = target.substr(0, name) + "." + target.substr(name, longest_name) +
-                                 "." + std::to_string(getpid()) + "-";
+        const std::string stem = target.substr(0, name) +
+                                 stem_of(std::string_view(target).substr(name)) +
+                                 std::to_string(getpid()) + "-";
         for (int attempt = 0; descriptor_ < 0; ++attempt) {
             path_ = stem + std::to_string(attempt);
+            unfinished_.remember(path_);
             descriptor_ = open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-            if (descriptor_ < 0 && (errno != EEXIST || attempt == 1000)) {
+            if (descriptor_ < 0 && (errno != EEXIST || attempt == last_attempt)) {
                 path_.clear();
                 fail_in_directory(target_, errno);
             }
@@ -101,6 +118,7 @@ class file_beside {
     void rename_over_target() {
         if (std::rename(path_.c_str(), target_.c_str()) != 0) fail_in_directory(target_, errno);
         path_.clear();
+        unfinished_.forget();
     }
 
   private:
@@ -117,8 +135,44 @@ class file_beside {
 
     std::string target_;
     std::string path_;
+    unfinished_file unfinished_;
     int descriptor_ = -1;
 };
+
+struct directory_closer {
+    void operator()(DIR* directory) const { closedir(directory); }
+};
+
+/// A number as it is printed, from the end of `text`, which loses it.
+template <class Number>
+std::optional<Number> take_number(std::string_view& text) {
+    const std::size_t begin = text.find_last_not_of("0123456789") + 1;
+    const std::string_view digits = text.substr(begin);
+    Number number = 0;
+    const auto read = std::from_chars(digits.data(), digits.data() + digits.size(), number);
+    if (read.ec != std::errc{} || (digits.size() > 1 && digits.front() == '0')) return {};
+    text = text.substr(0, begin);
+    return number;
+}
+
+/// The NAME of ".NAME.PID-N" if there is no process PID; empty if not, or if it is no such name.
+std::string_view name_of_dead(std::string_view file) {
+    const auto attempt = take_number<int>(file);
+    if (!attempt || *attempt > last_attempt || !file.ends_with('-')) return {};
+    file.remove_suffix(1);
+    const auto process = take_number<pid_t>(file);
+    if (!process || *process < 1 || !file.ends_with('.') || !file.starts_with('.')) return {};
+    if (kill(*process, 0) == 0 || errno != ESRCH || file.size() < 3) return {};
+    return file.substr(1, file.size() - 2);
+}
+
+/// Whether nothing was written to it for a minute.
+bool rests(const std::string& path) {
+    constexpr std::time_t minute = 60;
+    struct stat status {};
+    return lstat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
+           status.st_mtime < std::time(nullptr) - minute;
+}
 
 }  // namespace
 
@@ -126,6 +180,36 @@ void replace_file(const std::string& path, std::string_view contents) {
     file_beside file(final_target(path));
     file.write_all(contents);
     file.rename_over_target();
+}
+
+void remove_left_over(const std::string& path) noexcept {
+    try {
+        const std::string target = final_target(path);
+        const std::size_t name = target.rfind('/') + 1;
+        const std::string stem = target.substr(name, longest_name);
+        const auto is_this = [&](std::string_view other) { return other == stem; };
+        remove_left_over(name == 0 ? "." : target.substr(0, name), is_this);
+    } catch (const std::exception&) {
+        // It is only tidying up.
+    }
+}
+
+void remove_left_over(const std::string& directory,
+                      const std::function<bool(std::string_view name)>& is_meant) noexcept {
+    try {
+        const std::unique_ptr<DIR, directory_closer> open(opendir(directory.c_str()));
+        if (!open) return;
+        std::vector<std::string> files;
+        while (const dirent* const each = readdir(open.get())) {
+            const std::string_view name = name_of_dead(each->d_name);
+            if (!name.empty() && is_meant(name)) files.push_back(directory + "/" + each->d_name);
+        }
+        for (const std::string& file : files) {
+            if (rests(file)) unlink(file.c_str());
+        }
+    } catch (const std::exception&) {
+        // It is only tidying up.
+    }
 }
 
 }  // namespace flib

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <iterator>
+#include <optional>
 #include <span>
 #include <string_view>
 
@@ -166,6 +167,14 @@ constexpr std::string_view kept_of_larger[] = {
     section_name::energy,
 };
 
+/// A title that tells who wrote the file, once.
+std::string marked(const std::string& title) {
+    constexpr std::string_view mark = "sgn_derive: ";
+    constexpr std::size_t longest = 72;
+    if (title.starts_with(mark)) return title;
+    return (std::string(mark) + title).substr(0, std::max(longest, title.size()));
+}
+
 /// The atoms of a set: how many, their numbers and charges.
 std::vector<section> atom_sections(const displaced_set& set) {
     std::vector<std::int32_t> numbers;
@@ -203,7 +212,7 @@ std::string checkpoint_of(const displaced_set& set, const derivatives& of,
         std::erase_if(atoms, [&](const section& each) { return from.find(each.label); });
         from.all.insert(from.all.begin(), atoms.begin(), atoms.end());
     }
-    std::string text = from.titles[0] + '\n' + from.titles[1] + '\n';
+    std::string text = marked(from.titles[0]) + '\n' + from.titles[1] + '\n';
     for (const section& each : from.all) {
         const auto replacing = std::find_if(added.begin(), added.end(), [&](const section& one) {
             return one.label == each.label;

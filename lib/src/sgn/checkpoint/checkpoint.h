@@ -16,7 +16,8 @@ namespace sgn {
 /// force constants. There is no energy in it.
 std::string checkpoint_of(const displaced_set& set, const derivatives& of);
 
-/// The checkpoint `template_file` with these sections replaced or, at its end, added. If it has
+/// The checkpoint `template_file` with these sections replaced or, at its end, added, and a title
+/// that begins with "sgn_derive: ". If it has
 /// other atoms besides (that of an ONIOM job, of which the set is the high layer), only electrons
 /// and energies are kept of it. Throws flib::io_error if it is not a whole formatted checkpoint, or
 /// one of another molecule or geometry.

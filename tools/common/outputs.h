@@ -1,0 +1,32 @@
+// What a call writes must not be what it reads, nor anything else that would be missed.
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tools {
+
+/// What the tools write to files.
+enum class output_kind { json, page, checkpoint, modes, table, vibronic, result_file };
+
+/// A file that a call is to write.
+struct planned_output {
+    std::string option;  ///< that asks for it: "--json"
+    std::string file;    ///< or "-", standard output
+    output_kind kind;
+};
+
+/// Which of our outputs begins like `text`; nullopt if none does.
+std::optional<output_kind> kind_that_begins(std::string_view text);
+
+/// Throws flib::run_error, which names both, if one of the outputs is an input of the call (that
+/// file, by whatever name or link), or another one of the outputs; and if it would take the place
+/// of a result file, or of a file that is no output of its kind. Files that are no outputs of ours
+/// may be replaced with `overwrite`. Empty files, and what is no file, do not count.
+void require_harmless(std::span<const planned_output> outputs, std::span<const std::string> inputs,
+                      bool overwrite);
+
+}  // namespace tools
