@@ -10,6 +10,7 @@
 #include "flib/util/elements.h"
 #include "flib/util/units.h"
 #include "sgn/checkpoint/detail/checkpoint_sections.h"
+#include "sgn/set/detail/shape.h"
 #include "sgn/set/modes.h"
 
 namespace sgn {
@@ -133,6 +134,7 @@ void require_same_molecule(const sections& from, const displaced_set& set) {
 }  // namespace
 
 std::string checkpoint_of(const displaced_set& set, const derivatives& of) {
+    require_shape(set, of);
     std::vector<std::int32_t> numbers;
     std::vector<double> charges;
     for (const atom& each : set.atoms) {
@@ -151,6 +153,7 @@ std::string checkpoint_of(const displaced_set& set, const derivatives& of) {
 
 std::string checkpoint_of(const displaced_set& set, const derivatives& of,
                           const std::string& template_file) {
+    require_shape(set, of);
     sections from = read_sections(template_file);
     require_same_molecule(from, set);
     const double energy = from.find(section_name::energy) ? from.real(section_name::energy) : 0;

@@ -8,6 +8,7 @@
 #include "flib/io/stop_run.h"
 #include "sgn/set/decimals.h"
 #include "sgn/set/detail/linear_algebra.h"
+#include "sgn/set/detail/shape.h"
 
 namespace sgn {
 namespace {
@@ -77,6 +78,7 @@ std::vector<coordinate> missing_coordinates(
 }  // namespace
 
 derivatives differentiate(const displaced_set& set) {
+    require_shape(set);
     const std::size_t atoms = set.atoms.size();
     const std::vector<equation> equations = equations_of(set);
     Eigen::CompleteOrthogonalDecomposition<Eigen::MatrixXd> solver;

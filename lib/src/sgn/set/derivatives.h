@@ -37,7 +37,8 @@ struct derivatives {
 };
 
 /// The least-squares derivatives: a pair of displacements +d and -d gives (y(+) - y(-)) / 2 = J d,
-/// a displacement without partner y - y(0) = J d.
+/// a displacement without partner y - y(0) = J d. Throws flib::run_error for a set whose jobs do
+/// not have a shift and a force of every atom.
 derivatives differentiate(const displaced_set& set);
 
 /// "1 O x, y, z; 2 H y", and how many more if the list is long.
