@@ -7,11 +7,11 @@
 #include <utility>
 
 #include "common/number_text.h"
+#include "flib/excited/basis_functions.h"
 #include "flib/excited/qm_file_ci_xpy.h"
 #include "flib/excited/qm_file_mo_coeff_nbasis_nbsuse.h"
 #include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
-#include "flib/qm_file/detail/reader_steps.h"
 #include "flib/qm_file/file_facts.h"
 #include "flib/qm_file/qm_file_force_tdip.h"
 #include "flib/qm_file/qm_file_states.h"

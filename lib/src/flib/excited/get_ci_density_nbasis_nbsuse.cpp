@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string>
 
-#include "flib/excited/detail/density_parts.h"
+#include "flib/excited/density_parts.h"
 #include "flib/excited/detail/matrix_product.h"
 #include "flib/io/stop_run.h"
 

@@ -6,6 +6,7 @@
 #include <new>
 #include <stdexcept>
 
+#include "flib/excited/basis_functions.h"
 #include "flib/excited/detail/amplitude_dump.h"
 #include "flib/excited/qm_file_nbasis_nbsuse.h"
 #include "flib/excited/qm_file_nci.h"

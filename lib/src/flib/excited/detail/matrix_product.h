@@ -5,6 +5,7 @@
 
 #include "flib/util/matrix.h"
 
+#pragma GCC visibility push(hidden)
 namespace flib {
 
 /// c = a b. Each element of `c` is one running sum, from zero, in ascending order of the index
@@ -27,3 +28,4 @@ struct product_variant {
 std::span<const product_variant> product_variants();
 
 }  // namespace flib
+#pragma GCC visibility pop

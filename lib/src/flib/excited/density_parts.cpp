@@ -1,4 +1,4 @@
-#include "flib/excited/detail/density_parts.h"
+#include "flib/excited/density_parts.h"
 
 #include <algorithm>
 #include <iterator>
