@@ -12,8 +12,9 @@
 #include "flib/excited/chosen_element.h"
 #include "flib/excited/density_parts.h"
 #include "flib/excited/detail/largest_of_product.h"
-#include "flib/excited/detail/matrix_product.h"
 #include "flib/excited/get_ci_density_nbasis_nbsuse.h"
+#include "flib/util/detail/product_variants.h"
+#include "flib/util/matrix_product.h"
 #include "support/support.h"
 
 namespace {

@@ -5,8 +5,8 @@
 #include <string>
 
 #include "flib/excited/detail/largest_of_product.h"
-#include "flib/excited/detail/matrix_product.h"
 #include "flib/io/stop_run.h"
+#include "flib/util/matrix_product.h"
 
 namespace flib {
 

@@ -4,8 +4,8 @@
 #include <string>
 
 #include "flib/excited/density_parts.h"
-#include "flib/excited/detail/matrix_product.h"
 #include "flib/io/stop_run.h"
+#include "flib/util/matrix_product.h"
 
 namespace flib {
 namespace {

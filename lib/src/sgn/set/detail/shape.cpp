@@ -21,7 +21,7 @@ void require_table(std::string_view what, const table& of, std::size_t rows, std
 
 void require_shape(const displaced_set& set) {
     if (set.jobs.empty()) throw flib::run_error("there is no job in the set");
-    for (const job& each : set.jobs) {
+    for (const displaced_job& each : set.jobs) {
         const std::string of_job = " of " + flib::printable(each.name);
         require_count("shifts" + of_job, each.moved.shift.size(), set.atoms.size());
         require_count("forces" + of_job, each.forces.size(), set.atoms.size());

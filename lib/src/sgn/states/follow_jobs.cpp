@@ -1,0 +1,158 @@
+#include "sgn/states/follow_jobs.h"
+
+#include <algorithm>
+#include <atomic>
+#include <exception>
+#include <map>
+#include <mutex>
+#include <set>
+#include <system_error>
+#include <thread>
+#include <utility>
+
+#include "flib/io/stop_run.h"
+#include "flib/qm_file/qm_file_type.h"
+#include "flib/qm_file/type_tag.h"
+#include "flib/util/file.h"
+#include "sgn/job/job_files.h"
+#include "sgn/job/same_file.h"
+#include "sgn/states/state_file.h"
+
+namespace sgn {
+namespace {
+
+/// Whether it is at least a checkpoint. What is none is told when it is read.
+bool is_checkpoint(const std::string& name) {
+    try {
+        return flib::type_tag_of(name) == flib::tag::gaussian_fchk;
+    } catch (const flib::run_error&) {
+        return false;
+    }
+}
+
+/// Why a checkpoint cannot be a job beside the others, of which `first` is the one of each name.
+/// Jobs of one name share their log and dump, so only one of them is whole.
+std::exception_ptr refusal_of(const std::string& checkpoint,
+                              std::map<std::string, std::string>& first) {
+    try {
+        const std::string name = files_of(checkpoint).name;
+        if (!is_checkpoint(checkpoint)) return {};
+        const std::string& known = first.try_emplace(name, checkpoint).first->second;
+        if (is_same_file(known, checkpoint)) return {};
+        throw flib::io_error(
+            checkpoint, 0,
+            "has the name of " + flib::printable(known) + ", and so the same log and dump");
+    } catch (const flib::run_error&) {
+        return std::current_exception();
+    }
+}
+
+/// The jobs to be done, each once.
+std::vector<job_result> jobs_of(std::span<const std::string> checkpoints,
+                                const job_files& reference) {
+    std::map<std::string, std::string> first{{reference.name, reference.checkpoint}};
+    std::map<std::string, std::vector<std::string>> listed;  // by name
+    std::vector<job_result> jobs;
+    for (const std::string& checkpoint : checkpoints) {
+        const std::string name = flib::name_main(checkpoint);
+        std::vector<std::string>& others = listed[name];
+        const auto is_this = [&](const std::string& other) {
+            return is_same_file(other, checkpoint);
+        };
+        if (std::ranges::any_of(others, is_this)) continue;
+        others.push_back(checkpoint);
+        jobs.push_back(
+            {.checkpoint = checkpoint, .name = name, .failure = refusal_of(checkpoint, first)});
+    }
+    return jobs;
+}
+
+/// The result file of a state must not be that of another job.
+void require_free_names(const reference_set& reference, const std::vector<job_result>& jobs) {
+    std::set<std::string> results;
+    const auto add = [&](const std::string& name) {
+        results.insert(name + std::string(suffix::result));
+    };
+    add(reference.reference.files.name);
+    for (const job_result& each : jobs) add(each.name);
+    const auto require = [&](const std::string& name) {
+        for (const reference_state& state : reference.states) {
+            const std::string file = state_file_name(name, state.state);
+            if (!results.contains(file)) continue;
+            throw flib::run_error("--write would write " + flib::printable(file) + " for " +
+                                  flib::printable(name) +
+                                  ", but that is the result of another job");
+        }
+    };
+    require(reference.reference.files.name);
+    for (const job_result& each : jobs) require(each.name);
+}
+
+void follow_into(job_result& result, const reference_set& reference, const follow_options& how) {
+    const job now = read_job(result.checkpoint, &reference.reference);
+    followed_job followed = follow(reference, now, how.limits);
+    if (how.write && result.name != reference.reference.files.name) {
+        for (const followed_state& state : followed.states) {
+            write_followed_state(reference, now, state);
+            ++result.written_files;
+        }
+    }
+    result.followed = std::move(followed);
+}
+
+}  // namespace
+
+std::string job_result::reason() const {
+    if (!failure) return {};
+    try {
+        std::rethrow_exception(failure);
+    } catch (const flib::io_error& error) {
+        return error.what();
+    } catch (const flib::ending& error) {
+        return flib::printable(checkpoint) + ": " + error.what();
+    } catch (...) {
+        return flib::printable(checkpoint) + ": not enough memory";
+    }
+}
+
+std::vector<job_result> follow_jobs(const reference_set& reference,
+                                    std::span<const std::string> checkpoints,
+                                    const follow_options& how, const follow_progress& tell) {
+    std::vector<job_result> jobs = jobs_of(checkpoints, reference.reference.files);
+    if (how.write) {
+        require_free_names(reference, jobs);
+        for (const reference_state& state : reference.states) {
+            write_reference_state(reference, state);
+        }
+    }
+
+    std::atomic<std::size_t> next = 0;
+    std::size_t done = 0;
+    std::mutex telling;
+    const auto work = [&] {
+        for (std::size_t i = next++; i < jobs.size(); i = next++) {
+            if (!jobs[i].failure) {
+                try {
+                    follow_into(jobs[i], reference, how);
+                } catch (...) {
+                    jobs[i].failure = std::current_exception();
+                }
+            }
+            const std::scoped_lock alone(telling);
+            ++done;
+            if (tell) tell(done, jobs.size());
+        }
+    };
+    const auto workers = std::min<std::size_t>(static_cast<std::size_t>(how.workers), jobs.size());
+    std::vector<std::jthread> threads;
+    try {
+        while (threads.size() + 1 < workers) threads.emplace_back(work);
+    } catch (const std::system_error&) {
+        // As many as there are will do.
+    }
+    work();
+    threads.clear();
+    return jobs;
+}
+
+}  // namespace sgn
