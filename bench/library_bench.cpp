@@ -14,13 +14,14 @@
 
 #include "compare.h"
 #include "flib/excited/detail/largest_of_product.h"
-#include "flib/excited/detail/matrix_product.h"
 #include "flib/io/detail/columns.h"
 #include "flib/io/free_format.h"
 #include "flib/io/unit.h"
 #include "flib/qm_file/qm_file_type.h"
 #include "flib/search/search_word.h"
+#include "flib/util/detail/product_variants.h"
 #include "flib/util/math.h"
+#include "flib/util/matrix_product.h"
 #include "inputs.h"
 
 #ifdef HAVE_OPENBLAS

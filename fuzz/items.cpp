@@ -120,9 +120,9 @@ taken take(const Source& source, std::uint32_t kinds, int most) {
             reader.finish();
         } catch (const flib::io_error& error) {
             // From the message on: the place and the file's end are named differently.
-            const std::string what = error.what();
-            const std::size_t quote = what.find('\'');
-            result.message = quote == std::string::npos ? "" : what.substr(quote);
+            const std::string& reason = error.reason();
+            const std::size_t quote = reason.find('\'');
+            result.message = quote == std::string::npos ? "" : reason.substr(quote);
             throw;
         }
     });

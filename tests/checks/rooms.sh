@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Includes point down the house: from tools to sgn to flib, and within these in no circle of rooms.
-# Headers that are installed show nothing of Eigen, and no detail of another library.
+# Headers that are installed show nothing of Eigen, and no detail; nobody else includes a library's detail.
 set -euo pipefail
 cd "$1"
 
@@ -34,6 +34,11 @@ done < <(arrows)
 # file_facts, which asks every reader, still lies among those of qm_file.
 circle=$(arrows | awk '$3 !~ /\/file_facts\./ { print $1, $2 }' | sort -u | tsort 2>&1 >/dev/null || true)
 [ -z "$circle" ] || complain "rooms in a circle: $circle"
+
+inner=$(grep -rnE '^#include "(flib|sgn)/[a-z_]+/detail/' tools || true
+    grep -rnE '^#include "flib/[a-z_]+/detail/' lib/src/sgn || true
+    grep -rnE --include='*.h' --exclude-dir=detail '^#include "[a-z_/]*/detail/' lib/src || true)
+[ -z "$inner" ] || complain "includes of what is not installed: $inner"
 
 foreign=$(grep -rlE --include='*.h' --exclude-dir=detail '#include [<"](Eigen|CLI|nlohmann)/' lib/src || true)
 [ -z "$foreign" ] || complain "installed headers that need other libraries: $foreign"

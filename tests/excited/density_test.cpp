@@ -9,10 +9,12 @@
 #include <random>
 #include <utility>
 
-#include "flib/excited/detail/density_parts.h"
+#include "flib/excited/chosen_element.h"
+#include "flib/excited/density_parts.h"
 #include "flib/excited/detail/largest_of_product.h"
-#include "flib/excited/detail/matrix_product.h"
 #include "flib/excited/get_ci_density_nbasis_nbsuse.h"
+#include "flib/util/detail/product_variants.h"
+#include "flib/util/matrix_product.h"
 #include "support/support.h"
 
 namespace {
@@ -275,6 +277,8 @@ TEST(Density, HasTheBitsOfTheTripleLoopsAsAWholeAndInParts) {
             give(moc, element);
             EXPECT_TRUE(same_bits(element.value(xpy.view().all()), den(at[0], at[1])))
                 << at[0] << ' ' << at[1];
+            const double one = flib::density_element_of(n, moc.view(), xpy.view().all(), at);
+            EXPECT_TRUE(same_bits(one, den(at[0], at[1]))) << at[0] << ' ' << at[1];
         }
     }
 }
@@ -302,6 +306,24 @@ TEST(Density, StatesWhichPreconditionFails) {
     EXPECT_THAT(of({5, 5, 1, 3, 1, 0}, 3, 4), HasSubstr("there are 20 MO coefficients of 25"));
     EXPECT_THAT(of({5, 5, 1, 3, 1, 0}, 3, 5, 4), HasSubstr("20 elements for the result of 25"));
     EXPECT_TRUE(identical(den, matrix<double>(5, 5, "zeros")));
+
+    const auto one = [&](flib::orbital_counts n, std::size_t amplitudes, std::int32_t coefficients,
+                         flib::element_location at) {
+        return support::answer_of("", [&] {
+            flib::density_element_of(n, {moc.view().data(), 5, coefficients},
+                                     moc.view().all().first(amplitudes), at);
+            return "computed";
+        });
+    };
+    const flib::orbital_counts fine{5, 5, 1, 3, 1, 0};
+    EXPECT_EQ(one(fine, 3, 5, {5, 1}), "computed");
+    EXPECT_THAT(one({5, 4, 1, 3, 1, 0}, 3, 5, {1, 1}), HasSubstr("differs from that of basis"));
+    EXPECT_THAT(one(fine, 2, 5, {1, 1}), HasSubstr("there are 2 amplitudes of 3"));
+    EXPECT_THAT(one(fine, 3, 4, {1, 1}), HasSubstr("there are 20 MO coefficients of 25"));
+    EXPECT_EQ(one(fine, 3, 5, {6, 1}),
+              "exit 2: the chosen element of the transition density, row 6 and column 1, lies "
+              "outside 1..5");
+    EXPECT_THAT(one(fine, 3, 5, {1, 0}), HasSubstr("row 1 and column 0, lies outside 1..5"));
 }
 
 }  // namespace

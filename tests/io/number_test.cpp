@@ -102,6 +102,13 @@ TEST(Fields, RightAlignedOrAsterisks) {
               "   -1234.568********");
     EXPECT_EQ(fixed_field(1e22, 27, 2) + fixed_field(0.125, 5, 2),
               " 10000000000000000000000.00 0.12");
+    EXPECT_EQ(fixed_field(-12345.678, 0, 2) + scientific_field(1.5, 0, 1) + integer_field(-7, 0),
+              "-12345.681.5E+00-7");
+    EXPECT_EQ(shortest_real(0.1) + ' ' + shortest_real(-1e300), "0.1 -1e+300");
+    EXPECT_EQ(significant(0.1, 17) + ' ' + significant(2.5, 17) + ' ' + significant(1e100, 3),
+              "0.10000000000000001 2.5 1e+100");
+    EXPECT_EQ(hexadecimal(0, 2) + hexadecimal(0x1ABCDEF, 3) + hexadecimal(~std::uint64_t{0}, 16),
+              "001ABCDEFFFFFFFFFFFFFFFFF");
     EXPECT_EQ(fixed_field(std::nan(""), 6, 2) + fixed_field(-HUGE_VAL, 6, 2), "   nan  -inf");
     EXPECT_EQ(scientific_field(-6.02214076e-234, 16, 7) + scientific_field(0.5, 9, 4),
               " -6.0221408E-234*********");

@@ -206,6 +206,26 @@ TEST(StopRun, Messages) {
     EXPECT_EQ(io_error("f", 1, "m").status(), 2);
     EXPECT_STREQ(io_error("x\ny", 3, "m").what(), "x\\ny: line 3: m");
     EXPECT_STREQ(io_error("", 0, "m").what(), "'': m");
+    try {
+        miss_keyword("NAE=  ");
+    } catch (const missing_keyword& missing) {
+        EXPECT_EQ(missing.keyword(), "NAE=");
+    }
+}
+
+TEST(IoError, KeepsWhatItsTextIsMadeOf) {
+    const auto parts = [](const io_error& of) {
+        return of.file() + '|' + std::to_string(of.line()) + '|' + of.reason() + '|' +
+               of.without_file();
+    };
+    EXPECT_EQ(parts({"x\ny: z", 3, "m: n"}), "x\ny: z|3|m: n|line 3: m: n");
+    EXPECT_EQ(parts({"", 0, "m"}), "|0|m|m");
+    // A copy is all of it, also as what it is caught as.
+    try {
+        throw io_error("f", 1, "m");
+    } catch (const run_error& error) {
+        EXPECT_EQ(parts(dynamic_cast<const io_error&>(error)), "f|1|m|line 1: m");
+    }
 }
 
 }  // namespace

@@ -86,6 +86,44 @@ TEST(ResultFile, IsWrittenFieldByField) {
     EXPECT_EQ(read_back(path + "  "), whole_read);
 }
 
+TEST(ResultFile, IsNotWrittenOfArraysOfOtherAtoms) {
+    const std::array<double, 6> six{};
+    const std::array symbol{sgn::report_symbol("Cl"), sgn::report_symbol("H")};
+    const std::array<std::int32_t, 2> nat{17, 1};
+    const std::span<const double> mass = std::span(six).first(2);
+    const flib::matrix_view<const double> xyz(six.data(), 3, 2);
+    const sgn::sgn_body whole_body{symbol, nat, mass, xyz, {}, xyz};
+    const std::pair<const char*, void (*)(sgn::sgn_body&)> cases[] = {
+        {"1 symbols instead of 2", [](auto& of) { of.symbol = of.symbol.first(1); }},
+        {"1 masses instead of 2", [](auto& of) { of.mass = of.mass.first(1); }},
+        {"3 coordinates instead of 6",
+         [](auto& of) {
+             of.x = {of.x.data(), 3, 1};
+         }},
+        {"3 forces instead of 6",
+         [](auto& of) {
+             of.frc = {of.frc.data(), 3, 1};
+         }},
+        {"2 components instead of 3",
+         [](auto& of) {
+             of.frc = {of.frc.data(), 2, 3};
+         }},
+    };
+    const scratch_directory scratch;
+    flib::open_replace(1, (scratch.path() / "f").string());
+    for (const auto& [counts, change] : cases) {
+        sgn::sgn_body changed = whole_body;
+        change(changed);
+        const std::string answer = support::answer_of("", [&] {
+            sgn::write_sgn_body(1, changed);
+            return std::string("written");
+        });
+        EXPECT_EQ(answer, "exit 2: the result cannot be written: there are " + std::string(counts));
+    }
+    flib::commit_unit(1);
+    EXPECT_EQ(support::contents_of(scratch.path() / "f"), "");
+}
+
 // Each line is taken out, printed twice, cut by a character, and moved by a blank in turn.
 TEST(ResultFile, IsReadOnlyIfEveryLineIsInItsPlace) {
     const scratch_directory scratch;

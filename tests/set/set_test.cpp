@@ -5,7 +5,10 @@
 
 #include "common/json_text.h"
 #include "common/set_json.h"
+#include "flib/io/stop_run.h"
 #include "model.h"
+#include "sgn/check/frame.h"
+#include "sgn/checkpoint/checkpoint.h"
 #include "sgn/set/decimals.h"
 #include "sgn/set/derivatives.h"
 #include "sgn/set/modes.h"
@@ -102,15 +105,17 @@ TEST(Set, LeavesOutWhatDoesNotBelongToIt) {
     files[2].contents.mass[1] += 0.001;
     files[5].contents.frc[0][2] = std::nan("");
     files[7].contents.x.pop_back();
+    files[8].contents.frc.pop_back();
     const displaced_set set = make_set(model::reference(model::bent), files);
     std::string told;
     for (const misfit& each : set.misfits) told += each.name + ": " + each.reason + "\n";
     EXPECT_EQ(told,
               "1y+: atom 2 is H 1 1.008825 instead of H 1 1.007825, so it does not belong to ref\n"
               "1z-: the forces holds a value that is not a finite number\n"
-              "2x-: has 3 atoms instead of 4, so it does not belong to ref\n");
+              "2x-: has 3 atoms instead of 4, so it does not belong to ref\n"
+              "2y+: has 3 forces of 4 atoms, so it does not belong to ref\n");
     EXPECT_EQ(set.jobs.size() + set.misfits.size(), files.size() + 1);
-    EXPECT_EQ(set.one_sided, 3U);
+    EXPECT_EQ(set.one_sided, 4U);
     for (result_file& each : files) each.contents.x.clear();
     EXPECT_TRUE(support::ending_of([&] { make_set(model::reference(model::bent), files); }));
 }
@@ -192,6 +197,61 @@ TEST(Set, NamesCoordinatesThatAreMissing) {
         files.back().contents.x[1][0] += i == 0 ? 0.020001 : -0.020001;
     }
     EXPECT_EQ(missing(files), "1: 1 C x; 2 H x");
+}
+
+TEST(Set, RefusesOtherShapes) {
+    const displaced_set whole =
+        make_set(model::reference(model::bent), model::displaced(model::bent));
+    const derivatives of = differentiate(whole);
+    const table dipole = of.dipole;
+    const table forces = force_constants(of.forces);
+    const auto changed = [](auto value, auto&& change) {
+        change(value);
+        return value;
+    };
+    const auto short_shift = changed(whole, [](auto& set) { set.jobs[3].moved.shift.pop_back(); });
+    const auto short_forces = changed(whole, [](auto& set) { set.jobs[2].forces.pop_back(); });
+    const auto more_atoms = changed(whole, [](auto& set) { set.atoms.push_back(set.atoms[0]); });
+    const auto transposed =
+        changed(of, [](auto& d) { std::swap(d.dipole.rows, d.dipole.columns); });
+    const auto emptied = changed(of, [](auto& d) { d.forces.values.pop_back(); });
+    const std::span<const atom> atoms(whole.atoms);
+    const std::vector<vec3> places(4);
+    const std::vector<double> masses(4);
+    const std::pair<const char*, std::function<void()>> cases[] = {
+        {"there are 3 shifts of 1y+ instead of 4", [&] { differentiate(short_shift); }},
+        {"there are 3 forces of 1x- instead of 4", [&] { dipole_rules(short_forces, of); }},
+        {"there are 4 shifts of ref instead of 5", [&] { force_rules(more_atoms, of); }},
+        {"there are 3 rows of the derivatives of the dipole instead of 12",
+         [&] { checkpoint_of(whole, transposed); }},
+        {"there are 143 values of the derivatives of the forces instead of 144",
+         [&] { dipole_rules(whole, emptied); }},
+        {"there is no job in the set", [&] { differentiate({}); }},
+        {"there are 3 columns of the derivatives of the forces instead of 12",
+         [&] { force_constants(dipole); }},
+        {"there are 3 columns of the derivatives of the forces instead of 12",
+         [&] { largest_asymmetry(dipole); }},
+        {"there are 12 rows of the force constants instead of 9",
+         [&] { normal_modes(atoms.first(3), forces, dipole, {}); }},
+        {"there are 12 columns of the derivatives of the dipole instead of 3",
+         [&] { normal_modes(atoms, forces, forces, {}); }},
+        {"there are 12 columns of the derivatives instead of 3",
+         [&] { rules_of(atoms, dipole.row(0), forces, 1, 1); }},
+        {"there are 4 places instead of 3",
+         [&] { displacement_of(places, std::span(places).first(3)); }},
+        {"there are 3 places instead of 4",
+         [&] { turn_of_frame(places, std::span(places).first(3), masses); }},
+        {"there are 3 masses instead of 4",
+         [&] { turn_of_frame(places, places, std::span(masses).first(3)); }},
+    };
+    for (const auto& [words, call] : cases) {
+        try {
+            call();
+            ADD_FAILURE() << "no error: " << words;
+        } catch (const flib::run_error& error) {
+            EXPECT_STREQ(error.what(), words);
+        }
+    }
 }
 
 TEST(Set, RefusesWhatDoesNotBelongTogether) {

@@ -60,6 +60,11 @@ TEST(File, Lines) {
     const std::string path = scratch.file("f", "a\n\nb");
     EXPECT_EQ(num_file_lines(path + "  "), 3);
     std::vector<line_buffer> lines(7);
+    const std::string bytes = support::contents_of(path);
+    const auto size = static_cast<std::int64_t>(bytes.size());
+    EXPECT_EQ(file_contents(path + " ", size), bytes);
+    EXPECT_EQ(file_contents(path, size - 1), std::nullopt);
+    EXPECT_TRUE(ending_of([] { file_contents("/no", 9); })->text.starts_with("/no: "));
     read_lines(path, 3, lines);
     EXPECT_TRUE(lines.size() == 3 && lines[0] == "a" && lines[1] == "" && lines[2] == "b");
     EXPECT_EQ(ending_of([&] { read_lines(path, 4, lines); })->text,

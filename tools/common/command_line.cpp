@@ -86,6 +86,41 @@ void check_equals(const CLI::App& app, std::string_view argument) {
     if (equals + 1 == argument.size()) throw flib::run_error(name + " needs a value");
 }
 
+std::string name_of(const CLI::Option& option) {
+    const std::vector<std::string>& names = option.get_lnames();
+    return names.empty() ? option.get_name() : "--" + names.front();
+}
+
+/// The complaint about an option that needs a value and stands at the end.
+flib::run_error value_missing(command_line& line, std::span<const std::string_view> arguments) {
+    const CLI::App& app = line.app();
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const CLI::Option* option = app.get_option_no_throw(std::string(arguments[i]));
+        if (option == nullptr || !takes_value(*option)) continue;
+        if (++i < arguments.size()) continue;
+        const std::string name = name_of(*option);
+        const auto need = line.needs().find(name);
+        return flib::run_error(name + " needs " +
+                               (need == line.needs().end() ? "a value" : need->second));
+    }
+    return flib::run_error("an option needs a value (see --help)");
+}
+
+/// The complaint about the first two options that exclude each other and are both there.
+flib::run_error exclusion(const CLI::App& app) {
+    const auto given =
+        app.get_options([](const CLI::Option* option) { return option->count() > 0; });
+    for (const CLI::Option* one : given) {
+        const auto excluded = one->get_excludes();
+        for (const CLI::Option* other : given) {
+            if (std::ranges::find(excluded, other) == excluded.end()) continue;
+            return flib::run_error(name_of(*one) + " and " + name_of(*other) +
+                                   " exclude each other");
+        }
+    }
+    return flib::run_error("options exclude each other (see --help)");
+}
+
 /// The arguments that CLI11 left over are names, and options that there are not.
 std::vector<std::string> names_among(std::vector<std::string> rest) {
     std::vector<std::string> names;
@@ -206,25 +241,14 @@ parsed_line parse_line(command_line& line, std::span<const std::string_view> arg
         return {.names = names_among(app.remaining())};
     } catch (const CLI::CallForHelp&) {
         return {.shown = app.help()};
-    } catch (const CLI::CallForVersion& text) {
-        return {.shown = std::string(text.what()) + "\n"};
-    } catch (const CLI::ArgumentMismatch& error) {
-        // "--name: ..."
-        const std::string what = error.what();
-        const std::string name = what.substr(0, what.find(':'));
-        const auto need = line.needs().find(name);
-        throw flib::run_error(name + " needs " +
-                              (need == line.needs().end() ? "a value" : need->second));
-    } catch (const CLI::ExcludesError& error) {
-        // "--one excludes --other"
-        constexpr std::string_view verb = " excludes ";
-        const std::string_view what = error.what();
-        const std::size_t at = std::min(what.find(verb), what.size() - verb.size());
-        throw flib::run_error(
-            std::string(what.substr(0, at)).append(" and ").append(what.substr(at + verb.size())) +
-            " exclude each other");
-    } catch (const CLI::Error& error) {
-        throw flib::run_error(flib::printable(error.what()));
+    } catch (const CLI::CallForVersion&) {
+        return {.shown = app.version() + "\n"};
+    } catch (const CLI::ArgumentMismatch&) {
+        throw value_missing(line, arguments);
+    } catch (const CLI::ExcludesError&) {
+        throw exclusion(app);
+    } catch (const CLI::Error&) {
+        throw flib::run_error("the options cannot be understood (see --help)");
     }
 }
 

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <vector>
 
+#include "flib/excited/chosen_element.h"
 #include "flib/io/unit.h"
 #include "flib/qm_file/qm_file_force_tdip.h"
 #include "flib/util/elements.h"
 #include "flib/util/mod_timer.h"
 #include "numfreq/get_sgn_param.h"
-#include "sgn/job/chosen_element.h"
 #include "sgn/job/file_state.h"
 #include "sgn/job/job_atoms.h"
 #include "sgn/job/job_files.h"
@@ -56,14 +56,14 @@ void run_driver(std::span<const std::string_view> arguments) {
     flib::nat_to_symbol(natom, atoms.nat.all(), symbol);
 
     flib::qm_file_force_tdip(flog.padded(), natom, 1, frc.view(), tdip.view(), info);
-    const sgn::density_source density{
+    const flib::density_source density{
         ffch.padded(), fcis.padded(), {run.nmo, nbsuse, run.mi, run.ma, run.nfc, run.nfv}, run.mci};
     // A mapped run is judged at the reference's element, even if its own largest one is elsewhere.
     if (ref) {
-        sgn::require_fits_reference(density);
-        run.tden_maxval = sgn::density_at(density, run.tden_maxloc);
+        flib::require_fits_reference(density);
+        run.tden_maxval = flib::density_at(density, run.tden_maxloc);
     } else {
-        const flib::extremum largest = sgn::largest_of_density(density);
+        const flib::extremum largest = flib::largest_of_density(density);
         run.tden_maxloc = largest.at;
         run.tden_maxval = denmax_ref = largest.value;
     }

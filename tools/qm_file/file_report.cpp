@@ -83,14 +83,16 @@ file_report report_of(const std::string& file, std::span<const quantity> wanted)
         return report;
     }
     if (report.facts.kind || !sgn::is_sgn_file(file)) return report;
+    const auto damaged = [&](const std::string& why) {
+        report.facts.missing[quantity::kind] = {"a damaged result file of stigruz: " + why, true};
+    };
     try {
         report.result = sgn::read_sgn_file(file);
         take_result(report.facts, *report.result, wanted);
+    } catch (const flib::io_error& error) {
+        damaged(error.without_file());
     } catch (const flib::run_error& error) {
-        std::string why = error.what();
-        const std::string name = flib::printable(file) + ": ";
-        if (why.starts_with(name)) why.erase(0, name.size());
-        report.facts.missing[quantity::kind] = {"a damaged result file of stigruz: " + why, true};
+        damaged(error.what());
     }
     return report;
 }
@@ -110,9 +112,9 @@ void add_basis_of_log(file_report& report, void (*say)(std::string_view text)) {
                                     basis.functions, basis.independent, info);
         facts.basis = basis;
         facts.missing.erase(quantity::basis);
-    } catch (const flib::stop_run& stop) {
+    } catch (const flib::missing_keyword& missing) {
         // The reader wants both lines, in the order in which two job steps print them.
-        const bool of_electrons = std::string_view(stop.what()).find("NAE=") != std::string::npos;
+        const bool of_electrons = missing.keyword() == "NAE=";
         facts.missing[quantity::basis] = {
             of_electrons ? "no line with NAE= stands above the last line with RedAO=, as it does "
                            "from the second job step on"

@@ -1,13 +1,13 @@
 #include "qm_file/probe.h"
 
 #include <bit>
-#include <cstdio>
 #include <vector>
 
 #include "flib/excited/qm_file_ci_xpy.h"
 #include "flib/excited/qm_file_mo_coeff_nbasis_nbsuse.h"
 #include "flib/excited/qm_file_nbasis_nbsuse.h"
 #include "flib/excited/qm_file_nci.h"
+#include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
 #include "flib/qm_file/qm_file_coord.h"
 #include "flib/qm_file/qm_file_force_tdip.h"
@@ -16,6 +16,7 @@
 #include "flib/qm_file/qm_file_natom.h"
 #include "flib/qm_file/qm_file_oniom.h"
 #include "flib/qm_file/qm_file_type.h"
+#include "flib/text/string.h"
 #include "flib/util/gjf.h"
 
 namespace qm_file {
@@ -35,10 +36,9 @@ class value_lines {
         line(name, std::string(1, '"').append(flib::trim_right(value)).append("\""));
     }
     void add(std::string_view name, double value) {
-        char text[64];
-        std::snprintf(text, sizeof text, "%.17g %016llx", value,
-                      static_cast<unsigned long long>(std::bit_cast<std::uint64_t>(value)));
-        line(name, text);
+        const auto bits = std::bit_cast<std::uint64_t>(value);
+        line(name,
+             flib::significant(value, 17) + ' ' + flib::strlowcase(flib::hexadecimal(bits, 16)));
     }
 
     /// An array in storage order, with the indices that its `extents` give.

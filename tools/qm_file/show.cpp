@@ -2,11 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
+#include <concepts>
 #include <vector>
 
 #include "common/layers.h"
-#include "common/number_text.h"
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
 #include "flib/qm_file/type_tag.h"
@@ -29,11 +28,33 @@ constexpr std::size_t usual_width = 80;
 constexpr std::size_t heading_width = 16;
 constexpr std::size_t shortest_wrapped = 40;
 
-template <class... Values>
-std::string formatted(const char* format, Values... values) {
-    char text[512];
-    std::snprintf(text, sizeof text, format, values...);
+void append(std::string& text, std::string_view words) {
+    text += words;
+}
+
+void append(std::string& text, std::integral auto number) {
+    text += std::to_string(number);
+}
+
+/// Words and integers, one after the other.
+template <class... Parts>
+std::string joined(const Parts&... parts) {
+    std::string text;
+    (append(text, parts), ...);
     return text;
+}
+
+/// `text` in `width` columns or, if it is longer, in as many as it takes.
+std::string at_right(std::string_view text, std::size_t width) {
+    return std::string(width > text.size() ? width - text.size() : 0, ' ').append(text);
+}
+
+std::string at_right(std::size_t number, std::size_t width) {
+    return at_right(std::to_string(number), width);
+}
+
+std::string at_left(std::string_view text, std::size_t width) {
+    return std::string(text).append(width > text.size() ? width - text.size() : 0, ' ');
 }
 
 /// The symbol of atom `i`, counted from 0; "?" if the file does not give it.
@@ -65,14 +86,22 @@ std::string entry(std::string_view heading, std::string_view text, const termina
     return lines;
 }
 
+/// A column of real numbers; one that is wider than it goes on beyond it.
+struct real_column {
+    std::size_t width;
+    int decimals;
+};
+
+constexpr real_column shown_real{12, 6};
+
 /// A number in a column of `format`, or as wide a "?" for what the file does not tell.
-std::string column(double value, const char* format) {
-    const std::string number = formatted(format, value);
-    return std::isnan(value) ? std::string(number.size() - 1, ' ') + '?' : number;
+std::string column(double value, real_column format) {
+    return at_right(std::isnan(value) ? "?" : flib::fixed_field(value, 0, format.decimals),
+                    format.width);
 }
 
 /// One vector's numbers in columns of `format`.
-std::string columns(const std::array<double, 3>& vector, const char* format, double factor = 1) {
+std::string columns(const std::array<double, 3>& vector, real_column format, double factor = 1) {
     std::string text;
     for (const double value : vector) text += column(value * factor, format);
     return text;
@@ -101,19 +130,19 @@ std::vector<column_group> groups_of(const file_facts& facts) {
     if (facts.geometry) {
         groups.push_back({"           x           y           z", "Angstrom",
                           [](const file_facts& of, std::size_t i) {
-                              return columns(of.geometry->x[i], "%12.6f", flib::bohr_radius);
+                              return columns(of.geometry->x[i], shown_real, flib::bohr_radius);
                           }});
     }
     if (facts.masses) {
         groups.push_back({"        mass", "u", [](const file_facts& of, std::size_t i) {
-                              return column((*of.masses)[i], "%12.6f");
+                              return column((*of.masses)[i], shown_real);
                           }});
     }
     if (facts.forces) {
         groups.push_back({"     force x     force y     force z", "Hartree/Bohr",
                           [](const file_facts& of, std::size_t i) {
                               const auto* force = force_on(of, i);
-                              return force == nullptr ? "" : columns(*force, "%12.6f");
+                              return force == nullptr ? "" : columns(*force, shown_real);
                           }});
     }
     return groups;
@@ -130,11 +159,11 @@ std::string table_of(const file_facts& facts, std::span<const column_group> grou
     text += '\n';
     const auto natom = static_cast<std::size_t>(*facts.natom);
     for (std::size_t i = 0; i < std::min(natom, most_shown); ++i) {
-        text += formatted("  %6zu  %-2s", i + 1, std::string(symbol_of(facts, i)).c_str());
+        text += "  " + at_right(i + 1, 6) + "  " + at_left(symbol_of(facts, i), 2);
         for (const column_group& group : groups) text += group.cells(facts, i);
         text += '\n';
     }
-    if (natom > most_shown) text += formatted("  ... and %zu more atoms\n", natom - most_shown);
+    if (natom > most_shown) text += joined("  ... and ", natom - most_shown, " more atoms\n");
     return text + "  (" + (units.empty() ? "elements only" : units) + ")\n";
 }
 
@@ -162,7 +191,7 @@ std::string dipole_lines(const flib::vector_list& dipoles) {
     std::string text("  dipoles       from the ground state (a.u.) to\n");
     for (std::size_t i = 0; i < dipoles.size(); ++i) {
         text.append(heading_width, ' ');
-        text += formatted("state %3zu", i + 1) + columns(dipoles[i], "%10.4f") + '\n';
+        text += "state " + at_right(i + 1, 3) + columns(dipoles[i], {10, 4}) + '\n';
     }
     return text;
 }
@@ -212,17 +241,14 @@ std::string point_charge_note(const file_facts& facts, const terminal& on) {
 }
 
 std::string basis_text(const flib::basis_counts& basis) {
-    return formatted("%d functions, %d of them independent; %d alpha and %d beta electrons",
-                     basis.functions, basis.independent, basis.alpha_electrons,
-                     basis.beta_electrons);
+    return joined(basis.functions, " functions, ", basis.independent, " of them independent; ",
+                  basis.alpha_electrons, " alpha and ", basis.beta_electrons, " beta electrons");
 }
 
 std::string excitation_text(const flib::excitation_counts& space) {
-    return formatted(
-        "%d roots; orbitals: %d frozen core, %d active occupied, %d active virtual, %d frozen "
-        "virtual",
-        space.roots, space.frozen_core, space.active_occupied, space.active_virtual,
-        space.frozen_virtual);
+    return joined(space.roots, " roots; orbitals: ", space.frozen_core, " frozen core, ",
+                  space.active_occupied, " active occupied, ", space.active_virtual,
+                  " active virtual, ", space.frozen_virtual, " frozen virtual");
 }
 
 bool is_checkpoint(const file_facts& facts) {
@@ -252,14 +278,13 @@ std::string missing_lines(const file_facts& facts, const terminal& on) {
 }
 
 std::string dump_text(const flib::dump_header& dump) {
-    const std::string text = formatted("record %d: %d values", dump.number, dump.values);
+    const std::string text = joined("record ", dump.number, ": ", dump.values, " values");
     if (dump.number != flib::amplitude_record) {
-        return text +
-               formatted("; the excitation amplitudes are record %d", flib::amplitude_record);
+        return joined(text, "; the excitation amplitudes are record ", flib::amplitude_record);
     }
     if (!dump.layout) return text + "; the layout is not told, so nothing can be checked here";
-    return text + formatted("; %d states, %d roots of %d amplitudes per spin", dump.layout->states,
-                            dump.layout->roots, dump.layout->amplitudes);
+    return joined(text, "; ", dump.layout->states, " states, ", dump.layout->roots, " roots of ",
+                  dump.layout->amplitudes, " amplitudes per spin");
 }
 
 /// A row for each state of a dump that tells its layout, with what is doubtful.
@@ -267,11 +292,14 @@ std::vector<std::string> state_rows(const flib::dump_header& dump) {
     std::vector<std::string> rows;
     for (const flib::dumped_state& state : dump.states) {
         const flib::root_norms& norms = state.norms;
-        std::string row = formatted("state%4zu", rows.size() + 1);
-        if (state.energy) row += formatted("%10.4f eV", *state.energy * flib::hartree_energy);
-        row += formatted("  %-8s %s", std::string(flib::name_of(norms.spin)).c_str(),
-                         norms.has_minus ? "(X+Y)(X-Y)" : "(X+Y)^2");
-        row += formatted(" %.6f, %.6f", norms.alpha, norms.beta);
+        std::string row = "state" + at_right(rows.size() + 1, 4);
+        if (state.energy) {
+            const double energy = *state.energy * flib::hartree_energy;
+            row += at_right(flib::fixed_field(energy, 0, 4), 10) + " eV";
+        }
+        row += "  " + at_left(flib::name_of(norms.spin), 8);
+        row += norms.has_minus ? " (X+Y)(X-Y) " : " (X+Y)^2 ";
+        row += flib::fixed_field(norms.alpha, 0, 6) + ", " + flib::fixed_field(norms.beta, 0, 6);
         if (!norms.are_of_amplitudes()) {
             row += norms.has_minus ? "  doubt: not 1/2" : "  doubt: not 0.1 to 5";
         } else if (norms.spin == flib::root_spin::neither) {
@@ -348,14 +376,14 @@ std::string kind_text(const flib::file_kind& kind) {
     if (!is_version && !kind.version.empty()) {
         version += " (" + flib::quoted(kind.version) + " stands in its place)";
     }
-    return kind.tag + ", version " + version + formatted(" (class %d)", kind.class_code);
+    return joined(kind.tag, ", version ", version, " (class ", kind.class_code, ")");
 }
 
 std::string result_text(const sgn::sgn_contents& result) {
     const sgn::sgn_parameters& parameters = result.parameters;
-    return formatted("%d; the chosen element, row %d and column %d of %d, is %.10E",
-                     parameters.sign, parameters.tden_maxloc[0], parameters.tden_maxloc[1],
-                     parameters.nmo, parameters.tden_maxval);
+    return joined(parameters.sign, "; the chosen element, row ", parameters.tden_maxloc[0],
+                  " and column ", parameters.tden_maxloc[1], " of ", parameters.nmo, ", is ",
+                  flib::scientific_field(parameters.tden_maxval, 0, 10));
 }
 
 /// The name of a file before one of its rows, which has `row_width` columns.
@@ -437,10 +465,11 @@ std::string rows_of(const file_report& report, const named_quantity& which, bool
     std::vector<std::string> rows;
     // Twelve decimals, unless the name of the file needs the room.
     const bool narrow = labelled && on.width && *on.width < 100;
-    const char* const real = narrow ? "%14.8f" : "%20.12f";
-    const auto add_vectors = [&](const flib::vector_list& vectors, const char* title) {
+    const real_column real = narrow ? real_column{14, 8} : real_column{20, 12};
+    const auto add_vectors = [&](const flib::vector_list& vectors, std::string_view title,
+                                 std::size_t width) {
         for (std::size_t i = 0; i < vectors.size(); ++i) {
-            rows.push_back(formatted(title, i + 1) + columns(vectors[i], real));
+            rows.push_back(joined(title, at_right(i + 1, width)) + columns(vectors[i], real));
         }
     };
     // A terminal makes up to eight columns of a tab.
@@ -459,24 +488,23 @@ std::string rows_of(const file_report& report, const named_quantity& which, bool
         case quantity::numbers:
             for (std::size_t i = 0; facts.numbers && i < facts.numbers->size(); ++i) {
                 const std::int32_t number = (*facts.numbers)[i];
-                rows.push_back(formatted("%6zu%6s  ", i + 1,
-                                         number == flib::unknown_number
-                                             ? "?"
-                                             : std::to_string(number).c_str()) +
-                               std::string(symbol_of(facts, i)));
+                const std::string shown =
+                    number == flib::unknown_number ? "?" : std::to_string(number);
+                rows.push_back(
+                    joined(at_right(i + 1, 6), at_right(shown, 6), "  ", symbol_of(facts, i)));
             }
             break;
         case quantity::geometry:
-            if (facts.geometry) add_vectors(facts.geometry->x, "%6zu");
+            if (facts.geometry) add_vectors(facts.geometry->x, "", 6);
             break;
         case quantity::masses:
             for (std::size_t i = 0; facts.masses && i < facts.masses->size(); ++i) {
-                rows.push_back(formatted("%6zu", i + 1) + column((*facts.masses)[i], real));
+                rows.push_back(at_right(i + 1, 6) + column((*facts.masses)[i], real));
             }
             break;
         case quantity::forces:
-            if (facts.forces) add_vectors(*facts.forces, "%6zu");
-            if (facts.dipoles) add_vectors(*facts.dipoles, "state%4zu");
+            if (facts.forces) add_vectors(*facts.forces, "", 6);
+            if (facts.dipoles) add_vectors(*facts.dipoles, "state", 4);
             break;
         case quantity::basis:
             if (facts.basis) rows.push_back(basis_text(*facts.basis));
@@ -528,8 +556,7 @@ std::string xyz(const file_report& report) {
     std::string text = std::to_string(x.size()) + '\n' + flib::printable(facts.file) +
                        ": geometry, " + place_of(*facts.geometry) + '\n';
     for (std::size_t i = 0; i < x.size(); ++i) {
-        text += formatted("%-3s", std::string(symbol_of(facts, i)).c_str());
-        text += columns(x[i], "%18.10f", flib::bohr_radius) + '\n';
+        text += at_left(symbol_of(facts, i), 3) + columns(x[i], {18, 10}, flib::bohr_radius) + '\n';
     }
     return text;
 }

@@ -6,10 +6,10 @@
 #include <optional>
 
 #include "common/layers.h"
-#include "flib/io/detail/text_file.h"
 #include "flib/io/number.h"
 #include "flib/io/stop_run.h"
 #include "flib/text/string.h"
+#include "flib/util/file.h"
 #include "sgn_displace/atom_line.h"
 
 namespace sgn_displace {
@@ -420,16 +420,12 @@ job_template parse_input(std::string_view file, std::string_view text, std::stri
 
 job_template read_input(const std::string& file, const std::string& directory) {
     constexpr std::int64_t largest = std::int64_t{16} * 1024 * 1024;
-    flib::text_file source(file);
-    if (source.size() > largest) {
+    const std::optional<std::string> text = flib::file_contents(file, largest);
+    if (!text) {
         throw flib::io_error(file, 0, "is too large for an input file (more than 16 MiB)");
     }
-    std::string text;
-    while (static_cast<std::int64_t>(text.size()) < source.size()) {
-        text += source.from(static_cast<std::int64_t>(text.size()), 1);
-    }
     const std::string way = way_to(fs::absolute(file).parent_path(), fs::absolute(directory));
-    return parse_input(file, text, way);
+    return parse_input(file, *text, way);
 }
 
 }  // namespace sgn_displace

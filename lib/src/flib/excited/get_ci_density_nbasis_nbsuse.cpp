@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <string>
 
-#include "flib/excited/detail/density_parts.h"
-#include "flib/excited/detail/matrix_product.h"
+#include "flib/excited/density_parts.h"
 #include "flib/io/stop_run.h"
+#include "flib/util/matrix_product.h"
 
 namespace flib {
 namespace {

@@ -3,6 +3,7 @@
 #include <bit>
 #include <span>
 
+#include "flib/excited/basis_functions.h"
 #include "flib/excited/detail/mo_columns.h"
 #include "flib/io/free_format.h"
 #include "flib/qm_file/detail/reader_steps.h"

@@ -2,12 +2,12 @@
 
 #include <array>
 #include <charconv>
-#include <cmath>
 
 namespace flib {
 namespace {
 
 std::string field(std::string_view text, int width) {
+    if (width == 0) return std::string(text);
     const auto columns = static_cast<std::size_t>(width);
     if (text.size() > columns) return std::string(columns, '*');
     return std::string(columns - text.size(), ' ').append(text);
@@ -45,6 +45,26 @@ std::string scientific_field(double value, int width, int decimals) {
         if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
     }
     return field(upper, width);
+}
+
+std::string shortest_real(double value) {
+    number_text text;
+    const auto written = std::to_chars(text.data(), text.data() + text.size(), value);
+    return {text.data(), written.ptr};
+}
+
+std::string significant(double value, int digits) {
+    number_text text;
+    return std::string(converted(text, value, std::chars_format::general, digits));
+}
+
+std::string hexadecimal(std::uint64_t value, int digits) {
+    constexpr std::string_view all = "0123456789ABCDEF";
+    std::string text;
+    for (; value != 0 || text.size() < static_cast<std::size_t>(digits); value /= 16) {
+        text.insert(text.begin(), all[value % 16]);
+    }
+    return text;
 }
 
 std::string decimal(double value, int decimals) {

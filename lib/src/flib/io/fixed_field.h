@@ -1,4 +1,7 @@
-// Output fields of fixed width. A value that does not fit fills its field with asterisks.
+// Numbers as text, in fields of fixed width or as wide as they are.
+//
+// All that are written are written here. A value that does not fit the width of its field fills it
+// with asterisks; a width of 0 is as wide as it takes.
 #pragma once
 
 #include <cstdint>
@@ -22,5 +25,14 @@ std::string scientific_field(double value, int width, int decimals);
 /// Fixed-point notation, as wide as it takes; what rounds to zero has no sign. A value of more than
 /// 24 characters is shown as asterisks.
 std::string decimal(double value, int decimals);
+
+/// The shortest text that reads back as `value`: "0.1".
+std::string shortest_real(double value);
+
+/// In as few of `digits` significant digits as it takes, as printf writes %.DIGITSg.
+std::string significant(double value, int digits);
+
+/// In `digits` digits, at least, of base 16: "0A".
+std::string hexadecimal(std::uint64_t value, int digits);
 
 }  // namespace flib

@@ -47,6 +47,11 @@ const char* first_not_blank(const char* p, const char* end) {
     return p;
 }
 
+/// What a reader's header does not show, so that it is seen in the library alone.
+record_file& input(void* file) {
+    return *static_cast<record_file*>(file);
+}
+
 /// An item as a diagnostic shows it.
 std::string shown(std::string_view item) {
     constexpr std::size_t most_shown = 40;
@@ -59,7 +64,7 @@ std::string shown(std::string_view item) {
 }  // namespace
 
 item_reader::item_reader(std::int32_t fid) : source_(source::file), file_(&input_of(fid)) {
-    if (file_->past_end()) fail("the file ended before this read");
+    if (input(file_).past_end()) fail("the file ended before this read");
 }
 
 item_reader::item_reader(const held_record& record)
@@ -80,15 +85,15 @@ item_reader::item_reader(standard_input)
 
 void item_reader::fail(const std::string& message) {
     if (file_ == nullptr) throw io_error(origin_name_, origin_line_, message);
-    if (source_ == source::text) throw file_->error_at_last_record(message);
+    if (source_ == source::text) throw input(file_).error_at_last_record(message);
     synchronise();
-    throw file_->error_here(message);
+    throw input(file_).error_here(message);
 }
 
 /// Brings the file's position up to the characters taken.
 void item_reader::synchronise() {
     if (source_ != source::file) return;
-    file_->advance(static_cast<std::size_t>(at_ - behind_));
+    input(file_).advance(static_cast<std::size_t>(at_ - behind_));
     behind_ = at_;
 }
 
@@ -103,7 +108,7 @@ bool item_reader::ends_record() {
 void item_reader::finish() {
     if (source_ != source::file) return;
     synchronise();
-    file_->finish_record();
+    input(file_).finish_record();
 }
 
 /// Gets at least one character more than those at hand, which stay. At the end of the input all
@@ -119,7 +124,7 @@ bool item_reader::refill() {
     }
     synchronise();
     const auto kept = static_cast<std::size_t>(end_ - at_);
-    const std::string_view bytes = file_->peek(kept + 1);
+    const std::string_view bytes = input(file_).peek(kept + 1);
     at_ = behind_ = bytes.data();
     end_ = at_ + bytes.size();
     return bytes.size() > kept;
@@ -175,7 +180,7 @@ void item_reader::start_item(const char* expected) {
         std::string(where) + " where " + expected + " was expected" + count_of_array();
     if (source_ == source::file) {
         synchronise();
-        file_->mark_end();
+        input(file_).mark_end();
     }
     fail(message);
 }
@@ -255,9 +260,9 @@ void item_reader::begin_array(std::size_t count, std::size_t done, const char* e
     done_ = done;
     if (source_ != source::file) return;
     synchronise();
-    const auto most = static_cast<std::size_t>(file_->bytes_left() + 1) / 2;
+    const auto most = static_cast<std::size_t>(input(file_).bytes_left() + 1) / 2;
     if (wanted_ - done_ > most) {
-        file_->mark_end();
+        input(file_).mark_end();
         fail("the file is too short to hold " + std::to_string(wanted_) + " values, each " +
              expected);
     }

@@ -11,8 +11,6 @@
 
 namespace flib {
 
-class record_file;
-
 // Items are separated by blanks, tabs or one comma with any blanks around it. Records that hold no
 // item are passed over, and a read that needs more items goes on with the next record; when it has
 // them all, the rest of the current record is dropped. A read from a text does not go on: running
@@ -91,7 +89,7 @@ class item_reader {
     enum class source { file, text, standard_input };
 
     source source_;
-    record_file* file_ = nullptr;     // read from, or where the text was read from
+    void* file_ = nullptr;            // the record_file read from, or where the text was read from
     std::string_view origin_name_{};  // of a text without such a file
     std::int64_t origin_line_ = 0;
     std::string input_line_{};  // of standard input

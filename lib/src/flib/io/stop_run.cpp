@@ -1,9 +1,9 @@
 #include "flib/io/stop_run.h"
 
-#include <cstdio>
 #include <cstring>
 #include <utility>
 
+#include "flib/io/fixed_field.h"
 #include "flib/text/detail/utf8.h"
 #include "flib/text/fixed_text.h"
 
@@ -23,16 +23,36 @@ std::string joined(const std::vector<std::string>& lines) {
 }  // namespace
 
 ending::ending(int status, std::vector<std::string> lines, std::string in_one_line,
-               std::string hint)
-    : how_(std::make_shared<const contents>(
-          contents{status, std::move(lines), std::move(in_one_line), std::move(hint)})) {}
+               std::string hint, details more)
+    : how_(std::make_shared<const contents>(contents{
+          status, std::move(lines), std::move(in_one_line), std::move(hint), std::move(more)})) {}
 
 stop_run::stop_run(int status, const std::vector<std::string>& lines, const std::string& hint)
-    : ending(status, lines, joined(lines) + (hint.empty() ? "" : ": " + hint), hint) {}
+    : ending(status, lines, joined(lines) + (hint.empty() ? "" : ": " + hint), hint, {}) {}
 
-io_error::io_error(std::string_view file, std::int64_t line, std::string_view message)
-    : run_error((file.empty() ? "''" : printable(file)) +
-                (line > 0 ? ": line " + std::to_string(line) : "") + ": " + std::string(message)) {}
+stop_run::stop_run(int status, const std::vector<std::string>& lines, details more)
+    : ending(status, lines, joined(lines), {}, std::move(more)) {}
+
+missing_keyword::missing_keyword(std::string_view keyword)
+    : stop_run(exit_status::stopped,
+               {"Can not find keyword " + std::string(trim_right(keyword)) + " stop!"},
+               details{.keyword = std::string(trim_right(keyword))}) {}
+
+namespace {
+
+std::string at_line(std::int64_t line, std::string_view reason) {
+    return (line > 0 ? "line " + std::to_string(line) + ": " : "").append(reason);
+}
+
+}  // namespace
+
+io_error::io_error(std::string_view file, std::int64_t line, std::string_view reason)
+    : run_error((file.empty() ? "''" : printable(file)) + ": " + at_line(line, reason),
+                {.file = std::string(file), .line = line, .reason = std::string(reason)}) {}
+
+std::string io_error::without_file() const {
+    return at_line(line(), reason());
+}
 
 namespace {
 
@@ -59,9 +79,7 @@ std::string printable(std::string_view text) {
             shown += text.substr(0, length);
             taken = length;
         } else {
-            char escape[5];
-            std::snprintf(escape, sizeof escape, "\\x%02X", static_cast<unsigned char>(c));
-            shown += escape;
+            shown.append("\\x").append(hexadecimal(static_cast<unsigned char>(c), 2));
         }
         text.remove_prefix(taken);
     }
@@ -78,8 +96,7 @@ std::string errno_text(int error_number) {
 }
 
 void miss_keyword(std::string_view keyword) {
-    throw stop_run{exit_status::stopped,
-                   {"Can not find keyword " + std::string(trim_right(keyword)) + " stop!"}};
+    throw missing_keyword(keyword);
 }
 
 void stop_not_implemented() {

@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "flib/excited/basis_functions.h"
 #include "flib/excited/detail/amplitude_dump.h"
 #include "flib/excited/qm_file_nbasis_nbsuse.h"
 #include "flib/excited/qm_file_nci.h"
@@ -108,11 +109,11 @@ void asker::ask(quantity which, std::optional<Value>& fact, Value (asker::*reade
         why.reason = stop.hint().empty() ? stop.what() : stop.hint();
     } catch (const line_not_found& absent) {
         why.reason = "no line with '" + absent.word() + "'";
-    } catch (const run_error& error) {
+    } catch (const io_error& error) {
         // The file's name is known.
+        why = {error.file() == file() ? error.without_file() : error.what(), true};
+    } catch (const run_error& error) {
         why = {error.what(), true};
-        const std::string name = printable(file()) + ": ";
-        if (why.reason.starts_with(name)) why.reason.erase(0, name.size());
     } catch (const std::bad_alloc&) {
         why = {"not enough memory", true};
     }

@@ -1,7 +1,6 @@
 #include "flib/util/file.h"
 
-#include <optional>
-
+#include "flib/io/detail/text_file.h"
 #include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
 
@@ -25,6 +24,16 @@ void read_lines(std::string_view file1, std::int32_t nline, std::vector<line_buf
     const input_unit fid(file1);
     lines.clear();
     for (std::int32_t i = 0; i < nline; ++i) require_record(fid, lines.emplace_back());
+}
+
+std::optional<std::string> file_contents(std::string_view fname, std::int64_t most) {
+    text_file source{std::string(trim_right(fname))};
+    if (source.size() > most) return {};
+    std::string text;
+    while (static_cast<std::int64_t>(text.size()) < source.size()) {
+        text += source.from(static_cast<std::int64_t>(text.size()), 1);
+    }
+    return text;
 }
 
 std::string name_base(std::string_view name) {

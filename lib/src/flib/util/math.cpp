@@ -1,6 +1,6 @@
 #include "flib/util/math.h"
 
-#include "flib/util/detail/extremum.h"
+#include "flib/util/extremum.h"
 
 namespace flib {
 

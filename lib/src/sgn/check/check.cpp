@@ -164,6 +164,9 @@ bool assessment::fine() const {
 
 assessment check(const result_file& reference, const std::vector<result_file>& files,
                  const thresholds& limits) {
+    if (const std::string shape = other_shape(reference.contents); !shape.empty()) {
+        throw flib::io_error(reference.name, 0, shape);
+    }
     assessment result;
     result.verdicts.push_back(judge_alone(reference));
     for (const result_file& file : files) result.verdicts.push_back(judge(file, reference, limits));

@@ -69,7 +69,8 @@ struct assessment {
 };
 
 /// Judges the reference, the files against it, and the set as a whole. The verdicts point to what
-/// they were made from.
+/// they were made from. Throws flib::io_error, which names the reference, if its arrays are not of
+/// equally many atoms; of another file that is a doubt.
 assessment check(const result_file& reference, const std::vector<result_file>& files,
                  const thresholds& limits);
 

@@ -1,4 +1,5 @@
 #include "sgn/check/frame.h"
+#include "sgn/set/detail/shape.h"
 
 #include <Eigen/Dense>
 #include <algorithm>
@@ -188,6 +189,8 @@ vec3 frame_turn::applied_to(const vec3& v) const {
 frame_turn turn_of_frame(std::span<const vec3> from, std::span<const vec3> to,
                          std::span<const double> mass) {
     const std::size_t natom = from.size();
+    require_count("places", to.size(), natom);
+    require_count("masses", mass.size(), natom);
     int moved = 0;
     double farthest = 0;
     for (std::size_t i = 0; i < natom; ++i) {

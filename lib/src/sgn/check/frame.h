@@ -30,8 +30,8 @@ struct frame_turn {
 /// 5. Otherwise the rotation of the mass-weighted best fit counts if it takes off more than three
 ///    quarters of the rms displacement. (Normal modes do not turn that fit.)
 ///
-/// Arrays of the same length, coordinates in Angstrom; without masses above 0 throughout, 5 weights
-/// all atoms alike.
+/// Coordinates in Angstrom; throws flib::run_error unless the arrays are of the same length;
+/// without masses above 0 throughout, 5 weights all atoms alike.
 frame_turn turn_of_frame(std::span<const vec3> from, std::span<const vec3> to,
                          std::span<const double> mass);
 

@@ -15,6 +15,7 @@
 #include "flib/util/units.h"
 #include "sgn/checkpoint/detail/checkpoint_sections.h"
 #include "sgn/checkpoint/detail/lower_triangle.h"
+#include "sgn/set/detail/shape.h"
 #include "sgn/set/modes.h"
 
 namespace sgn {
@@ -192,6 +193,7 @@ std::vector<section> atom_sections(const displaced_set& set) {
 }  // namespace
 
 std::string checkpoint_of(const displaced_set& set, const derivatives& of) {
+    require_shape(set, of);
     std::string text = "Derivatives of a transition dipole and of forces, by sgn_derive\nFreq\n";
     for (const section& each : atom_sections(set)) text += text_of(each);
     for (const section& each : result_sections(set, of, 0)) text += text_of(each);
@@ -200,6 +202,7 @@ std::string checkpoint_of(const displaced_set& set, const derivatives& of) {
 
 std::string checkpoint_of(const displaced_set& set, const derivatives& of,
                           const std::string& template_file) {
+    require_shape(set, of);
     sections from = read_sections(template_file);
     const std::vector<std::size_t> places = places_in(from, set);
     const double energy = from.find(section_name::energy) ? from.real(section_name::energy) : 0;

@@ -13,7 +13,8 @@ namespace sgn {
 
 /// The text of a checkpoint of its own, from a set and its derivatives, which must be complete:
 /// atoms, masses, the sections of the excited state and, if the files hold forces, gradient and
-/// force constants. There is no energy in it.
+/// force constants. There is no energy in it. Throws flib::run_error for derivatives that are not
+/// those of such a set.
 std::string checkpoint_of(const displaced_set& set, const derivatives& of);
 
 /// The checkpoint `template_file` with these sections replaced or, at its end, added, and a title

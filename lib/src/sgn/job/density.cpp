@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <string>
 
-#include "flib/excited/detail/matrix_product.h"
 #include "flib/io/stop_run.h"
+#include "flib/util/matrix_product.h"
 
 namespace sgn {
 

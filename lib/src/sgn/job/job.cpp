@@ -6,12 +6,12 @@
 #include <string_view>
 #include <utility>
 
+#include "flib/excited/basis_functions.h"
 #include "flib/excited/qm_file_ci_xpy.h"
 #include "flib/excited/qm_file_mo_coeff_nbasis_nbsuse.h"
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
-#include "flib/qm_file/detail/reader_steps.h"
 #include "flib/qm_file/file_facts.h"
 #include "flib/qm_file/qm_file_coord.h"
 #include "flib/qm_file/qm_file_force_tdip.h"

@@ -157,6 +157,18 @@ void write_sgn_parameters(std::int32_t fid, const sgn_parameters& parameters) {
 
 void write_sgn_body(std::int32_t fid, const sgn_body& body) {
     const auto natom = static_cast<std::int32_t>(body.nat.size());
+    const auto require = [&](std::string_view what, std::size_t found, std::int32_t expected) {
+        if (found == static_cast<std::size_t>(expected)) return;
+        throw flib::run_error("the result cannot be written: there are " + std::to_string(found) +
+                              " " + std::string(what) + " instead of " + std::to_string(expected));
+    };
+    require("symbols", body.symbol.size(), natom);
+    require("masses", body.mass.size(), natom);
+    require("coordinates", body.x.all().size(), 3 * natom);
+    require("forces", body.frc.all().size(), 3 * natom);
+    for (const auto& vectors : {body.x, body.frc}) {
+        if (natom > 0) require("components", static_cast<std::size_t>(vectors.rows()), 3);
+    }
     write(fid, heading::geometry_above);
     write(fid, heading::geometry);
     for (std::int32_t i = 1; i <= natom; ++i) {

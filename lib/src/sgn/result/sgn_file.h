@@ -67,7 +67,8 @@ struct sgn_contents {
 /// Writes the eleven records of the parameter block to the output unit `fid`.
 void write_sgn_parameters(std::int32_t fid, const sgn_parameters& parameters);
 
-/// Writes the records after the parameter block.
+/// Writes the records after the parameter block. Throws flib::run_error, and writes nothing, unless
+/// all arrays are of as many atoms as `nat`.
 void write_sgn_body(std::int32_t fid, const sgn_body& body);
 
 /// Reads the parameter block of an open result file, without its sign. The records are searched for

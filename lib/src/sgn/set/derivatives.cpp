@@ -10,6 +10,7 @@
 #include "flib/io/stop_run.h"
 #include "sgn/set/decimals.h"
 #include "sgn/set/detail/linear_algebra.h"
+#include "sgn/set/detail/shape.h"
 
 namespace sgn {
 namespace {
@@ -190,6 +191,7 @@ double largest(const table& of) {
 }  // namespace
 
 derivatives differentiate(const displaced_set& set) {
+    require_shape(set);
     const std::size_t atoms = set.atoms.size();
     const std::vector<equation> equations = equations_of(set);
     Eigen::MatrixXd displacements(index(equations.size()), index(3 * atoms));

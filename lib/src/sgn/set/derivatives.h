@@ -65,7 +65,8 @@ struct derivatives {
 /// a displacement without partner y - y(0) = J d. Pairs along one direction with several steps s
 /// give one equation, their (y(+) - y(-)) / 2s as a polynomial in the square of s at s = 0: of as
 /// many terms as there are steps, at most three. What the smallest step alone is off by is then
-/// measured, and the error that is left estimated from it.
+/// measured, and the error that is left estimated from it. Throws
+/// flib::run_error for a set whose jobs do not have a shift and a force of every atom.
 derivatives differentiate(const displaced_set& set);
 
 /// The derivatives of any numbers: `values` has a row for each job of the set that `by` was made

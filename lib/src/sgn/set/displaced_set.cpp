@@ -137,10 +137,11 @@ void see_decimals(displaced_set& set) {
 displaced_set make_set(const result_file& reference, std::span<const result_file> files) {
     displaced_set set;
     const sgn_contents& contents = reference.contents;
+    if (contents.x.empty()) fail(reference, "holds no atoms");
+    if (const std::string shape = other_shape(contents); !shape.empty()) fail(reference, shape);
     if (const std::string reason = misfit_of(reference, reference); !reason.empty()) {
         fail(reference, reason);
     }
-    if (contents.x.empty()) fail(reference, "holds no atoms");
     for (std::size_t i = 0; i < contents.x.size(); ++i) {
         set.atoms.push_back({std::string(contents.symbol[i].trimmed()), contents.nat[i],
                              contents.mass[i], contents.x[i]});

@@ -89,9 +89,9 @@ struct displaced_set {
 };
 
 /// Puts a set together of the files that belong to it; the others are its misfits. Throws
-/// flib::io_error, which names the reference, if that has no atoms or values that are not finite
-/// numbers, and if no file is displaced; this error names the first of the misfits, if there are
-/// any.
+/// flib::io_error, which names the reference, if that has no atoms, arrays that are not of equally
+/// many, or values that are not finite numbers, and if no file is displaced; this error names the
+/// first of the misfits, if there are any.
 displaced_set make_set(const result_file& reference, std::span<const result_file> files);
 
 }  // namespace sgn

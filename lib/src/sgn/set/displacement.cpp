@@ -4,6 +4,7 @@
 
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
+#include "sgn/set/detail/shape.h"
 
 namespace sgn {
 namespace {
@@ -41,6 +42,7 @@ std::string displacement::text(std::string_view symbol) const {
 }
 
 displacement displacement_of(std::span<const vec3> x, std::span<const vec3> reference) {
+    require_count("places", x.size(), reference.size());
     displacement result;
     for (std::size_t i = 0; i < x.size(); ++i) {
         result.shift.push_back(difference(x[i], reference[i]));

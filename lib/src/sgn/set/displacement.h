@@ -22,7 +22,7 @@ struct displacement {
     std::string text(std::string_view symbol) const;
 };
 
-/// Of `x` against `reference` (Angstrom, as many atoms).
+/// Of `x` against `reference` (Angstrom). Throws flib::run_error unless they are as many.
 displacement displacement_of(std::span<const vec3> x, std::span<const vec3> reference);
 
 /// Whether two displacements of the same atoms are the same, or opposite to each other, as exactly

@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "sgn/set/detail/rigid_motions.h"
+#include "sgn/set/detail/shape.h"
 
 namespace sgn {
 namespace {
@@ -42,20 +43,29 @@ Eigen::Index farthest_of(const Eigen::VectorXd& moved) {
     return at;
 }
 
+void require_square(const table& force_derivatives) {
+    const std::size_t rows = force_derivatives.rows;
+    require_table("derivatives of the forces", force_derivatives, rows, rows);
+}
+
 }  // namespace
 
 table force_constants(const table& force_derivatives) {
+    require_square(force_derivatives);
     const auto j = view(force_derivatives);
     return table_of(-0.5 * (j + j.transpose()));
 }
 
 double largest_asymmetry(const table& force_derivatives) {
+    require_square(force_derivatives);
     const auto j = view(force_derivatives);
     return (j - j.transpose()).cwiseAbs().maxCoeff();
 }
 
 std::vector<normal_mode> normal_modes(std::span<const atom> atoms, const table& force_constants,
                                       const table& dipole_derivatives, const vec3& dipole) {
+    require_table("force constants", force_constants, 3 * atoms.size(), 3 * atoms.size());
+    require_table("derivatives of the dipole", dipole_derivatives, 3 * atoms.size(), 3);
     Eigen::VectorXd mass(index(atoms.size()));
     for (std::size_t i = 0; i < atoms.size(); ++i) mass[index(i)] = atoms[i].mass;
     const Eigen::VectorXd inverse_root = (mass * electron_masses_per_u)

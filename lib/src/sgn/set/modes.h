@@ -23,6 +23,8 @@ struct normal_mode {
     double borrowed = std::numeric_limits<double>::quiet_NaN();
 };
 
+// Tables of another shape than is told here throw flib::run_error.
+
 /// Minus the symmetrised derivatives of the forces (3N x 3N, Hartree/Bohr^2).
 table force_constants(const table& force_derivatives);
 
@@ -30,7 +32,8 @@ table force_constants(const table& force_derivatives);
 double largest_asymmetry(const table& force_derivatives);
 
 /// The modes in order of their wavenumbers; translations and rotations, five or six, projected out.
-/// All masses must be positive.
+/// All masses must be positive. `force_constants` is 3N x 3N for N atoms, `dipole_derivatives`
+/// 3N x 3.
 std::vector<normal_mode> normal_modes(std::span<const atom> atoms, const table& force_constants,
                                       const table& dipole_derivatives, const vec3& dipole);
 

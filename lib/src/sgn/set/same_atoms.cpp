@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <utility>
 
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
@@ -17,11 +18,25 @@ std::string atom_text(const sgn_contents& contents, std::size_t i) {
 
 }  // namespace
 
+std::string other_shape(const sgn_contents& file) {
+    const std::pair<const char*, std::size_t> counts[] = {{"symbols", file.symbol.size()},
+                                                          {"atomic numbers", file.nat.size()},
+                                                          {"masses", file.mass.size()},
+                                                          {"forces", file.frc.size()}};
+    for (const auto& [what, count] : counts) {
+        if (count == file.x.size()) continue;
+        return "has " + std::to_string(count) + " " + what + " of " +
+               std::to_string(file.x.size()) + " atoms";
+    }
+    return {};
+}
+
 std::string other_atoms(const sgn_contents& file, const sgn_contents& reference) {
     if (file.x.size() != reference.x.size()) {
         return "has " + std::to_string(file.x.size()) + " atoms instead of " +
                std::to_string(reference.x.size());
     }
+    if (std::string shape = other_shape(file); !shape.empty()) return shape;
     constexpr double mass_rounding = 1e-6;
     for (std::size_t i = 0; i < file.nat.size(); ++i) {
         if (file.nat[i] != reference.nat[i] || !(file.symbol[i] == reference.symbol[i].padded()) ||

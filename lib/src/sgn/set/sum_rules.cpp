@@ -8,6 +8,7 @@
 #include "flib/io/stop_run.h"
 #include "sgn/set/decimals.h"
 #include "sgn/set/detail/rigid_motions.h"
+#include "sgn/set/detail/shape.h"
 
 namespace sgn {
 namespace {
@@ -105,6 +106,7 @@ sum_rules dipole_rules(const displaced_set& set, const derivatives& of,
     sum_rules result;
     result.why_not = why_not(set, of);
     if (!result.why_not.empty()) return result;
+    require_shape(set, of);
     table values(set.jobs.size(), 3);
     for (std::size_t j = 0; j < values.rows; ++j) {
         const bool other_way = std::ranges::find(reversed, j) != reversed.end();
@@ -121,6 +123,7 @@ sum_rules force_rules(const displaced_set& set, const derivatives& of) {
     sum_rules result;
     result.why_not = set.has_forces ? why_not(set, of) : "the files hold no forces";
     if (!result.why_not.empty()) return result;
+    require_shape(set, of);
     Eigen::VectorXd forces(index(3 * set.atoms.size()));
     for (std::size_t i = 0; i < set.atoms.size(); ++i) {
         forces.segment<3>(index(3 * i)) = vector(set.jobs.front().forces[i]);
@@ -130,6 +133,7 @@ sum_rules force_rules(const displaced_set& set, const derivatives& of) {
 
 sum_rules rules_of(std::span<const atom> atoms, std::span<const double> values,
                    const table& derivatives, double uncertainty, double relative_uncertainty) {
+    require_table("derivatives", derivatives, 3 * atoms.size(), values.size());
     const rigid_motions motions(atoms);
     const double variance = uncertainty * uncertainty;
     errors known;

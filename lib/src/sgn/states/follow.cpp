@@ -6,7 +6,7 @@
 #include <string>
 #include <utility>
 
-#include "flib/excited/detail/density_parts.h"
+#include "flib/excited/density_parts.h"
 #include "flib/io/stop_run.h"
 #include "sgn/states/assignment.h"
 

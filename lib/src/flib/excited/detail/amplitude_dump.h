@@ -11,6 +11,7 @@
 #include "flib/io/free_format.h"
 #include "flib/qm_file/detail/reader_steps.h"
 
+#pragma GCC visibility push(hidden)
 namespace flib {
 
 /// Goes on to just below the next heading of a dump, which `line` then holds. False if there is
@@ -68,3 +69,4 @@ class amplitude_dump {
 };
 
 }  // namespace flib
+#pragma GCC visibility pop

@@ -7,6 +7,7 @@
 #include "flib/io/detail/record_file.h"
 #include "flib/io/free_format.h"
 
+#pragma GCC visibility push(hidden)
 namespace flib {
 
 /// As many values as a dump's heading tells of, five or so to a line. Where all lines look alike,
@@ -35,3 +36,4 @@ class dump_values {
 };
 
 }  // namespace flib
+#pragma GCC visibility pop

@@ -6,6 +6,7 @@
 
 #include "flib/util/matrix.h"
 
+#pragma GCC visibility push(hidden)
 namespace flib {
 
 /// Component 1 of root 1, `na` x `ni` amplitudes, of what qm_file_ci_xpy() reads, which ends as
@@ -14,3 +15,4 @@ zeroed_array<double> first_amplitudes(std::string_view fname, std::int32_t ni, s
                                       std::int32_t nci);
 
 }  // namespace flib
+#pragma GCC visibility pop

@@ -10,7 +10,7 @@
 #include <span>
 #include <vector>
 
-#include "flib/excited/detail/matrix_product.h"
+#include "flib/util/matrix_product.h"
 
 #ifdef __x86_64__
 #include <immintrin.h>

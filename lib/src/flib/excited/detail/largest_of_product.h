@@ -1,9 +1,10 @@
 // The element of largest magnitude of a product, without the product.
 #pragma once
 
-#include "flib/util/detail/extremum.h"
+#include "flib/util/extremum.h"
 #include "flib/util/matrix.h"
 
+#pragma GCC visibility push(hidden)
 namespace flib {
 
 /// Whether most elements may be ruled out by their approximate values, where the processor is fit
@@ -18,3 +19,4 @@ extremum largest_of_product(matrix_view<const double> a, matrix_view<const doubl
                             screening use = screening::where_possible);
 
 }  // namespace flib
+#pragma GCC visibility pop

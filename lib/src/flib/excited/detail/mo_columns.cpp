@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <span>
 
+#include "flib/excited/basis_functions.h"
 #include "flib/io/number.h"
 #include "flib/qm_file/detail/keyword.h"
 #include "flib/qm_file/type_tag.h"

@@ -10,6 +10,7 @@
 #include "flib/qm_file/detail/reader_steps.h"
 #include "flib/util/matrix.h"
 
+#pragma GCC visibility push(hidden)
 namespace flib {
 
 /// Goes to the first coefficient. Throws stop_run (status 1) if the file is of another kind,
@@ -42,3 +43,4 @@ class mo_columns {
 };
 
 }  // namespace flib
+#pragma GCC visibility pop

@@ -3,6 +3,7 @@
 
 #include <cstddef>
 
+#pragma GCC visibility push(hidden)
 namespace flib {
 
 /// Reads whole lines of five numbers each from `at` on, the start of a line: fields of 16 columns
@@ -20,3 +21,4 @@ std::size_t scan_columns(const char*& at, const char* end, double* values, std::
 void allow_scan_columns(bool allowed);
 
 }  // namespace flib
+#pragma GCC visibility pop

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#pragma GCC visibility push(hidden)
 namespace flib {
 
 __extension__ using uint128 = unsigned __int128;
@@ -28,3 +29,4 @@ constexpr void for_powers_of_ten(int last, int step, Take take) {
 }
 
 }  // namespace flib
+#pragma GCC visibility pop

@@ -11,6 +11,7 @@
 #include "flib/text/fixed_text.h"
 #include "flib/text/line_test.h"
 
+#pragma GCC visibility push(hidden)
 namespace flib {
 
 /// What stands behind an input unit; unit.h tells the rules of records, end mark and searches.
@@ -78,3 +79,4 @@ class record_file {
 record_file& input_of(std::int32_t fid);
 
 }  // namespace flib
+#pragma GCC visibility pop

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#pragma GCC visibility push(hidden)
 namespace flib {
 
 /// A regular file opened for reading. Its size is taken when it is opened: what is appended later
@@ -57,3 +58,4 @@ class text_file {
 int above_standard_streams(int descriptor);
 
 }  // namespace flib
+#pragma GCC visibility pop

@@ -10,6 +10,7 @@
 
 #include "flib/util/matrix.h"
 
+#pragma GCC visibility push(hidden)
 namespace flib {
 
 // Whether a reader has a row for files of kind `tag`.
@@ -42,3 +43,4 @@ bool read_last_forces(std::int32_t fid, matrix_view<double> force);
 std::vector<std::array<double, 3>> read_last_dipoles(std::int32_t fid);
 
 }  // namespace flib
+#pragma GCC visibility pop

@@ -5,7 +5,9 @@
 
 #include "flib/qm_file/fchk_label.h"
 
-namespace flib::keyword {
+#pragma GCC visibility push(hidden)
+namespace flib {
+namespace keyword {
 
 inline constexpr std::string_view gaussian_atom_count = "NAtoms=";
 inline constexpr std::string_view gaussian_charge = "Charge =";
@@ -34,4 +36,6 @@ inline constexpr std::string_view turbomole_coordinates =
 inline constexpr std::string_view turbomole_geometry = "atomic coordinates";
 inline constexpr std::string_view vasp_positions = "POSITION";
 
-}  // namespace flib::keyword
+}  // namespace keyword
+}  // namespace flib
+#pragma GCC visibility pop

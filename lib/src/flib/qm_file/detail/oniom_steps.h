@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#pragma GCC visibility push(hidden)
 namespace flib {
 
 /// qm_file_ifoniom() of an open file of kind `tag`, which is blank if it is not known, from its
@@ -36,3 +37,4 @@ void read_layer_index(std::int32_t fid, std::int32_t nqmmm, std::span<std::int32
 std::vector<std::int32_t> read_checkpoint_layers(std::int32_t fid);
 
 }  // namespace flib
+#pragma GCC visibility pop

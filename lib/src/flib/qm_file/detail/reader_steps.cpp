@@ -3,7 +3,6 @@
 #include "flib/io/detail/record_file.h"
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
-#include "flib/qm_file/detail/keyword.h"
 #include "flib/qm_file/detail/recognise.h"
 
 namespace flib {
@@ -18,39 +17,12 @@ void recognised_file::require(std::string_view its_tag) const {
     if (!is(its_tag)) stop_not_implemented();
 }
 
-namespace {
-
 void require_positive(std::string_view name, std::int32_t value, const std::string& hint) {
     if (value >= 1) return;
     throw stop_run{
         exit_status::complete,
         {"  Error!", "  " + std::string(name) + " =" + integer_field(value, 20), "  Stop!"},
         hint};
-}
-
-}  // namespace
-
-void require_positive(std::string_view name, std::int32_t value) {
-    require_positive(name, value, {});
-}
-
-bool has_no_orbitals(std::int32_t fid) {
-    line_buffer line;
-    if (!search_word(fid, 1, 25, keyword::fchk_basis_functions, line)) return false;
-    std::int32_t count = 0;
-    read_items(held_record{fid, line.padded()}, discard{5}, count);
-    return count == 0;
-}
-
-void require_basis_functions(std::string_view fname, std::int32_t nbasis) {
-    if (nbasis >= 1) return;
-    std::string hint;
-    try {
-        if (has_no_orbitals(input_unit(fname))) hint = no_orbitals;
-    } catch (const run_error&) {
-        // The number is wrong all the same.
-    }
-    require_positive("nbasis", nbasis, hint);
 }
 
 void require_room(std::string_view fname, std::size_t count, std::string_view what,

@@ -16,6 +16,7 @@
 #include "flib/text/fixed_text.h"
 #include "flib/util/matrix.h"
 
+#pragma GCC visibility push(hidden)
 namespace flib {
 
 /// A file that was opened and whose program was recognised; the unit stands at its start. Throws
@@ -80,20 +81,7 @@ void read_by_row(const recognised_file& file, const reader_row<Output> (&table)[
 
 /// Ends the run when a count that must be positive is not (status 0): "Error!", "NAME =" and the
 /// value in 20 columns, "Stop!".
-void require_positive(std::string_view name, std::int32_t value);
-
-/// What a checkpoint without basis functions is.
-inline constexpr std::string_view no_orbitals =
-    "0 basis functions: the checkpoint of an ONIOM job whose low level is a force field holds no "
-    "orbitals; orbitals, amplitudes and transition dipole are in the files of the high model's own "
-    "job";
-
-/// Whether an open formatted checkpoint says that it has no basis functions, from its start.
-bool has_no_orbitals(std::int32_t fid);
-
-/// require_positive() for the number of basis functions of the checkpoint `fname`, with that hint
-/// if it has none itself.
-void require_basis_functions(std::string_view fname, std::int32_t nbasis);
+void require_positive(std::string_view name, std::int32_t value, const std::string& hint = {});
 
 /// The io_error of an array handed in that has room for `room` values where `count` are to be read
 /// from `fname`; nothing happens if they fit.
@@ -150,3 +138,4 @@ symbol_fields read_symbol_rows(std::int32_t fid, std::int32_t natom, std::int32_
                                std::int32_t then_thrown_away = 0);
 
 }  // namespace flib
+#pragma GCC visibility pop

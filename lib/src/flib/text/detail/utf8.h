@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <string_view>
 
+#pragma GCC visibility push(hidden)
 namespace flib {
 
 /// Length of the well-formed UTF-8 sequence at the start of `text`, which must not be empty; 0 if
@@ -26,3 +27,4 @@ constexpr std::size_t utf8_length(std::string_view text) {
 }
 
 }  // namespace flib
+#pragma GCC visibility pop

@@ -1,8 +1,10 @@
-#include "flib/excited/detail/matrix_product.h"
+#include "flib/util/matrix_product.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <vector>
+
+#include "flib/util/detail/product_variants.h"
 
 namespace flib {
 namespace {

@@ -6,7 +6,7 @@
 #include <span>
 #include <vector>
 
-#include "flib/util/detail/extremum.h"
+#include "flib/util/extremum.h"
 #include "flib/util/math.h"
 #include "flib/util/matrix.h"
 

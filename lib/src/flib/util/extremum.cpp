@@ -1,4 +1,4 @@
-#include "flib/util/detail/extremum.h"
+#include "flib/util/extremum.h"
 
 #include <algorithm>
 #include <array>

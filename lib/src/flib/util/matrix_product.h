@@ -1,8 +1,6 @@
 // The product of two matrices.
 #pragma once
 
-#include <span>
-
 #include "flib/util/matrix.h"
 
 namespace flib {
@@ -15,15 +13,5 @@ void multiply(matrix_view<const double> a, matrix_view<const double> b, matrix_v
 
 /// c += a b: the running sums of `c` go on with the terms of `a` and `b`.
 void multiply_add(matrix_view<const double> a, matrix_view<const double> b, matrix_view<double> c);
-
-/// One way to go on with the sums. All give the same bits.
-struct product_variant {
-    const char* name;
-    void (*multiply_add)(matrix_view<const double> a, matrix_view<const double> b,
-                         matrix_view<double> c);
-};
-
-/// Those that this processor can run; multiply_add() takes the one that is fastest on it.
-std::span<const product_variant> product_variants();
 
 }  // namespace flib

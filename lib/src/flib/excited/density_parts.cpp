@@ -1,12 +1,12 @@
-#include "flib/excited/detail/density_parts.h"
+#include "flib/excited/density_parts.h"
 
 #include <algorithm>
 #include <iterator>
 #include <string>
 
 #include "flib/excited/detail/largest_of_product.h"
-#include "flib/excited/detail/matrix_product.h"
 #include "flib/io/stop_run.h"
+#include "flib/util/matrix_product.h"
 
 namespace flib {
 
