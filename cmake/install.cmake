@@ -43,7 +43,7 @@ if(TARGET tools_common)
     endforeach()
 endif()
 
-install(DIRECTORY lib/src/flib lib/src/sgn
+install(DIRECTORY lib/src/flib lib/src/sgn lib/former/flib
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
     FILES_MATCHING PATTERN "*.h" PATTERN detail EXCLUDE)
 set(libraries flib sgn_job)

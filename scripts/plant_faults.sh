@@ -79,6 +79,7 @@ programs_for() {
             near="excited qm_file job numfreq"
             ;;
         lib/*/excited/* | lib/*/qm_file/*) near="qm_file excited" ;;
+        lib/*/facts/*) near="qm_file qm_file_tool" ;;
         lib/*/util/units.h) near="sgn_states util qm_file" ;;
         lib/*/util/*) near="util qm_file" ;;
         lib/*/io/atomic_file* | lib/*/io/detail/text_file*) near="io hostile faults" ;;

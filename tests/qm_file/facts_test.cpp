@@ -4,8 +4,8 @@
 #include <cmath>
 #include <sstream>
 
+#include "flib/facts/file_facts.h"
 #include "flib/io/stop_run.h"
-#include "flib/qm_file/file_facts.h"
 #include "support/support.h"
 
 namespace {

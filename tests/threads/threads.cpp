@@ -10,9 +10,9 @@
 #include <thread>
 #include <vector>
 
+#include "flib/facts/file_facts.h"
 #include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
-#include "flib/qm_file/file_facts.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "flib/qm_file/file_facts.h"
+#include "flib/facts/file_facts.h"
 #include "sgn/result/sgn_file.h"
 
 namespace qm_file {

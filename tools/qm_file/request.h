@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "flib/qm_file/file_facts.h"
+#include "flib/facts/file_facts.h"
 
 namespace qm_file {
 

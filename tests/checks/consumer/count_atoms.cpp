@@ -1,5 +1,5 @@
 // What is in a file: the atoms and where the first one is, or why that cannot be told.
-#include <flib/qm_file/file_facts.h>
+#include <flib/facts/file_facts.h>
 
 #include <cstdio>
 #include <exception>

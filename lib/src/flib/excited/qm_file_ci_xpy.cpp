@@ -45,7 +45,7 @@ std::int32_t qm_file_dump_record(std::string_view fname) {
     const recognised_file file(fname);
     file.require(tag::gaussian_rwf);
     line_buffer line;
-    require_found(find_dump_heading(file.fid, line), file.fid, "Dump of file");
+    go_below_dump_heading(file.fid, line);
     return read_dump_heading(file.fid, line.padded()).record;
 }
 

@@ -1,5 +1,8 @@
 #include "flib/qm_file/qm_file_coord.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "flib/io/free_format.h"
 #include "flib/io/number.h"
 #include "flib/io/stop_run.h"
@@ -264,24 +267,7 @@ bool terachem_coord(std::int32_t fid, vectors x) {
     return read_as_printed(fid, 1, x);
 }
 
-// True where the table was read. A formatted checkpoint has no row: its coordinates are not read.
-constexpr reader_row<vectors> coord_table[] = {
-    {tag::gaussian_log, gaussian_log_coord},
-    {tag::chemshell, chemshell_coord},
-    {tag::molpro, molpro_coord},
-    {tag::turbomole, turbomole_coord},
-    {tag::nwchem, nwchem_coord},
-    {tag::evc, evc_coord},
-    {tag::numforce, numforce_coord},
-    {tag::orca, orca_coord},
-    {tag::orca_hessian, orca_hessian_coord},
-    {tag::qchem, qchem_coord},
-    {tag::vasp, vasp_coord},
-    {tag::gamess_us, gamess_coord},
-    {tag::terachem, terachem_coord},
-};
-
-// Which of several tables the steps above take, and the searches by which they find it.
+// Which of several tables the steps take, and the searches by which they find it.
 
 constexpr bool the_first = false;
 constexpr bool the_last = true;
@@ -295,31 +281,6 @@ bool in_columns(std::int32_t fid, std::string_view word, text_span line) {
     return search_word(fid, i, j, word, line);
 }
 
-struct heading {
-    std::string_view tag;
-    bool last;
-    std::string_view word;
-    bool (*find_next)(std::int32_t fid, std::string_view word, text_span line);
-};
-
-constexpr heading headings[] = {
-    {tag::gaussian_log, the_last, keyword::gaussian_orientation, search_word_del_space},
-    {tag::chemshell, the_first, keyword::chemshell_input_coordinates, in_columns<32, 48>},
-    {tag::molpro, the_first, keyword::molpro_xyz, in_columns<2, 40>},
-    {tag::turbomole, the_first, keyword::turbomole_geometry, anywhere},
-    {tag::nwchem, the_last, keyword::nwchem_coordinates, anywhere},
-    {tag::evc, the_first, keyword::coordinate, anywhere},
-    {tag::numforce, the_first, keyword::coordinate, anywhere},
-    {tag::orca, the_first, keyword::orca_bohr, anywhere},
-    {tag::orca_hessian, the_first, keyword::orca_hessian_atoms, anywhere},
-    {tag::qchem, the_last, keyword::qchem_orientation, anywhere},
-    {tag::vasp, the_last, keyword::vasp_positions, anywhere},
-    // Only without the first of these the second counts.
-    {tag::gamess_us, the_last, keyword::gamess_angstrom, search_word_del_space},
-    {tag::gamess_us, the_last, keyword::gamess_bohr, search_word_del_space},
-    {tag::terachem, the_last, keyword::terachem_geometry, anywhere},
-};
-
 /// What stands two lines above the last orientation table, without the colon at its end.
 std::string last_title(std::int32_t fid) {
     line_buffer line;
@@ -331,6 +292,54 @@ std::string last_title(std::int32_t fid) {
     return title;
 }
 
+/// What stands above the tables that the steps of a row read.
+struct heading {
+    bool last;  ///< the last of them counts, else the first
+    std::string_view word;
+    std::string_view instead{};  ///< counts only where no table has the first
+    bool (*find_next)(std::int32_t fid, std::string_view word, text_span line) = anywhere;
+    /// Of a program that prints its tables in several frames: that of the table read.
+    std::string (*frame)(std::int32_t fid) = nullptr;
+};
+
+struct coord_row : reader_row<vectors> {
+    constexpr coord_row(std::string_view its_tag, const heading& its_heading,
+                        bool (*steps)(std::int32_t fid, vectors x))
+        : reader_row(its_tag, steps), above(its_heading) {}
+
+    heading above;
+};
+
+// True where the table was read. A formatted checkpoint has no row: its coordinates are not read.
+constexpr coord_row coord_table[] = {
+    {tag::gaussian_log,
+     {.last = the_last,
+      .word = keyword::gaussian_orientation,
+      .find_next = search_word_del_space,
+      .frame = last_title},
+     gaussian_log_coord},
+    {tag::chemshell,
+     {.last = the_first,
+      .word = keyword::chemshell_input_coordinates,
+      .find_next = in_columns<32, 48>},
+     chemshell_coord},
+    {tag::molpro,
+     {.last = the_first, .word = keyword::molpro_xyz, .find_next = in_columns<2, 40>},
+     molpro_coord},
+    {tag::turbomole, {the_first, keyword::turbomole_geometry}, turbomole_coord},
+    {tag::nwchem, {the_last, keyword::nwchem_coordinates}, nwchem_coord},
+    {tag::evc, {the_first, keyword::coordinate}, evc_coord},
+    {tag::numforce, {the_first, keyword::coordinate}, numforce_coord},
+    {tag::orca, {the_first, keyword::orca_bohr}, orca_coord},
+    {tag::orca_hessian, {the_first, keyword::orca_hessian_atoms}, orca_hessian_coord},
+    {tag::qchem, {the_last, keyword::qchem_orientation}, qchem_coord},
+    {tag::vasp, {the_last, keyword::vasp_positions}, vasp_coord},
+    {tag::gamess_us,
+     {the_last, keyword::gamess_angstrom, keyword::gamess_bohr, search_word_del_space},
+     gamess_coord},
+    {tag::terachem, {the_last, keyword::terachem_geometry}, terachem_coord},
+};
+
 }  // namespace
 
 bool reads_coord(std::string_view tag) {
@@ -339,18 +348,18 @@ bool reads_coord(std::string_view tag) {
 
 geometry_place place_of_geometry(std::int32_t fid, std::string_view tag) {
     geometry_place place;
+    const auto row = std::ranges::find(coord_table, tag, &coord_row::tag);
+    if (row == std::end(coord_table)) return place;
+    const heading& above = row->above;
+    place.last = above.last;
+    if (above.frame != nullptr) place.title = above.frame(fid);
+    // A step has up to two tables, in different frames: those of one frame are counted.
+    const std::string_view word = place.title.empty() ? above.word : place.title;
     line_buffer line;
-    for (const heading& known : headings) {
-        if (known.tag != tag || place.tables > 0) continue;
-        heading wanted = known;
-        if (tag == tag::gaussian_log) {
-            // A step has up to two tables, in different frames: those of one frame are counted.
-            place.title = last_title(fid);
-            if (!place.title.empty()) wanted.word = place.title;
-        }
-        place.last = wanted.last;
+    for (const std::string_view wanted : {word, above.instead}) {
+        if (wanted.empty() || place.tables > 0) continue;
         rewind_unit(fid);
-        while (wanted.find_next(fid, wanted.word, line)) ++place.tables;
+        while (above.find_next(fid, wanted, line)) ++place.tables;
     }
     return place;
 }

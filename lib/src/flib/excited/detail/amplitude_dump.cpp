@@ -107,6 +107,10 @@ bool find_dump_heading(std::int32_t fid, text_span line) {
     return search_word(fid, 2, 13, heading, line);
 }
 
+void go_below_dump_heading(std::int32_t fid, text_span line) {
+    require_found(find_dump_heading(fid, line), fid, heading);
+}
+
 dump_heading read_dump_heading(std::int32_t fid, std::string_view line) {
     dump_heading found;
     read_items(held_record{fid, line}, discard{3}, found.record, discard{1}, found.values);
@@ -118,7 +122,7 @@ amplitude_dump::amplitude_dump(std::string_view fname, std::int32_t& info)
     info = file_.class_code;
     file_.require(tag::gaussian_rwf);
     line_buffer line;
-    require_found(find_dump_heading(file_.fid, line), file_.fid, heading);
+    go_below_dump_heading(file_.fid, line);
     begin_ = input_of(file_.fid).position();
     if (!tells_layout(file_.fid)) return;
 

@@ -18,6 +18,9 @@ namespace flib {
 /// none.
 bool find_dump_heading(std::int32_t fid, text_span line);
 
+/// The same, but throws line_not_found if there is none.
+void go_below_dump_heading(std::int32_t fid, text_span line);
+
 /// What a heading that was read last tells.
 struct dump_heading {
     std::int32_t record = 0;

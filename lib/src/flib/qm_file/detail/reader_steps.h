@@ -6,7 +6,6 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <type_traits>
 #include <vector>
 
 #include "flib/io/free_format.h"
@@ -38,6 +37,7 @@ struct recognised_file {
 /// table as read (`info` 0); those that return nothing report nothing.
 template <class Output>
 struct reader_row {
+    using output = Output;
     using reporting_steps = bool (*)(std::int32_t fid, Output out);
     using quiet_steps = void (*)(std::int32_t fid, Output out);
 
@@ -58,9 +58,9 @@ struct reader_row {
 };
 
 /// Whether there is a row for files of kind `tag`.
-template <class Output, std::size_t rows>
-bool has_row(const reader_row<Output> (&table)[rows], std::string_view tag) {
-    for (const reader_row<Output>& row : table) {
+template <class Row, std::size_t rows>
+bool has_row(const Row (&table)[rows], std::string_view tag) {
+    for (const Row& row : table) {
         if (equal_padded(row.tag, tag)) return true;
     }
     return false;
@@ -68,11 +68,11 @@ bool has_row(const reader_row<Output> (&table)[rows], std::string_view tag) {
 
 /// Follows the row for the program of `file`, if there is one. `info` becomes 0 if it reports its
 /// table as read, else -1.
-template <class Output, std::size_t rows>
-void read_by_row(const recognised_file& file, const reader_row<Output> (&table)[rows],
-                 std::type_identity_t<Output> out, std::int32_t& info) {
+template <class Row, std::size_t rows>
+void read_by_row(const recognised_file& file, const Row (&table)[rows], typename Row::output out,
+                 std::int32_t& info) {
     info = -1;
-    for (const reader_row<Output>& row : table) {
+    for (const Row& row : table) {
         if (!file.is(row.tag)) continue;
         if (row.read(file.fid, out)) info = 0;
         return;

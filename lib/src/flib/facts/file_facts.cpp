@@ -1,4 +1,4 @@
-#include "flib/qm_file/file_facts.h"
+#include "flib/facts/file_facts.h"
 
 #include <algorithm>
 #include <cmath>
