@@ -12,6 +12,7 @@
 #include "common/output_file.h"
 #include "common/program.h"
 #include "common/progress.h"
+#include "common/reference.h"
 #include "common/same_file.h"
 #include "sgn/check/judge.h"
 #include "sgn/check/report.h"
@@ -42,6 +43,7 @@ sgn::report report_on(const sgn_derive::options& options) {
         files.push_back({name, sgn::read_sgn_file(name)});
     }
     progress.at(options.files.size() + 1, "computing");
+    tools::tell_better_reference(tool, reference, files);
     return sgn::analyse(reference, files);
 }
 
