@@ -23,9 +23,9 @@ struct named_quantity {
 std::span<const named_quantity> named_quantities();
 
 struct request {
-    std::optional<std::string> shown{};  ///< of --help or --version: the whole answer
-    std::optional<std::string> json{};   ///< file for JSON, or "-"
-    bool xyz = false;                    ///< geometries alone, instead of text
+    std::optional<std::string> shown{};    ///< of --help or --version: the whole answer
+    std::optional<std::string> json{};     ///< file for JSON, or "-"
+    bool xyz = false;                      ///< geometries alone, instead of text
     const named_quantity* only = nullptr;  ///< null: everything
     std::vector<std::string> files{};
     std::optional<std::string> routine{};  ///< of a probe, which has one file
