@@ -82,6 +82,7 @@ programs_for() {
         lib/*/facts/*) near="qm_file qm_file_tool" ;;
         lib/*/util/units.h) near="sgn_states util qm_file" ;;
         lib/*/util/*) near="util qm_file" ;;
+        lib/*/io/detail/unfinished_file*) near="common faults" ;;
         lib/*/io/atomic_file* | lib/*/io/detail/text_file*) near="io hostile faults" ;;
         lib/*/io/*) near="io search" ;;
         lib/*) near=$(cut -d / -f 4 <<<"$2") ;;

@@ -74,6 +74,20 @@ for share in "0 5" "2 5" "4 4" "6 4"; do
     read -r task jobs <<<"$share"
     expect 0 "$jobs" 0 0 env SLURM_ARRAY_TASK_ID="$task" "$workflow/array.slurm" h2o_ref
 done
+for place in "$PWD" none; do
+    # A copy, as SLURM runs it; where the scripts are is not told, or the jobs lie beside them.
+    mkdir "$work/spool"
+    cp "$workflow/array.slurm" "$work/spool/slurm_script"
+    if [ "$place" = none ]; then
+        expect 1 0 0 0 env -u WORKFLOW SLURM_ARRAY_TASK_ID=6 "$work/spool/slurm_script" h2o_ref
+        expect_text "array.slurm: one.sh and common.sh are not found; before sbatch, tell where they are:"
+    else
+        cp "$workflow"/*.sh .
+        expect 0 0 4 0 env -u WORKFLOW SLURM_ARRAY_TASK_ID=6 "$work/spool/slurm_script" h2o_ref
+        rm ./*.sh
+    fi
+    rm -r "$work/spool"
+done
 expect 1 0 0 0 env SLURM_ARRAY_TASK_ID=6 SLURM_ARRAY_TASK_MAX=9 "$workflow/array.slurm" h2o_ref
 expect_text "not at regular distances"
 

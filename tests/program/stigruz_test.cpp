@@ -195,7 +195,11 @@ TEST(Stigruz, EndsAsStatedAndLeavesTheEarlierResult) {
         const outcome ended = here.run(arguments);
         EXPECT_EQ(std::to_string(ended.status), row[5]);
         const std::string& said = ended.status == 2 ? ended.errors : ended.output;
-        EXPECT_EQ((ended.status == 2 ? ended.output : ended.errors), "");
+        // Beside the fixed message, which names no file.
+        const bool hint = ended.status == 1 && row[2] == "ref.sgn";
+        EXPECT_EQ(
+            (ended.status == 2 ? ended.output : ended.errors),
+            hint ? "stigruz: ref.sgn: is the result file of a reference, but a damaged one\n" : "");
         const std::size_t ellipsis = row[6].find("...");
         EXPECT_EQ(said.substr(0, ellipsis),
                   row[6].substr(0, ellipsis) + (ellipsis == std::string::npos ? "\n" : ""));
@@ -214,6 +218,22 @@ TEST(Stigruz, SaysHowItIsUsed) {
     const outcome ended = water.run({});
     EXPECT_EQ(std::to_string(ended.status) + ' ' + ended.errors,
               "2 stigruz: .log: " + not_there + " (usage: stigruz CHECKPOINT [REFERENCE])\n");
+    // Where an option may have been meant, a line more.
+    const std::string usage =
+        "stigruz: usage: stigruz CHECKPOINT [REFERENCE.sgn]; there are no options (see man "
+        "stigruz)\n";
+    for (const std::string option : {"--help", "-h", "--version", "-"}) {
+        const outcome told = water.run({option});
+        EXPECT_EQ(std::to_string(told.status) + told.output + told.errors,
+                  "2stigruz: " + option + ".log: " + not_there + '\n' + usage);
+    }
+    EXPECT_EQ(water.run({"h2o_ref.fchk", "-h"}).errors, "stigruz: -h: " + not_there + '\n' + usage);
+    fs::copy(water.path("h2o_ref.log"), water.path("-h"));
+    const outcome wrong = water.run({"h2o_ref.fchk", "-h"});
+    EXPECT_EQ(wrong.errors,
+              "stigruz: -h: the result file of the reference was expected here, NAME.sgn of its "
+              "run\n");
+    EXPECT_EQ(std::to_string(wrong.status) + wrong.output, "1Can not find keyword natom stop!\n");
 }
 
 }  // namespace

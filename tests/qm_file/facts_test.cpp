@@ -109,8 +109,8 @@ TEST(FileFacts, AreThoseThatWereAskedFor) {
     const file_facts some = flib::facts_of(log, wanted);
     EXPECT_EQ(told(some),
               "file type GAUSSIAN LOG, a Gaussian log, G16RevA.03, 2; transition dipoles -0.5354 "
-              "0.001 -0.002, 0 0 0.7,; basis - not read from a Gaussian log, which does not tell "
-              "the number of independent functions; ");
+              "0.001 -0.002, 0 0 0.7,; basis - not read from a Gaussian log: the number of "
+              "independent functions, its NBsUse=, is taken from standard input; ");
     const quantity forces[] = {quantity::forces};
     EXPECT_THAT(told(flib::facts_of(log, forces)),
                 testing::HasSubstr("; forces 0 0 0.0123457, 0.00"));

@@ -146,6 +146,15 @@ TEST_F(SgnDerive, LeavesTheSumRulesAlone) {
     EXPECT_EQ(doubts, "asymmetric_forces ");
 }
 
+TEST_F(SgnDerive, SaysWhichFileIsTheReference) {
+    words all = files_;
+    all.emplace_back("h2o_ref.sgn");
+    const auto told = run(all);
+    EXPECT_EQ(std::to_string(told.status) + told.errors,
+              "1sgn_derive: h2o_01xm.sgn does not look like the reference: h2o_ref.sgn does, the "
+              "other files lie in pairs around it. The reference comes first.\n");
+}
+
 TEST_F(SgnDerive, FillsTheTemplateOfACheckpoint) {
     EXPECT_EQ(derive({"--fchk=whole.fchk", "--template", "h2o_ref.fchk"}).status, 0);
     EXPECT_EQ(text_of("whole.fchk"), fixture("whole.fchk"));

@@ -49,6 +49,16 @@ constexpr std::string_view no_memory = "not enough memory";
     _exit(report(no_memory));
 }
 
+/// Behind the message of a run that failed: what was taken for a file may have been meant as an
+/// option.
+void tell_usage(int argc, char** argv) {
+    for (int i = 1; i < argc; ++i) {
+        if (argv[i][0] != '-' || access(argv[i], F_OK) == 0) continue;
+        report("usage: stigruz CHECKPOINT [REFERENCE.sgn]; there are no options (see man stigruz)");
+        return;
+    }
+}
+
 int run(int argc, char** argv) {
     try {
         const std::vector<std::string_view> arguments(argv + (argc > 0 ? 1 : 0), argv + argc);
@@ -58,9 +68,12 @@ int run(int argc, char** argv) {
         for (const std::string& line : stop.lines()) text.add(line).add("\n");
         text.write_to(STDOUT_FILENO);
         if (!stop.hint().empty()) report(stop.hint());
+        tell_usage(argc, argv);
         return stop.status();
     } catch (const flib::run_error& error) {
-        return report(error.what(), argc < 2 ? " (usage: stigruz CHECKPOINT [REFERENCE])" : "");
+        report(error.what(), argc < 2 ? " (usage: stigruz CHECKPOINT [REFERENCE])" : "");
+        tell_usage(argc, argv);
+        return error.status();
     } catch (const std::bad_alloc&) {
         return report(no_memory);
     } catch (const std::exception& error) {

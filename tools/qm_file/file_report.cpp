@@ -3,12 +3,14 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <utility>
 #include <vector>
 
 #include "flib/excited/qm_file_nbasis_nbsuse.h"
 #include "flib/io/stop_run.h"
 #include "flib/qm_file/type_tag.h"
 #include "flib/util/units.h"
+#include "qm_file/hint.h"
 
 namespace qm_file {
 namespace {
@@ -82,7 +84,11 @@ file_report report_of(const std::string& file, std::span<const quantity> wanted)
         report.readable = false;
         return report;
     }
-    if (report.facts.kind || !sgn::is_sgn_file(file)) return report;
+    if (report.facts.kind) return report;
+    if (std::string hint = hint_for(file); !hint.empty()) {
+        report.facts.missing[quantity::kind] = {std::move(hint), false};
+    }
+    if (!sgn::is_sgn_file(file)) return report;
     const auto damaged = [&](const std::string& why) {
         report.facts.missing[quantity::kind] = {"a damaged result file of stigruz: " + why, true};
     };
@@ -103,7 +109,7 @@ void add_basis_of_log(file_report& report, void (*say)(std::string_view text)) {
     if (isatty(STDIN_FILENO) == 1) {
         say(flib::printable(facts.file) +
             ": waiting for a line with a label and the number of independent functions, such as "
-            "\"NBsUse= 22\", which a log does not tell");
+            "\"NBsUse= 22\" of the log");
     }
     flib::basis_counts basis;
     std::int32_t info = 0;

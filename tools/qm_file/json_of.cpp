@@ -9,24 +9,20 @@ namespace {
 using flib::quantity;
 using tools::json_value;
 
-/// The value of `fact`, as `told` makes it; null if there is none.
+/// The value of `fact`, as `told` makes it; null if there is none. What a file does not give is
+/// null, arrays too.
 template <class Fact, class Told>
 json_value if_there(const std::optional<Fact>& fact, Told told) {
     return fact ? json_value(told(*fact)) : json_value();
 }
 
-/// Arrays are empty rather than null where there is nothing.
-template <class Fact>
-json_value array_of(const std::optional<Fact>& fact) {
-    return fact ? json_value(*fact) : json_value::array();
+json_value number_or_null(std::int32_t number) {
+    return number == flib::unknown_number ? json_value() : json_value(number);
 }
 
-json_value numbers_of(const std::optional<std::vector<std::int32_t>>& numbers) {
+json_value numbers_of(const std::vector<std::int32_t>& numbers) {
     json_value all = json_value::array();
-    if (!numbers) return all;
-    for (const std::int32_t number : *numbers) {
-        all.push_back(number == flib::unknown_number ? json_value() : json_value(number));
-    }
+    for (const std::int32_t number : numbers) all.push_back(number_or_null(number));
     return all;
 }
 
@@ -129,6 +125,10 @@ json_value json_of(const file_report& report) {
     json["file"] = facts.file;
     json["type"] = if_there(facts.kind, [](const auto& kind) { return kind.tag; });
     json["version"] = if_there(facts.kind, [](const auto& kind) { return kind.version; });
+    json["version_of"] = if_there(facts.kind, [](const auto& kind) {
+        const std::string_view whose = owner_of_version(kind);
+        return whose.empty() ? json_value() : json_value(whose);
+    });
     json["class"] = facts.kind ? facts.kind->class_code : -1;
     json["natom"] = if_there(facts.natom, [](std::int32_t natom) { return natom; });
     json["oniom"] = if_there(facts.oniom, [](const auto& layers) {
@@ -149,18 +149,21 @@ json_value json_of(const file_report& report) {
                           {"active_virtual", space.active_virtual},
                           {"frozen_virtual", space.frozen_virtual}};
     });
-    json["atomic_numbers"] = numbers_of(facts.numbers);
+    json["atomic_numbers"] = if_there(facts.numbers, numbers_of);
     if (!facts.point_charges.empty()) json["point_charges"] = facts.point_charges;
-    json["masses_u"] = array_of(facts.masses);
+    const auto as_it_is = [](const auto& values) { return values; };
+    json["masses_u"] = if_there(facts.masses, as_it_is);
     json["geometry"] = if_there(facts.geometry, [](const flib::geometry& geometry) {
         return json_value{{"which", geometry.last ? "last" : "first"},
                           {"of", geometry.tables},
                           {"frame", geometry.frame}};
     });
-    json["coordinates_bohr"] = facts.geometry ? json_value(facts.geometry->x) : json_value::array();
-    json["forces_hartree_per_bohr"] = array_of(facts.forces);
-    json["transition_dipoles_au"] = array_of(facts.dipoles);
-    json["two_frames"] = facts.geometry && facts.geometry->two_frames;
+    json["coordinates_bohr"] =
+        if_there(facts.geometry, [](const auto& geometry) { return geometry.x; });
+    json["forces_hartree_per_bohr"] = if_there(facts.forces, as_it_is);
+    json["transition_dipoles_au"] = if_there(facts.dipoles, as_it_is);
+    json["two_frames"] =
+        if_there(facts.geometry, [](const auto& geometry) { return geometry.two_frames; });
     json["dump"] = if_there(facts.dump, dump_of);
     json["moments"] = if_there(facts.moments, moments_of);
     json["result"] = if_there(report.result, result_of);

@@ -369,11 +369,17 @@ std::vector<std::string> moment_rows_of(const flib::state_moments& moments, cons
 
 std::string kind_text(const flib::file_kind& kind) {
     if (kind.tag == result_tag) return "stigruz (a result file)";
-    // What the rule takes for a version may be another word: "Apple", "TeraChem", ".".
-    const bool has_digit = std::ranges::any_of(kind.version, flib::is_ascii_digit);
-    const bool is_version = has_digit || kind.tag == flib::tag::gaussian_fchk;
-    std::string version = is_version ? flib::printable(kind.version) : "not told";
-    if (!is_version && !kind.version.empty()) {
+    const std::string_view whose = owner_of_version(kind);
+    if (whose == "the program" || kind.tag == flib::tag::gaussian_fchk) {
+        return kind.tag + ", version " + flib::printable(kind.version) +
+               formatted(" (class %d)", kind.class_code);
+    }
+    if (kind.version == "0") return kind.tag + formatted(" (class %d)", kind.class_code);
+    std::string version = "not told";
+    if (!whose.empty()) {
+        version += std::string(" (") + flib::printable(kind.version) + " is that of ";
+        version.append(whose).append(")");
+    } else if (!kind.version.empty()) {
         version += " (" + flib::quoted(kind.version) + " stands in its place)";
     }
     return joined(kind.tag, ", version ", version, " (class ", kind.class_code, ")");
@@ -398,6 +404,14 @@ std::string label_of(const file_facts& facts, std::size_t row_width, const termi
 }
 
 }  // namespace
+
+std::string_view owner_of_version(const flib::file_kind& kind) {
+    if (kind.tag == flib::tag::orca) return "libXC";
+    // What the rule takes for a version may be another word: "Apple", "TeraChem", ".", "UNKNOWN".
+    // "0" stands for none.
+    const bool has_digit = std::ranges::any_of(kind.version, flib::is_ascii_digit);
+    return has_digit && kind.version != "0" ? "the program" : "";
+}
 
 std::string place_of(const flib::geometry& geometry) {
     std::string text = geometry.tables == 1 ? "the only one"
@@ -446,6 +460,10 @@ std::string summary(const file_report& report, const terminal& on) {
     text += atom_tables(facts, on);
     if (facts.numbers && !std::ranges::all_of(*facts.numbers, flib::is_atomic_number)) {
         text += entry("note", "? stands for an atom whose symbol is that of no element.", on);
+    }
+    if (facts.kind->tag == flib::tag::gaussian_fchk && facts.file.ends_with(".fch")) {
+        text += entry("note",
+                      "stigruz takes checkpoints that are called NAME.fchk: give it a link.", on);
     }
     text += point_charge_note(facts, on);
     text += coarse_rule_notes(facts, on);

@@ -9,6 +9,7 @@
 
 #include "common/output_file.h"
 #include "common/program.h"
+#include "common/reference.h"
 #include "flib/io/stop_run.h"
 #include "sgn/check/check.h"
 #include "sgn/job/same_file.h"
@@ -51,6 +52,9 @@ int run(std::span<const std::string_view> arguments) {
     if (!others) throw flib::io_error(options.reference, 0, "there is no other file to check");
 
     sgn::assessment assessment;
+    if (!reference.empty() && options.limits.pairs) {
+        tools::tell_better_reference(tool, reference.front(), files);
+    }
     if (!reference.empty()) assessment = sgn::check(reference.front(), files, options.limits);
     if (options.csv) {
         tools::show(sgn_check::csv(assessment));

@@ -14,6 +14,7 @@
 #include "common/output_file.h"
 #include "common/program.h"
 #include "common/progress.h"
+#include "common/reference.h"
 #include "flib/io/stop_run.h"
 #include "sgn/check/judge.h"
 #include "sgn/check/report.h"
@@ -48,6 +49,7 @@ sgn::report report_on(const sgn_derive::options& options) {
         files.push_back({name, sgn::read_sgn_file(name)});
     }
     progress.at(options.files.size() + 1, "computing");
+    tools::tell_better_reference(tool, reference, files);
     sgn::report report = sgn::analyse(reference, files, options.sum_rules);
     report.moments = sgn::read_set_moments(report.set);
     return report;

@@ -290,8 +290,8 @@ oniom_layers asker::oniom() {
 basis_counts asker::basis() {
     if (is(tag::gaussian_log)) {
         throw not_there{
-            "not read from a Gaussian log, which does not tell the number of "
-            "independent functions"};
+            "not read from a Gaussian log: the number of independent functions, its NBsUse=, is "
+            "taken from standard input"};
     }
     require_kind(is(tag::gaussian_fchk));
     basis_counts counts;
