@@ -14,12 +14,12 @@
 #include "common/output_file.h"
 #include "common/program.h"
 #include "common/progress.h"
-#include "common/same_file.h"
 #include "flib/io/stop_run.h"
 #include "sgn/check/judge.h"
 #include "sgn/check/report.h"
 #include "sgn/checkpoint/checkpoint.h"
 #include "sgn/checkpoint/fcc_files.h"
+#include "sgn/job/same_file.h"
 #include "sgn/result/sgn_file.h"
 #include "sgn/set/set_moments.h"
 #include "sgn_derive/csv.h"
@@ -44,7 +44,7 @@ sgn::report report_on(const sgn_derive::options& options) {
     for (const std::string& name : options.files) {
         progress.at(files.size() + 1, "reading");
         // A pattern like *.sgn stands for the reference too.
-        if (tools::is_same_file(name, options.reference)) continue;
+        if (sgn::is_same_file(name, options.reference)) continue;
         files.push_back({name, sgn::read_sgn_file(name)});
     }
     progress.at(options.files.size() + 1, "computing");

@@ -65,7 +65,7 @@ std::string dipole_line(std::span<const double> dipole) {
 }  // namespace
 
 fcc_state fcc_state_of(const displaced_set& set, const derivatives& of, double energy) {
-    const job& reference = set.jobs.front();
+    const displaced_job& reference = set.jobs.front();
     if (!set.has_forces) {
         throw flib::io_error(reference.name, 0,
                              "holds no forces, and a state file needs gradient and force "

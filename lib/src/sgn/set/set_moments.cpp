@@ -25,7 +25,7 @@ std::string without_state(const std::string& name) {
 }
 
 /// The states whose dipole, with the sign of `of`, rounds to the one there.
-std::vector<std::int32_t> states_like(const job& of, const flib::state_moments& moments,
+std::vector<std::int32_t> states_like(const displaced_job& of, const flib::state_moments& moments,
                                       int decimals) {
     constexpr double digits_of_checkpoint = 1e-9;
     const double tolerance = 0.5 * std::pow(10.0, -decimals) + digits_of_checkpoint;
@@ -68,7 +68,7 @@ std::optional<flib::state_moments> moments_in(const std::string& checkpoint) {
 }
 
 /// The moments of a job. Throws flib::ending where they are not to be had.
-job_moments moments_of(const job& of, int decimals) {
+job_moments moments_of(const displaced_job& of, int decimals) {
     const std::string checkpoint = checkpoint_beside(of.name);
     if (!is_file(checkpoint)) {
         throw flib::io_error(checkpoint, 0, "is not there beside " + flib::printable(of.name));
@@ -104,7 +104,7 @@ std::string checkpoint_beside(const std::string& name) {
 
 set_moments read_set_moments(const displaced_set& set) {
     set_moments moments;
-    for (const job& each : set.jobs) {
+    for (const displaced_job& each : set.jobs) {
         try {
             const bool takes_part = each.is != role::undisplaced && each.is != role::repeated;
             moments.jobs.push_back(takes_part ? moments_of(each, set.dipole_decimals)
