@@ -8,6 +8,7 @@
 #include "flib/io/stop_run.h"
 #include "sgn/set/decimals.h"
 #include "sgn/set/detail/linear_algebra.h"
+#include "sgn/set/input_numbers.h"
 
 namespace sgn {
 namespace {
@@ -128,8 +129,7 @@ std::string text_of(const std::vector<coordinate>& coordinates, const std::vecto
         }
         const auto [atom, axis] = coordinates[i];
         if (i == 0 || coordinates[i - 1].atom != atom) {
-            text += (i == 0 ? "" : "; ") + std::to_string(atom + 1) + " " +
-                    flib::printable(atoms[atom].symbol) + " ";
+            text += (i == 0 ? "" : "; ") + name_of(atoms[atom], atom) + " ";
         } else {
             text += ", ";
         }
