@@ -92,9 +92,9 @@ TEST_F(SgnDerive, WritesTablesForSpreadsheets) {
     const auto report = sgn::analyse(sets::water().reference, sets::water().files);
     const words derivatives = lines_of(text_of("d.csv"));
     ASSERT_EQ(derivatives.size(), 10U);
-    EXPECT_EQ(derivatives[0], "atom,symbol,axis,dx,dy,dz,uncertainty\r");
+    EXPECT_EQ(derivatives[0], "atom,input,symbol,axis,dx,dy,dz,uncertainty\r");
     const auto& d = report.derivatives;
-    EXPECT_EQ(derivatives[6], "2,H,z," + tools::csv_real(d.dipole(5, 0)) + ",0,0," +
+    EXPECT_EQ(derivatives[6], "2,2,H,z," + tools::csv_real(d.dipole(5, 0)) + ",0,0," +
                                   tools::csv_real(d.dipole_uncertainty[5]) + "\r");
     const words modes = lines_of(text_of("m.csv"));
     ASSERT_EQ(modes.size(), 4U);

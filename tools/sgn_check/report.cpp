@@ -14,6 +14,7 @@
 #include "common/table.h"
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
+#include "sgn/set/input_numbers.h"
 
 namespace sgn_check {
 namespace {
@@ -33,7 +34,22 @@ std::string verdict_text(const sgn::verdict& of) {
     return text.empty() ? "fine" : text;
 }
 
-std::vector<tools::table_cell> row_of(const sgn::verdict& of, bool is_reference) {
+/// The atom of a file, from 0.
+sgn::atom atom_of(const sgn::result_file& file, const sgn::result_file& reference,
+                  std::size_t place) {
+    sgn::atom atom;
+    atom.symbol = file.contents.symbol[place].trimmed();
+    if (place < reference.input_numbers.size()) atom.input = reference.input_numbers[place];
+    return atom;
+}
+
+/// The atom that moved most.
+std::string atom_name(const sgn::verdict& of, const sgn::result_file& reference) {
+    return name_of(atom_of(*of.file, reference, of.moved->farthest), of.moved->farthest);
+}
+
+std::vector<tools::table_cell> row_of(const sgn::verdict& of, const sgn::result_file& reference) {
+    const bool is_reference = of.file == &reference;
     const sgn::sgn_contents& contents = of.file->contents;
     std::string dipole;
     for (const double component : contents.corrected_tdip) {
@@ -42,8 +58,7 @@ std::vector<tools::table_cell> row_of(const sgn::verdict& of, bool is_reference)
         dipole.append(text.size() < width ? width - text.size() : dipole.empty() ? 0 : 1, ' ');
         dipole += text;
     }
-    std::string displaced =
-        of.moved ? of.moved->text(contents.symbol[of.moved->farthest].trimmed()) : "-";
+    std::string displaced = of.moved ? of.moved->text_with(atom_name(of, reference)) : "-";
     if (is_reference) displaced = "reference";
     return {{flib::printable(of.file->name)},
             {std::to_string(contents.parameters.sign)},
@@ -88,12 +103,13 @@ std::string summary(const sgn::assessment& of, std::size_t unreadable) {
     return "All " + all + " files are fine.";
 }
 
-json_value displacement_json(const sgn::verdict& of) {
+json_value displacement_json(const sgn::verdict& of, const sgn::result_file& reference) {
     if (!of.moved) return nullptr;
     const sgn::displacement& moved = *of.moved;
     json_value json = {{"moved_atoms", moved.moved}};
     if (moved.moved > 0) {
         json["atom"] = moved.farthest + 1;
+        json["input"] = number_of(atom_of(*of.file, reference, moved.farthest), moved.farthest);
         json["symbol"] = of.file->contents.symbol[moved.farthest].trimmed();
         json["vector"] = moved.shift[moved.farthest];
         json["distance"] = moved.distance;
@@ -109,7 +125,8 @@ json_value findings_json(const std::vector<sgn::finding>& of) {
     return json;
 }
 
-json_value verdict_json(const sgn::verdict& of, bool is_reference) {
+json_value verdict_json(const sgn::verdict& of, const sgn::result_file& reference) {
+    const bool is_reference = of.file == &reference;
     const sgn::sgn_contents& contents = of.file->contents;
     json_value json;
     json["file"] = of.file->name;
@@ -121,7 +138,7 @@ json_value verdict_json(const sgn::verdict& of, bool is_reference) {
         json["ratio"] = of.ratio;
         json["change"] = of.change;
         json["turn"] = of.turn;
-        json["displacement"] = displacement_json(of);
+        json["displacement"] = displacement_json(of, reference);
         json["rotation"] = of.rotation;
         json["partner"] = of.partner != nullptr ? json_value(of.partner->name) : json_value();
         json["asymmetry"] = of.asymmetry;
@@ -193,7 +210,7 @@ std::string table(const sgn::assessment& of, std::span<const unreadable_file> un
                     {"Moved (Angstrom)", false, 2},
                     {"Verdict"}};
     for (const sgn::verdict& each : of.verdicts) {
-        rows.rows.push_back(row_of(each, &each == of.verdicts.data()));
+        rows.rows.push_back(row_of(each, *of.verdicts.front().file));
     }
     std::string text = table_text(rows, on);
     const auto add = [&](const std::string& words, bool good) {
@@ -221,7 +238,7 @@ std::string json(const sgn::assessment& of, std::span<const unreadable_file> unr
     result["reference"] = nullptr;
     result["files"] = json_value::array();
     for (std::size_t i = 0; i < of.verdicts.size(); ++i) {
-        json_value verdict = verdict_json(of.verdicts[i], i == 0);
+        json_value verdict = verdict_json(of.verdicts[i], *of.verdicts.front().file);
         if (i == 0) {
             result["reference"] = std::move(verdict);
         } else {

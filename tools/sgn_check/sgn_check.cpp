@@ -14,6 +14,7 @@
 #include "sgn/check/check.h"
 #include "sgn/job/same_file.h"
 #include "sgn/result/sgn_file.h"
+#include "sgn/set/input_numbers.h"
 #include "sgn_check/options.h"
 #include "sgn_check/report.h"
 
@@ -51,6 +52,10 @@ int run(std::span<const std::string_view> arguments) {
     }
     if (!others) throw flib::io_error(options.reference, 0, "there is no other file to check");
 
+    if (!reference.empty()) {
+        sgn::result_file& its = reference.front();
+        its.input_numbers = sgn::input_numbers_beside(its.name, its.contents.x.size());
+    }
     sgn::assessment assessment;
     if (!reference.empty() && options.limits.pairs) {
         tools::tell_better_reference(tool, reference.front(), files);

@@ -5,6 +5,7 @@
 #include "common/csv.h"
 #include "flib/io/stop_run.h"
 #include "sgn/set/geometry.h"
+#include "sgn/set/input_numbers.h"
 
 namespace sgn_derive {
 namespace {
@@ -19,12 +20,12 @@ void add(std::vector<std::string>& fields, const Vector& values) {
 }  // namespace
 
 std::string derivatives_csv(const sgn::report& of) {
-    std::string text = "atom,symbol,axis,dx,dy,dz,uncertainty\r\n";
+    std::string text = "atom,input,symbol,axis,dx,dy,dz,uncertainty\r\n";
     const auto& d = of.derivatives;
     for (std::size_t c = 0; c < d.dipole.rows; ++c) {
-        std::vector<std::string> fields{std::to_string(c / 3 + 1),
-                                        flib::printable(of.set.atoms[c / 3].symbol),
-                                        std::string(1, sgn::axis_names[c % 3])};
+        std::vector<std::string> fields{
+            std::to_string(c / 3 + 1), std::to_string(number_of(of.set.atoms[c / 3], c / 3)),
+            flib::printable(of.set.atoms[c / 3].symbol), std::string(1, sgn::axis_names[c % 3])};
         add(fields, d.dipole.row(c));
         fields.push_back(csv_real(d.dipole_uncertainty[c]));
         text += tools::csv_line(fields);

@@ -4,6 +4,7 @@
 
 #include "common/json_text.h"
 #include "common/set_json.h"
+#include "sgn/set/input_numbers.h"
 
 namespace sgn_derive {
 namespace {
@@ -90,9 +91,14 @@ std::string json_of(const sgn::report& of) {
     json_value& files = result["files"] = json_value::array();
     for (std::size_t i = 0; i < set.jobs.size(); ++i) files.push_back(file_of(of, i));
     json_value& atoms = result["atoms"] = json_value::array();
-    for (const sgn::atom& each : set.atoms) {
-        atoms.push_back(
-            {{"symbol", each.symbol}, {"number", each.number}, {"mass", each.mass}, {"x", each.x}});
+    for (std::size_t i = 0; i < set.atoms.size(); ++i) {
+        const sgn::atom& each = set.atoms[i];
+        atoms.push_back({{"symbol", each.symbol},
+                         {"number", each.number},
+                         {"mass", each.mass},
+                         {"x", each.x},
+                         {"place", i + 1},
+                         {"input", number_of(each, i)}});
     }
     result["step"] = {{"smallest", set.smallest_step}, {"largest", set.largest_step}};
     result["decimals"] = {{"dipole", set.dipole_decimals}, {"forces", set.force_decimals}};

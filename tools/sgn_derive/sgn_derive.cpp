@@ -22,6 +22,7 @@
 #include "sgn/checkpoint/fcc_files.h"
 #include "sgn/job/same_file.h"
 #include "sgn/result/sgn_file.h"
+#include "sgn/set/input_numbers.h"
 #include "sgn/set/set_moments.h"
 #include "sgn_derive/csv.h"
 #include "sgn_derive/html.h"
@@ -40,7 +41,9 @@ int status_of(bool fine) {
 
 sgn::report report_on(const sgn_derive::options& options) {
     tools::progress progress(STDERR_FILENO, options.files.size() + 1);
-    const sgn::result_file reference{options.reference, sgn::read_sgn_file(options.reference)};
+    sgn::result_file reference{options.reference, sgn::read_sgn_file(options.reference)};
+    reference.input_numbers =
+        sgn::input_numbers_beside(reference.name, reference.contents.x.size());
     std::vector<sgn::result_file> files;
     for (const std::string& name : options.files) {
         progress.at(files.size() + 1, "reading");
@@ -60,7 +63,7 @@ double energy_of(const sgn_derive::options& options, const sgn::report& report) 
     if (options.fchk_template) {
         return sgn::energy_of_checkpoint(*options.fchk_template, report.set);
     }
-    const std::string beside = sgn::checkpoint_beside(options.reference);
+    const std::string beside = sgn::file_beside(options.reference, ".fchk");
     if (std::error_code ignored; !std::filesystem::exists(beside, ignored)) {
         throw flib::run_error(
             "--fcc takes the energy from the reference's checkpoint: there is no " +

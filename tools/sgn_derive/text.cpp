@@ -12,6 +12,7 @@
 #include "flib/util/sum_formula.h"
 #include "flib/util/units.h"
 #include "sgn/set/geometry.h"
+#include "sgn/set/input_numbers.h"
 
 namespace sgn_derive {
 namespace {
@@ -92,7 +93,7 @@ std::string excitation_text(const sgn::report& of, const tools::terminal& on) {
 }
 
 std::string coordinate_text(const sgn::report& of, std::size_t c) {
-    return flib::integer_field(static_cast<std::int64_t>(c / 3) + 1, 5) + " " +
+    return flib::integer_field(number_of(of.set.atoms[c / 3], c / 3), 5) + " " +
            left(flib::printable(of.set.atoms[c / 3].symbol), 3) + axis_names[c % 3];
 }
 
@@ -114,7 +115,9 @@ std::string dipole_text(const sgn::report& of, const tools::terminal& on, bool b
     for (std::size_t c = 0; c < d.dipole.rows; ++c) {
         text += coordinate_text(of, c);
         for (const double value : d.dipole.row(c)) text += number(value / unit, 11, 4);
-        text += number(d.dipole_uncertainty[c] / unit, 8, 4) + '\n';
+        text += number(d.dipole_uncertainty[c] / unit, 8, 4);
+        if (c % 3 == 0) text += place_text(of.set.atoms[c / 3], c / 3);
+        text += '\n';
     }
     text += "   dipole ";
     for (const double value : dipole) text += number(value, 11, 4);
@@ -227,7 +230,8 @@ std::string rules_text(const sum_rules& dipole, const sum_rules& forces,
            rule_line("dipole", dipole, on) + rule_line("forces", forces, on);
 }
 
-std::string residues_text(const sum_rules& rules, std::string_view of_what) {
+std::string residues_text(const sum_rules& rules, std::string_view of_what,
+                          std::span<const sgn::atom> atoms) {
     if (!rules.judged || rules.satisfied) return {};
     struct residue {
         const char* motion;
@@ -260,7 +264,9 @@ std::string residues_text(const sum_rules& rules, std::string_view of_what) {
         const residue& each = all[i];
         std::string component(1, axis_names[each.component % 3]);
         if (rules.translation.columns > 3) {
-            component += " of atom " + std::to_string(each.component / 3 + 1);
+            const std::size_t atom = each.component / 3;
+            component += " of atom " + (atom < atoms.size() ? name_of(atoms[atom], atom)
+                                                            : std::to_string(atom + 1));
         }
         text +=
             "   " +
@@ -276,8 +282,8 @@ std::string text_of(const sgn::report& of, const tools::terminal& on, bool by_an
                        dipole_text(of, on, by_angstrom) +
                        rules_text(of.dipole_rules, of.force_rules, on);
     if (of.suspects.flips.empty()) text += residues_text(of.dipole_rules, "dipole");
-    text +=
-        residues_text(of.force_rules, "forces") + modes_text(of, on) + findings_text(of, on) + '\n';
+    text += residues_text(of.force_rules, "forces", of.set.atoms) + modes_text(of, on) +
+            findings_text(of, on) + '\n';
     const std::string verdict = verdict_of(of);
     for (const std::string& line :
          on.width ? tools::wrapped(verdict, *on.width) : std::vector{verdict}) {

@@ -1,6 +1,7 @@
 // A report for people.
 #pragma once
 
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,8 +25,9 @@ std::string text_of(const sgn::report& of, const tools::terminal& on, bool by_an
 std::string rules_text(const sgn::sum_rules& dipole, const sgn::sum_rules& forces,
                        const tools::terminal& on);
 
-/// The largest residues of rules that fail, a line each.
-std::string residues_text(const sgn::sum_rules& rules, std::string_view of_what);
+/// The largest residues of rules that fail, a line each. `atoms` have names for those of forces.
+std::string residues_text(const sgn::sum_rules& rules, std::string_view of_what,
+                          std::span<const sgn::atom> atoms = {});
 
 /// The sum rules of a checkpoint's derivatives and the verdict.
 std::string text_of(const sgn::judgement& of, const std::string& file, const tools::terminal& on);

@@ -11,6 +11,7 @@
 #include "sgn/set/decimals.h"
 #include "sgn/set/detail/linear_algebra.h"
 #include "sgn/set/detail/shape.h"
+#include "sgn/set/input_numbers.h"
 
 namespace sgn {
 namespace {
@@ -293,8 +294,7 @@ std::string text_of(const std::vector<coordinate>& coordinates, const std::vecto
         }
         const auto [atom, axis] = coordinates[i];
         if (i == 0 || coordinates[i - 1].atom != atom) {
-            text += (i == 0 ? "" : "; ") + std::to_string(atom + 1) + " " +
-                    flib::printable(atoms[atom].symbol) + " ";
+            text += (i == 0 ? "" : "; ") + name_of(atoms[atom], atom) + " ";
         } else {
             text += ", ";
         }

@@ -145,6 +145,7 @@ displaced_set make_set(const result_file& reference, std::span<const result_file
     for (std::size_t i = 0; i < contents.x.size(); ++i) {
         set.atoms.push_back({std::string(contents.symbol[i].trimmed()), contents.nat[i],
                              contents.mass[i], contents.x[i]});
+        if (i < reference.input_numbers.size()) set.atoms[i].input = reference.input_numbers[i];
     }
     set.basis_functions = contents.parameters.nmo;
     set.jobs.push_back(make_job(reference, reference));

@@ -32,6 +32,8 @@ struct full_digits {
 struct result_file {
     std::string name;
     sgn_contents contents;
+    /// Of a reference, the numbers of its atoms in the input of the job; empty: their places.
+    std::vector<std::int32_t> input_numbers{};
     std::optional<full_digits> full{};
 };
 
@@ -40,6 +42,7 @@ struct atom {
     std::int32_t number = 0;  ///< atomic number
     double mass = 0;          ///< u
     vec3 x{};                 ///< Angstrom
+    std::int32_t input = 0;   ///< its number in the input of the job; 0: its place in the set
 };
 
 /// What a file is to the set. Displacements are found in the geometries, not in the names.

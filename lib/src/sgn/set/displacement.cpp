@@ -35,10 +35,13 @@ bool match(const displacement& a, const displacement& b, double direction) {
 }  // namespace
 
 std::string displacement::text(std::string_view symbol) const {
+    return text_with(std::to_string(farthest + 1) + " " + flib::printable(symbol));
+}
+
+std::string displacement::text_with(const std::string& name) const {
     if (moved == 0) return "none";
-    return (moved > 1 ? std::to_string(moved) + " atoms, " : "") + std::to_string(farthest + 1) +
-           " " + flib::printable(symbol) + " " + direction_of(shift[farthest]) + " " +
-           flib::decimal(distance, 4);
+    return (moved > 1 ? std::to_string(moved) + " atoms, " : "") + name + " " +
+           direction_of(shift[farthest]) + " " + flib::decimal(distance, 4);
 }
 
 displacement displacement_of(std::span<const vec3> x, std::span<const vec3> reference) {

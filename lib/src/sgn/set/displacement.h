@@ -20,6 +20,8 @@ struct displacement {
     /// "none", "1 O +x 0.0100", or "3 atoms, 2 H +y 0.0100" with the farthest, whose `symbol` it
     /// is.
     std::string text(std::string_view symbol) const;
+    /// The same with another name for that atom: "4 O (2 of the high layer) +x 0.0100".
+    std::string text_with(const std::string& name) const;
 };
 
 /// Of `x` against `reference` (Angstrom). Throws flib::run_error unless they are as many.

@@ -69,7 +69,7 @@ std::optional<flib::state_moments> moments_in(const std::string& checkpoint) {
 
 /// The moments of a job. Throws flib::ending where they are not to be had.
 job_moments moments_of(const displaced_job& of, int decimals) {
-    const std::string checkpoint = checkpoint_beside(of.name);
+    const std::string checkpoint = file_beside(of.name, ".fchk");
     if (!is_file(checkpoint)) {
         throw flib::io_error(checkpoint, 0, "is not there beside " + flib::printable(of.name));
     }
@@ -94,8 +94,7 @@ job_moments moments_of(const displaced_job& of, int decimals) {
 
 }  // namespace
 
-std::string checkpoint_beside(const std::string& name) {
-    constexpr const char* suffix = ".fchk";
+std::string file_beside(const std::string& name, const std::string& suffix) {
     const std::size_t dot = name.ends_with(".sgn") ? name.size() - 4 : name.size();
     const std::string of_job = name.substr(0, dot);
     const std::string of_state = without_state(of_job) + suffix;

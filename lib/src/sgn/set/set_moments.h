@@ -29,9 +29,9 @@ struct set_moments {
     bool of_all() const { return why_not.empty() && !jobs.empty(); }
 };
 
-/// The name of the checkpoint of the job that the result file `name` is of: NAME.fchk beside
-/// NAME.sgn or, where there is none, beside NAME_sK.sgn.
-std::string checkpoint_beside(const std::string& name);
+/// The name of a file of the job that the result file `name` is of, its checkpoint (".fchk") or
+/// log: NAME.fchk beside NAME.sgn or, where there is none, beside NAME_sK.sgn.
+std::string file_beside(const std::string& name, const std::string& suffix);
 
 /// Reads them. Whatever is missing, damaged or of another run is told by `why_not`.
 set_moments read_set_moments(const displaced_set& set);

@@ -1,0 +1,102 @@
+// Atoms of an ONIOM job are told by their numbers in the input.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "sets.h"
+#include "sgn/check/report.h"
+#include "sgn/set/input_numbers.h"
+#include "sgn/set/set_moments.h"
+#include "sgn_derive/csv.h"
+#include "sgn_derive/json.h"
+#include "sgn_derive/text.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+using numbers = std::vector<std::int32_t>;
+
+/// Copies of the job whose high layer are atoms 2, 4 and 5 of six.
+class Oniom : public testing::Test {
+  protected:
+    Oniom() {
+        for (const char* const suffix : {".sgn", ".log", ".fchk"}) {
+            fs::copy_file(support::data_file(std::string("oniom/h2o_oniom_ref") + suffix),
+                          path(std::string("ref") + suffix));
+        }
+        scratch_.file("other.sgn",
+                      support::replaced(support::contents_of(path("ref.sgn")),
+                                        "0.000000    0.118000", "0.000000    0.128000"));
+    }
+    std::string path(const std::string& name) const { return scratch_.path() / name; }
+    support::outcome run(const std::string& tool, std::vector<std::string> options) const {
+        options.insert(options.end(), {"ref.sgn", "other.sgn"});
+        return support::run({tool, options, scratch_.path()});
+    }
+
+    support::scratch_directory scratch_;
+};
+
+TEST_F(Oniom, NumbersAreThoseOfTheLogOrTheCheckpoint) {
+    EXPECT_EQ(sgn::input_numbers_beside(path("ref.sgn"), 3), (numbers{2, 4, 5}));
+    EXPECT_EQ(sgn::input_numbers_beside(path("ref_s2.sgn"), 3), (numbers{2, 4, 5}));
+    EXPECT_EQ(sgn::input_numbers_beside(path("ref.sgn"), 2), numbers{});
+    // This checkpoint tells no layers.
+    fs::remove(path("ref.log"));
+    EXPECT_EQ(sgn::input_numbers_beside(path("ref.sgn"), 3), numbers{});
+    const std::string checkpoint = support::contents_of(path("ref.fchk"));
+    const auto with_layers = [&](const std::string& layers) {
+        support::write_file(path("ref.fchk"),
+                            checkpoint +
+                                "Atom Layers                                I   N=           6\n" +
+                                layers + "\n");
+        return sgn::input_numbers_beside(path("ref.sgn"), 3);
+    };
+    EXPECT_EQ(with_layers(" 2 1 2 1 1 2"), (numbers{2, 4, 5}));
+    // Their places say as much.
+    EXPECT_EQ(with_layers(" 1 1 1 2 2 2"), numbers{});
+    EXPECT_EQ(sgn::input_numbers_beside(path("none.sgn"), 3), numbers{});
+}
+
+TEST_F(Oniom, ToolsTellThem) {
+    EXPECT_THAT(run("sgn_check", {"--no-pairs"}).output,
+                HasSubstr("4 O (2 of the high layer) +z 0.0100"));
+    const auto moved = nlohmann::json::parse(run("sgn_check", {"--json"}).output)
+                           .at("files")
+                           .at(0)
+                           .at("displacement");
+    EXPECT_EQ(moved.at("atom"), 2);
+    EXPECT_EQ(moved.at("input"), 4);
+    EXPECT_EQ(
+        run("sgn_derive", {}).errors,
+        "sgn_derive: ref.sgn: coordinates are missing: no file displaces 2 H (1 of the high "
+        "layer) x, y, z; 4 O (2 of the high layer) x, y; 5 H (3 of the high layer) x, y, z (8 "
+        "of 9 directions)\n");
+    fs::remove(path("ref.log"));
+    EXPECT_THAT(run("sgn_check", {"--no-pairs"}).output, HasSubstr(" 2 O +z 0.0100"));
+}
+
+TEST_F(Oniom, ReportsTellThem) {
+    auto reference = sets::water().reference;
+    reference.input_numbers = {2, 4, 5};
+    const sgn::report of = sgn::analyse(reference, sets::water().files);
+    const std::string shown = sgn_derive::text_of(of, tools::terminal{});
+    EXPECT_THAT(shown,
+                HasSubstr("\n    2 O  x     0.0000     0.0000     0.4816  0.0011 (1 of the high "
+                          "layer)\n    2 O  y     0.0000     0.0000     0.0000  0.0011\n"));
+    EXPECT_THAT(shown, HasSubstr("\n    5 H  z    -0.1667"));
+    const auto atoms = nlohmann::json::parse(sgn_derive::json_of(of)).at("atoms");
+    EXPECT_EQ(atoms.at(1).at("place"), 2);
+    EXPECT_EQ(atoms.at(1).at("input"), 4);
+    EXPECT_THAT(sgn_derive::derivatives_csv(of), HasSubstr("\n2,4,H,x,"));
+    sgn::sum_rules failed = of.force_rules;
+    failed.satisfied = false;
+    failed.translation(1, 5) = 9;
+    EXPECT_THAT(sgn_derive::residues_text(failed, "forces", of.set.atoms),
+                HasSubstr("component z of atom 4 H (2 of the high layer)"));
+    EXPECT_THAT(sgn_derive::residues_text(failed, "forces"), HasSubstr("component z of atom 2 "));
+}
+
+}  // namespace
