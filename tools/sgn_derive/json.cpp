@@ -12,22 +12,6 @@ using sgn::role;
 using tools::json_of;
 using tools::json_value;
 
-std::string_view role_name(role of) {
-    switch (of) {
-        case role::reference:
-            return "reference";
-        case role::paired:
-            return "paired";
-        case role::one_sided:
-            return "one_sided";
-        case role::undisplaced:
-            return "undisplaced";
-        case role::repeated:
-            return "repeated";
-    }
-    return {};
-}
-
 json_value findings_of(const sgn::report& of, std::size_t job) {
     json_value result = json_value::array();
     for (const sgn::finding& each : of.findings) {
@@ -40,7 +24,7 @@ json_value findings_of(const sgn::report& of, std::size_t job) {
 json_value file_of(const sgn::report& of, std::size_t at) {
     const sgn::job& job = of.set.jobs[at];
     json_value result{{"file", job.name},
-                      {"role", role_name(job.is)},
+                      {"role", name_of(job.is)},
                       {"sign", job.sign},
                       {"dipole", job.dipole},
                       {"step", job.moved.distance}};

@@ -13,11 +13,12 @@
 #include "common/program.h"
 #include "common/progress.h"
 #include "common/same_file.h"
+#include "common/version.h"
+#include "page/html.h"
 #include "sgn/check/judge.h"
 #include "sgn/check/report.h"
 #include "sgn/checkpoint/checkpoint.h"
 #include "sgn/result/sgn_file.h"
-#include "sgn_derive/html.h"
 #include "sgn_derive/json.h"
 #include "sgn_derive/molden.h"
 #include "sgn_derive/options.h"
@@ -69,7 +70,11 @@ int run(std::span<const std::string_view> arguments) {
                                                 : checkpoint_of(report.set, report.derivatives));
     }
     if (options.molden) results.emplace_back(*options.molden, sgn_derive::molden_of(report));
-    if (options.html) results.emplace_back(*options.html, sgn_derive::html_of(report));
+    if (options.html) {
+        results.emplace_back(
+            *options.html,
+            page::html_of(report, std::string(tool) + " " + std::string(tools::version())));
+    }
     bool streamed = false;
     for (const auto& [name, contents] : results) {
         tools::write_result(name, contents);

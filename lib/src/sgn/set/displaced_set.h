@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "sgn/result/sgn_file.h"
@@ -33,6 +34,9 @@ enum class role {
     undisplaced,  ///< the geometry of the reference once more: takes no part
     repeated      ///< the geometry of an earlier file once more: takes no part
 };
+
+/// For other programs: "one_sided".
+std::string_view name_of(role of);
 
 struct job {
     std::string name;
