@@ -50,8 +50,8 @@ std::string everything_after(const std::string& drawing, const std::string& kind
     return text;
 }
 
-sgn::job job_of(const std::string& name, std::int32_t sign, const sgn::vec3& dipole) {
-    sgn::job made;
+sgn::displaced_job job_of(const std::string& name, std::int32_t sign, const sgn::vec3& dipole) {
+    sgn::displaced_job made;
     made.name = name;
     made.sign = sign;
     made.dipole = dipole;

@@ -29,7 +29,7 @@ json_value told(const displaced_set& set) {
     for (const atom& each : set.atoms) {
         result["atoms"].push_back(json_value::array({each.symbol, each.number, each.mass, each.x}));
     }
-    for (const job& each : set.jobs) {
+    for (const displaced_job& each : set.jobs) {
         const auto at = json_value::array({each.name, name_of(each.is), set.jobs[each.other].name,
                                            each.sign, each.moved.distance});
         result["jobs"].push_back({{"is", at},

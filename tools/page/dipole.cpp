@@ -12,7 +12,7 @@ namespace page {
 namespace {
 
 using flib::decimal;
-using sgn::job;
+using sgn::displaced_job;
 using svg::point;
 
 constexpr double width = 1000;
@@ -30,7 +30,7 @@ std::string stem_of(const std::string& name) {
 }
 
 /// As printed, before the sign was put right.
-double printed(const job& of, std::size_t k) {
+double printed(const displaced_job& of, std::size_t k) {
     return of.sign < 0 ? -of.dipole[k] : of.dipole[k];
 }
 
@@ -49,7 +49,7 @@ std::string panel_of(const sgn::report& of, std::size_t k, double from) {
     const auto& jobs = of.set.jobs;
     const int digits = std::clamp(of.set.dipole_decimals, 1, 8);
     const auto [low, high] =
-        std::ranges::minmax(jobs, {}, [k](const job& each) { return each.dipole[k]; });
+        std::ranges::minmax(jobs, {}, [k](const displaced_job& each) { return each.dipole[k]; });
     // Printed values may have the other sign; rounding is not to look like something.
     const double highest = std::max({10 * std::pow(10, -of.set.dipole_decimals),
                                      std::abs(low.dipole[k]), std::abs(high.dipole[k])});
@@ -78,7 +78,7 @@ std::string panel_of(const sgn::report& of, std::size_t k, double from) {
     std::string marks_after;
     std::string jumps;
     for (std::size_t i = 0; i < jobs.size(); ++i) {
-        const job& each = jobs[i];
+        const displaced_job& each = jobs[i];
         const double x = place_of(i, jobs.size());
         const std::string hint = flib::printable(each.name) + ": printed " +
                                  decimal(printed(each, k), digits) + ", corrected " +
@@ -102,7 +102,7 @@ std::string panel_of(const sgn::report& of, std::size_t k, double from) {
 
 std::vector<std::string> short_names(const sgn::displaced_set& set) {
     std::vector<std::string> names;
-    for (const job& each : set.jobs) names.push_back(stem_of(each.name));
+    for (const displaced_job& each : set.jobs) names.push_back(stem_of(each.name));
     // What all displaced jobs begin with, cut between words only.
     const std::string first = names.back();
     std::size_t shared = first.size();

@@ -84,8 +84,8 @@ std::string chi2_text(const sum_rules& rules) {
 }
 
 std::size_t put_right(const sgn::report& of) {
-    return static_cast<std::size_t>(
-        std::ranges::count_if(of.set.jobs, [](const sgn::job& each) { return each.sign < 0; }));
+    return static_cast<std::size_t>(std::ranges::count_if(
+        of.set.jobs, [](const sgn::displaced_job& each) { return each.sign < 0; }));
 }
 
 /// The verdict of the whole set, and all that speaks against it.
@@ -273,7 +273,7 @@ std::string modes_part(const sgn::report& of) {
                    of.modes.size() > many ? "long" : "");
 }
 
-cell sign_cell(const sgn::job& of) {
+cell sign_cell(const sgn::displaced_job& of) {
     if (of.sign == 0) return {"not told", "kept doubtful"};
     return of.sign < 0 ? cell{"put right", "kept turned"} : cell{"as printed", "kept"};
 }
@@ -281,7 +281,7 @@ cell sign_cell(const sgn::job& of) {
 std::string files_part(const sgn::report& of) {
     std::string rows;
     for (std::size_t i = 0; i < of.set.jobs.size(); ++i) {
-        const sgn::job& each = of.set.jobs[i];
+        const sgn::displaced_job& each = of.set.jobs[i];
         std::string doubts;
         for (const sgn::finding& found : of.findings) {
             if (found.job == i) doubts += (doubts.empty() ? "" : "; ") + found.text;

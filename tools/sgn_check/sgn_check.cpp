@@ -8,9 +8,9 @@
 #include <vector>
 
 #include "common/program.h"
-#include "common/same_file.h"
 #include "flib/io/stop_run.h"
 #include "sgn/check/check.h"
+#include "sgn/job/same_file.h"
 #include "sgn/result/sgn_file.h"
 #include "sgn_check/options.h"
 #include "sgn_check/report.h"
@@ -43,7 +43,7 @@ int run(std::span<const std::string_view> arguments) {
     bool others = false;
     for (const std::string& name : options.files) {
         // A pattern like *.sgn stands for the reference too.
-        if (tools::is_same_file(name, options.reference)) continue;
+        if (sgn::is_same_file(name, options.reference)) continue;
         others = true;
         read_file(name, files, unreadable);
     }

@@ -23,7 +23,7 @@ std::vector<sgn::finding> findings_of(const sgn::report& of, std::size_t job) {
 }
 
 json_value file_of(const sgn::report& of, std::size_t at) {
-    const sgn::job& job = of.set.jobs[at];
+    const sgn::displaced_job& job = of.set.jobs[at];
     json_value result{{"file", job.name},
                       {"role", name_of(job.is)},
                       {"sign", job.sign},
@@ -75,7 +75,7 @@ std::string json_of(const sgn::report& of) {
     for (const sgn::normal_mode& each : of.modes) modes.push_back(mode_of(each));
 
     std::vector<std::string> names;
-    for (const sgn::job& each : set.jobs) names.push_back(each.name);
+    for (const sgn::displaced_job& each : set.jobs) names.push_back(each.name);
     json_value forces_rules = json_of(of.force_rules);
     forces_rules["suspects"] = json_value::array();
     result["sum_rules"] = {{"dipole", json_of(of.dipole_rules, of.suspects, names)},

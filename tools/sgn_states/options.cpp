@@ -34,22 +34,23 @@ options parse_options(std::span<const std::string_view> arguments) {
                  "Status: 0 all states the same and clear, 1 something deserves doubt, 2 a "
                  "job cannot\nbe read.\n"});
     constexpr const char* doubt = "Where doubt begins";
-    tools::add_number(app, "--mixed-below", result.limits.mixed_below, 0,
+    tools::add_number(app, "--mixed-below", result.follow.limits.mixed_below, 0,
                       "smallest squared overlap of a clear state")
         .group(doubt);
-    tools::add_number(app, "--lost-below", result.limits.lost_below, 0,
+    tools::add_number(app, "--lost-below", result.follow.limits.lost_below, 0,
                       "smallest squared overlap of a state that is not lost")
         .group(doubt);
     tools::add_value(
         app, "--states", "LIST",
         [&](const std::string& list) { result.states = tools::parse_ranges("--states", list); },
         "states of the reference, such as 1-3,5 (all)");
-    tools::add_switch(app, "--write", result.write,
+    tools::add_switch(app, "--write", result.follow.write,
                       "write the result file NAME_sK.sgn of every state K and job");
     tools::add_file(app, "--json", result.json, "write JSON, to standard output if FILE is -");
     tools::add_switch(app, "--csv", result.csv, "write CSV instead of the table");
     tools::add_value(
-        app, "-j,--jobs", "N", [&](const std::string& text) { result.workers = workers_of(text); },
+        app, "-j,--jobs", "N",
+        [&](const std::string& text) { result.follow.workers = workers_of(text); },
         "jobs at a time (1)");
 
     tools::parsed_line line = tools::parse_line(app, arguments);

@@ -6,13 +6,36 @@
 
 #include "common/output_file.h"
 #include "common/program.h"
+#include "common/progress.h"
 #include "common/terminal.h"
+#include "flib/io/stop_run.h"
+#include "flib/text/fixed_text.h"
+#include "sgn/states/follow_jobs.h"
 #include "sgn_states/options.h"
-#include "sgn_states/progress.h"
 #include "sgn_states/report.h"
-#include "sgn_states/run.h"
 
 namespace {
+
+std::vector<std::int32_t> wanted_states(const sgn_states::options& how, const sgn::job& reference) {
+    const std::int32_t known = reference.states;
+    if (how.states.empty()) return tools::numbers_in({{1, known}}, known);
+    if (const std::int32_t state = tools::largest_in(how.states); state > known) {
+        throw flib::run_error("--states: there is no state " + std::to_string(state) + ", " +
+                              flib::printable(reference.files.checkpoint) + " has " +
+                              std::to_string(known));
+    }
+    return tools::numbers_in(how.states, known);
+}
+
+sgn_states::set_result follow_all(const sgn_states::options& how) {
+    sgn::job reference = sgn::read_job(how.reference);
+    const std::vector<std::int32_t> wanted = wanted_states(how, reference);
+    sgn_states::set_result result{.reference = prepare(std::move(reference), wanted)};
+    tools::progress progress(STDERR_FILENO, how.jobs.size());
+    const auto tell = [&](std::size_t done, std::size_t) { progress.at(done, "jobs done:"); };
+    result.jobs = follow_jobs(result.reference, how.jobs, how.follow, tell);
+    return result;
+}
 
 int follow_states(std::span<const std::string_view> arguments) {
     const sgn_states::options how = sgn_states::parse_options(arguments);
@@ -20,8 +43,8 @@ int follow_states(std::span<const std::string_view> arguments) {
         tools::show(*how.shown);
         return tools::exit_status::fine;
     }
-    const sgn_states::set_result result = sgn_states::run(how, sgn_states::progress_line());
-    for (const sgn_states::job_result& each : result.jobs) {
+    const sgn_states::set_result result = follow_all(how);
+    for (const sgn::job_result& each : result.jobs) {
         if (each.failure) tools::complain("sgn_states", each.reason());
     }
     if (how.csv) {

@@ -38,7 +38,7 @@ enum class role {
 /// For other programs: "one_sided".
 std::string_view name_of(role of);
 
-struct job {
+struct displaced_job {
     std::string name;
     role is = role::one_sided;
     std::size_t other = 0;  ///< paired: the partner; repeated: the earlier file (place in `jobs`)
@@ -55,8 +55,8 @@ struct misfit {
 };
 
 struct displaced_set {
-    std::vector<atom> atoms;  ///< at the reference geometry
-    std::vector<job> jobs;    ///< the reference first, then the files in their order
+    std::vector<atom> atoms;          ///< at the reference geometry
+    std::vector<displaced_job> jobs;  ///< the reference first, then the files in their order
     std::int32_t basis_functions = 0;
     std::size_t pairs = 0;
     std::size_t one_sided = 0;
