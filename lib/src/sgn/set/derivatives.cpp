@@ -1,12 +1,12 @@
 #include "sgn/set/derivatives.h"
 
-#include <Eigen/QR>
 #include <algorithm>
 #include <cmath>
 #include <numbers>
 
 #include "flib/io/stop_run.h"
 #include "sgn/set/decimals.h"
+#include "sgn/set/detail/decompositions.h"
 #include "sgn/set/detail/linear_algebra.h"
 
 namespace sgn {
@@ -60,11 +60,7 @@ Eigen::MatrixXd parts_of(const std::vector<equation>& equations, std::size_t job
 }
 
 /// The coordinates with a part in the space that the displacements leave open.
-std::vector<coordinate> missing_coordinates(
-    const Eigen::CompleteOrthogonalDecomposition<Eigen::MatrixXd>& solver) {
-    const Eigen::MatrixXd z = solver.matrixZ();
-    const Eigen::MatrixXd spanned =
-        (z.topRows(solver.rank()) * solver.colsPermutation().transpose()).transpose();
+std::vector<coordinate> missing_coordinates(const Eigen::MatrixXd& spanned) {
     constexpr double some = 1e-3;
     std::vector<coordinate> missing;
     for (Eigen::Index c = 0; c < spanned.rows(); ++c) {
@@ -79,14 +75,12 @@ std::vector<coordinate> missing_coordinates(
 derivatives differentiate(const displaced_set& set) {
     const std::size_t atoms = set.atoms.size();
     const std::vector<equation> equations = equations_of(set);
-    Eigen::CompleteOrthogonalDecomposition<Eigen::MatrixXd> solver;
     // Coordinates have six decimals: what is a thousandth of a step has no direction.
-    solver.setThreshold(1e-3);
-    solver.compute(displacements_of(equations, atoms));
+    const orthogonal_decomposition solver(displacements_of(equations, atoms), 1e-3);
     derivatives result;
     result.open_directions = 3 * atoms - static_cast<std::size_t>(solver.rank());
     if (result.open_directions > 0) {
-        result.missing = missing_coordinates(solver);
+        result.missing = missing_coordinates(solver.spanned());
         return result;
     }
     const Eigen::MatrixXd weights = solver.solve(parts_of(equations, set.jobs.size()));

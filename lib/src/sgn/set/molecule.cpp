@@ -1,12 +1,12 @@
 #include "sgn/set/molecule.h"
 
-#include <Eigen/Eigenvalues>
 #include <Eigen/Geometry>
 #include <algorithm>
 #include <vector>
 
 #include "flib/io/stop_run.h"
 #include "flib/util/sum_formula.h"
+#include "sgn/set/detail/decompositions.h"
 
 namespace sgn {
 namespace {
@@ -55,10 +55,10 @@ std::array<vec3, 3> principal_axes(std::span<const atom> atoms) {
         const Vector3d x = Vector3d(each.x[0], each.x[1], each.x[2]) - centre;
         spread += x * x.transpose();
     }
-    const Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d> solver(spread);
+    const Eigen::Matrix3d vectors = spread_axes_of(spread).vectors;
     Eigen::Matrix3d axes;
-    axes.col(0) = solver.eigenvectors().col(2);
-    axes.col(1) = solver.eigenvectors().col(1);
+    axes.col(0) = vectors.col(2);
+    axes.col(1) = vectors.col(1);
     for (int i = 0; i < 2; ++i) {  // the same way round whatever the solver does
         Eigen::Index largest = 0;
         axes.col(i).cwiseAbs().maxCoeff(&largest);
