@@ -22,11 +22,13 @@ namespace {
 
 TEST(JsonText, HasRowsOfNumbersOnOneLine) {
     const double none = std::nan("");
-    tools::json_value value;
+    using tools::json_value;
+    json_value value;
     value["z\"\x01\xFF"] = "é\n\t\\\x7F\xC3\x28";
-    value["rows"] = {{1.0, -0.0, none}, {1e-300, 0.1, -std::numeric_limits<double>::infinity()}};
-    value["a"] = {{"empty", tools::json_value::array()}, {"none", nullptr}, {"yes", true}};
-    value["mixed"] = {1, tools::json_value::object(), "b"};
+    value["rows"] = std::vector<std::vector<double>>{
+        {1.0, -0.0, none}, {1e-300, 0.1, -std::numeric_limits<double>::infinity()}};
+    value["a"] = {{"empty", json_value::array()}, {"none", nullptr}, {"yes", true}};
+    value["mixed"] = json_value::array({1, json_value::object(), "b"});
     EXPECT_EQ(tools::json_text(value),
               "{\n"
               "  \"z\\\"\\u0001\xEF\xBF\xBD\": \"é\\n\\t\\\\\x7F\xEF\xBF\xBD(\",\n"

@@ -24,18 +24,17 @@ using tools::json_text;
 using tools::json_value;
 
 json_value told(const displaced_set& set) {
-    constexpr std::array roles{"reference", "paired", "one_sided", "undisplaced", "repeated"};
     json_value result{{"basis_functions", set.basis_functions},
-                      {"counts", {set.pairs, set.one_sided}},
-                      {"steps", {set.smallest_step, set.largest_step}},
-                      {"decimals", {set.dipole_decimals, set.force_decimals}},
+                      {"counts", std::array{set.pairs, set.one_sided}},
+                      {"steps", std::array{set.smallest_step, set.largest_step}},
+                      {"decimals", std::array{set.dipole_decimals, set.force_decimals}},
                       {"has_forces", set.has_forces}};
     for (const atom& each : set.atoms) {
-        result["atoms"].push_back({each.symbol, each.number, each.mass, each.x});
+        result["atoms"].push_back(json_value::array({each.symbol, each.number, each.mass, each.x}));
     }
     for (const displaced_job& each : set.jobs) {
-        const json_value at{each.name, roles.at(static_cast<std::size_t>(each.is)),
-                            set.jobs[each.other].name, each.sign, each.moved.distance};
+        const auto at = json_value::array({each.name, name_of(each.is), set.jobs[each.other].name,
+                                           each.sign, each.moved.distance});
         result["jobs"].push_back({{"is", at},
                                   {"shift", each.moved.shift},
                                   {"dipole", each.dipole},
@@ -73,11 +72,11 @@ json_value outcome(const displaced_set& set) {
     result["asymmetry"] = largest_asymmetry(made.forces);
     for (const auto& mode :
          normal_modes(set.atoms, constants, made.dipole, set.jobs.front().dipole)) {
-        result["wavenumbers"].push_back({mode.wavenumber, mode.reduced_mass});
+        result["wavenumbers"].push_back(std::array{mode.wavenumber, mode.reduced_mass});
         // Which two of the equal bends of a line come out is open.
         if (set.atoms.size() < 4) continue;
-        result["modes"].push_back(
-            {mode.displacement, mode.dipole_derivative, mode.dipole_derivative_q, mode.borrowed});
+        result["modes"].push_back(json_value::array(
+            {mode.displacement, mode.dipole_derivative, mode.dipole_derivative_q, mode.borrowed}));
     }
     return result;
 }
@@ -178,8 +177,9 @@ TEST(Set, IsComputedAsAWhole) {
 
 TEST(Set, NamesCoordinatesThatAreMissing) {
     const auto missing = [](const std::vector<result_file>& files) {
-        const auto told = outcome(make_set(model::reference(model::dark), files));
-        return told["open"].dump() + ": " + told["missing"].get<std::string>();
+        const displaced_set set = make_set(model::reference(model::dark), files);
+        const derivatives made = differentiate(set);
+        return std::to_string(made.open_directions) + ": " + text_of(made.missing, set.atoms);
     };
     auto files = model::displaced(model::dark);
     files.erase(files.begin() + 20, files.begin() + 26);

@@ -6,10 +6,11 @@
 #include <sstream>
 
 #include "common/csv.h"
+#include "common/version.h"
+#include "page/html.h"
 #include "sets.h"
 #include "sgn/checkpoint/checkpoint.h"
 #include "sgn/checkpoint/detail/checkpoint_sections.h"
-#include "sgn_derive/html.h"
 #include "sgn_derive/json.h"
 #include "sgn_derive/molden.h"
 
@@ -57,10 +58,11 @@ class SgnDerive : public testing::Test {
 TEST_F(SgnDerive, WritesAllThatIsAskedFor) {
     fs::remove(path("h2o_ref.fchk"));
     const auto report = sgn::analyse(sets::water().reference, sets::water().files);
-    const std::map<std::string, std::string> expected{{"--json", sgn_derive::json_of(report)},
-                                                      {"--fchk", fixture("water.fchk")},
-                                                      {"--molden", sgn_derive::molden_of(report)},
-                                                      {"--html", sgn_derive::html_of(report)}};
+    const std::map<std::string, std::string> expected{
+        {"--json", sgn_derive::json_of(report)},
+        {"--fchk", fixture("water.fchk")},
+        {"--molden", sgn_derive::molden_of(report)},
+        {"--html", page::html_of(report, "sgn_derive " + std::string(tools::version()))}};
     words options;
     for (const auto& [option, contents] : expected) {
         options.push_back(option + "=result" + option);

@@ -1,50 +1,79 @@
 #include "common/json_text.h"
 
 #include <algorithm>
-#include <cstddef>
+#include <nlohmann/json.hpp>
 
 namespace tools {
 namespace {
-
-std::string scalar_text(const json_value& value) {
-    return value.dump(-1, ' ', false, json_value::error_handler_t::replace);
-}
-
-bool is_row(const json_value& value) {
-    return value.is_array() && std::none_of(value.begin(), value.end(), [](const json_value& each) {
-               return each.is_structured();
-           });
-}
 
 void new_line(std::string& text, std::size_t depth) {
     text += '\n';
     text.append(2 * depth, ' ');
 }
 
-void append(std::string& text, const json_value& value, std::size_t depth) {
-    if (!value.is_structured() || value.empty()) {
-        text += scalar_text(value);
-        return;
+}  // namespace
+
+json_value::json_value(std::initializer_list<json_member> list) : is_(members{}) {
+    for (const json_member& each : list) {
+        std::get<members>(is_).emplace_back(each.name, each.value);
     }
-    const bool row = is_row(value);
-    text += value.is_object() ? '{' : '[';
-    bool first = true;
-    for (const auto& [key, element] : value.items()) {
-        if (!first) text += row ? ", " : ",";
-        first = false;
-        if (!row) new_line(text, depth + 1);
-        if (value.is_object()) text += scalar_text(key) + ": ";
-        append(text, element, depth + 1);
-    }
-    if (!row) new_line(text, depth);
-    text += value.is_object() ? '}' : ']';
 }
 
-}  // namespace
+json_value json_value::array(std::initializer_list<json_value> list) {
+    json_value result;
+    result.is_ = elements(list);
+    return result;
+}
+
+void json_value::push_back(json_value element) {
+    if (!std::holds_alternative<elements>(is_)) is_ = elements{};
+    std::get<elements>(is_).push_back(std::move(element));
+}
+
+json_value& json_value::operator[](std::string_view name) {
+    if (!std::holds_alternative<members>(is_)) is_ = members{};
+    auto& all = std::get<members>(is_);
+    const auto found = std::ranges::find(all, name, &members::value_type::first);
+    return found != all.end() ? found->second : all.emplace_back(name, json_value()).second;
+}
+
+std::string json_value::quoted(std::string_view text) {
+    return nlohmann::json(text).dump(-1, ' ', false, nlohmann::json::error_handler_t::replace);
+}
+
+void json_value::append_to(std::string& text, std::size_t depth) const {
+    if (const auto* written = std::get_if<std::string>(&is_)) {
+        text += *written;
+    } else if (const auto* number = std::get_if<double>(&is_)) {
+        text += nlohmann::json(*number).dump();
+    } else if (const auto* array = std::get_if<elements>(&is_)) {
+        const bool row = std::ranges::all_of(
+            *array, [](const json_value& each) { return each.is_.index() < 2; });
+        text += '[';
+        for (const json_value& each : *array) {
+            if (&each != array->data()) text += row ? ", " : ",";
+            if (!row) new_line(text, depth + 1);
+            each.append_to(text, depth + 1);
+        }
+        if (!row) new_line(text, depth);
+        text += ']';
+    } else {
+        const auto& object = std::get<members>(is_);
+        text += '{';
+        for (const auto& each : object) {
+            if (&each != object.data()) text += ',';
+            new_line(text, depth + 1);
+            text += quoted(each.first) + ": ";
+            each.second.append_to(text, depth + 1);
+        }
+        if (!object.empty()) new_line(text, depth);
+        text += '}';
+    }
+}
 
 std::string json_text(const json_value& value) {
     std::string text;
-    append(text, value, 0);
+    value.append_to(text, 0);
     return text + '\n';
 }
 

@@ -33,4 +33,27 @@ json_value json_of(const sgn::sum_rules& rules) {
     return result;
 }
 
+json_value json_of(const sgn::sum_rules& rules, const sgn::suspects& suspects,
+                   std::span<const std::string> names) {
+    std::vector<std::vector<std::string>> guesses;
+    for (const auto& flip : suspects.flips) {
+        auto& guess = guesses.emplace_back();
+        for (const std::size_t job : flip) guess.push_back(names[job]);
+    }
+    const std::span all(guesses);
+    json_value result = json_of(rules);
+    result["suspects"] = all.empty() ? json_value::array() : json_value(all.front());
+    result["alternatives"] = all.empty() ? json_value::array() : json_value(all.subspan(1));
+    result["unsound"] = suspects.unsound;
+    return result;
+}
+
+json_value json_of(std::span<const sgn::finding> findings) {
+    json_value result = json_value::array();
+    for (const sgn::finding& each : findings) {
+        result.push_back({{"doubt", name_of(each.kind)}, {"text", each.text}});
+    }
+    return result;
+}
+
 }  // namespace tools

@@ -21,6 +21,7 @@ namespace {
 
 using tools::csv_real;
 using tools::decimal;
+using tools::json_of;
 using tools::json_value;
 
 /// A number, or a dash if there is none.
@@ -117,16 +118,7 @@ json_value displacement_json(const sgn::verdict& of, const sgn::result_file& ref
     return json;
 }
 
-json_value findings_json(const std::vector<sgn::finding>& of) {
-    json_value json = json_value::array();
-    for (const sgn::finding& each : of) {
-        json.push_back({{"doubt", name_of(each.kind)}, {"text", each.text}});
-    }
-    return json;
-}
-
-json_value verdict_json(const sgn::verdict& of, const sgn::result_file& reference) {
-    const bool is_reference = of.file == &reference;
+json_value verdict_json(const sgn::verdict& of, bool is_reference) {
     const sgn::sgn_contents& contents = of.file->contents;
     json_value json;
     json["file"] = of.file->name;
@@ -144,26 +136,7 @@ json_value verdict_json(const sgn::verdict& of, const sgn::result_file& referenc
         json["asymmetry"] = of.asymmetry;
     }
     json["fine"] = of.fine();
-    json["findings"] = findings_json(of.findings);
-    return json;
-}
-
-/// The names of the files whose signs are to be reversed together.
-json_value names_json(const sgn::assessment& of, const std::vector<std::size_t>& flip) {
-    json_value names = json_value::array();
-    for (const std::size_t i : flip) names.push_back(of.verdicts[i].file->name);
-    return names;
-}
-
-json_value rules_json(const sgn::assessment& of) {
-    json_value json = tools::json_of(of.rules);
-    const auto& flips = of.suspects.flips;
-    json["suspects"] = flips.empty() ? json_value::array() : names_json(of, flips.front());
-    json["alternatives"] = json_value::array();
-    for (std::size_t i = 1; i < flips.size(); ++i) {
-        json["alternatives"].push_back(names_json(of, flips[i]));
-    }
-    json["unsound"] = of.suspects.unsound;
+    json["findings"] = json_of(of.findings);
     return json;
 }
 
@@ -249,8 +222,10 @@ std::string json(const sgn::assessment& of, std::span<const unreadable_file> unr
     for (const unreadable_file& each : unreadable) {
         result["unreadable"].push_back({{"file", each.name}, {"reason", each.reason}});
     }
-    result["findings"] = findings_json(of.findings);
-    result["sum_rules"] = {{"dipole", rules_json(of)}};
+    result["findings"] = json_of(of.findings);
+    std::vector<std::string> names;
+    for (const sgn::verdict& each : of.verdicts) names.push_back(each.file->name);
+    result["sum_rules"] = {{"dipole", json_of(of.rules, of.suspects, names)}};
     result["thresholds"] = {
         {"min_ratio", limits.min_ratio},         {"max_rotation", limits.max_rotation},
         {"max_turn", limits.max_turn},           {"min_dipole", limits.min_dipole},

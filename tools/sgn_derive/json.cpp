@@ -1,6 +1,8 @@
 #include "sgn_derive/json.h"
 
-#include <string_view>
+#include <algorithm>
+#include <iterator>
+#include <vector>
 
 #include "common/json_text.h"
 #include "common/set_json.h"
@@ -13,56 +15,31 @@ using sgn::role;
 using tools::json_of;
 using tools::json_value;
 
-std::string_view role_name(role of) {
-    switch (of) {
-        case role::reference:
-            return "reference";
-        case role::paired:
-            return "paired";
-        case role::one_sided:
-            return "one_sided";
-        case role::undisplaced:
-            return "undisplaced";
-        case role::repeated:
-            return "repeated";
-    }
-    return {};
-}
-
-json_value findings_of(const sgn::report& of, std::size_t job) {
-    json_value result = json_value::array();
-    for (const sgn::finding& each : of.findings) {
-        if (each.job == job)
-            result.push_back({{"doubt", sgn::name_of(each.kind)}, {"text", each.text}});
-    }
+/// Those of a file.
+std::vector<sgn::finding> findings_of(const sgn::report& of, std::size_t job) {
+    std::vector<sgn::finding> result;
+    std::ranges::copy_if(of.findings, std::back_inserter(result),
+                         [job](const sgn::finding& each) { return each.job == job; });
     return result;
 }
 
 json_value file_of(const sgn::report& of, std::size_t at) {
     const sgn::displaced_job& job = of.set.jobs[at];
     json_value result{{"file", job.name},
-                      {"role", role_name(job.is)},
+                      {"role", name_of(job.is)},
                       {"sign", job.sign},
                       {"dipole", job.dipole},
                       {"step", job.moved.distance}};
     const bool has_other = job.is == role::paired || job.is == role::repeated;
     result["other"] = has_other ? json_value(of.set.jobs[job.other].name) : json_value(nullptr);
-    result["findings"] = findings_of(of, at);
-    return result;
-}
-
-json_value names(const std::vector<std::size_t>& jobs, const sgn::report& of) {
-    json_value result = json_value::array();
-    for (const std::size_t i : jobs) result.push_back(of.set.jobs[i].name);
+    result["findings"] = json_of(findings_of(of, at));
     return result;
 }
 
 json_value mode_of(const sgn::normal_mode& mode) {
-    json_value displacement = json_value::array();
-    for (const sgn::vec3& each : mode.displacement) displacement.push_back(each);
     return {{"wavenumber", mode.wavenumber},
             {"reduced_mass", mode.reduced_mass},
-            {"displacement", displacement},
+            {"displacement", mode.displacement},
             {"dipole_derivative", mode.dipole_derivative},
             {"dipole_derivative_q", mode.dipole_derivative_q},
             {"borrowed", mode.borrowed}};
@@ -109,8 +86,7 @@ std::string json_of(const sgn::report& of) {
         uncertainty.push_back(std::vector<double>(3, each));
     }
     result["dipole_step_error"] = of.derivatives.dipole_step_error;
-    json_value& forces = result["forces"] = json_value::array();
-    for (const sgn::vec3& each : set.jobs.front().forces) forces.push_back(each);
+    result["forces"] = set.jobs.front().forces;
     result["force_constants"] = json_of(of.force_constants);
     result["force_constants_asymmetry"] = of.asymmetry;
     result["force_step_error"] = of.derivatives.force_step_error;
@@ -120,15 +96,12 @@ std::string json_of(const sgn::report& of) {
 
     result["excitation"] = excitation_of(of);
 
-    json_value dipole = json_of(of.dipole_rules);
-    const auto& flips = of.suspects.flips;
-    dipole["suspects"] = flips.empty() ? json_value::array() : names(flips.front(), of);
-    json_value& others = dipole["alternatives"] = json_value::array();
-    for (std::size_t i = 1; i < flips.size(); ++i) others.push_back(names(flips[i], of));
-    dipole["unsound"] = of.suspects.unsound;
+    std::vector<std::string> names;
+    for (const sgn::displaced_job& each : set.jobs) names.push_back(each.name);
     json_value forces_rules = json_of(of.force_rules);
     forces_rules["suspects"] = json_value::array();
-    result["sum_rules"] = {{"dipole", dipole}, {"forces", forces_rules}};
+    result["sum_rules"] = {{"dipole", json_of(of.dipole_rules, of.suspects, names)},
+                           {"forces", forces_rules}};
 
     json_value& findings = result["findings"] = json_value::array();
     for (const sgn::finding& each : of.findings) {

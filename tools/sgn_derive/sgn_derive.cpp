@@ -16,6 +16,8 @@
 #include "common/progress.h"
 #include "common/reference.h"
 #include "flib/io/stop_run.h"
+#include "common/version.h"
+#include "page/html.h"
 #include "sgn/check/judge.h"
 #include "sgn/check/report.h"
 #include "sgn/checkpoint/checkpoint.h"
@@ -25,7 +27,6 @@
 #include "sgn/set/input_numbers.h"
 #include "sgn/set/set_moments.h"
 #include "sgn_derive/csv.h"
-#include "sgn_derive/html.h"
 #include "sgn_derive/json.h"
 #include "sgn_derive/molden.h"
 #include "sgn_derive/options.h"
@@ -122,7 +123,11 @@ int run(std::span<const std::string_view> arguments) {
     const std::string not_written =
         options.fcc ? add_fcc_files(options, report, results) : std::string();
     if (options.molden) results.emplace_back(*options.molden, sgn_derive::molden_of(report));
-    if (options.html) results.emplace_back(*options.html, sgn_derive::html_of(report));
+    if (options.html) {
+        results.emplace_back(
+            *options.html,
+            page::html_of(report, std::string(tool) + " " + std::string(tools::version())));
+    }
     bool streamed = false;
     for (const auto& [name, contents] : results) {
         tools::write_result(name, contents);

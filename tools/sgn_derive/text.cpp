@@ -1,18 +1,16 @@
 #include "sgn_derive/text.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdint>
-#include <limits>
 
 #include "common/number_text.h"
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
-#include "flib/util/sum_formula.h"
 #include "flib/util/units.h"
 #include "sgn/set/geometry.h"
 #include "sgn/set/input_numbers.h"
+#include "sgn/set/molecule.h"
 
 namespace sgn_derive {
 namespace {
@@ -55,7 +53,7 @@ std::string what_it_is(const sgn::report& of, const tools::terminal& on) {
     if (set.largest_step - set.smallest_step > sgn::rounding) {
         steps = decimal(set.smallest_step, 4) + " to " + steps;
     }
-    std::string text = flib::printable(set.jobs.front().name) + ": " + formula_of(set.atoms) +
+    std::string text = flib::printable(set.jobs.front().name) + ": " + sgn::formula_of(set.atoms) +
                        ", " + count(set.atoms.size(), "atom", "atoms") + "; " +
                        count(set.pairs, "pair", "pairs") + " of displacements by " + steps +
                        " Angstrom";
@@ -217,13 +215,6 @@ std::string findings_text(const sgn::report& of, const tools::terminal& on) {
 
 }  // namespace
 
-std::string formula_of(const std::vector<sgn::atom>& atoms) {
-    std::vector<std::string> symbols(atoms.size());
-    std::ranges::transform(atoms, symbols.begin(),
-                           [](const sgn::atom& each) { return flib::printable(each.symbol); });
-    return flib::sum_formula(symbols);
-}
-
 std::string rules_text(const sum_rules& dipole, const sum_rules& forces,
                        const tools::terminal& on) {
     return "\nSum rules\n\n            sums    chi-squared   largest residue   over uncertainty\n" +
@@ -233,46 +224,26 @@ std::string rules_text(const sum_rules& dipole, const sum_rules& forces,
 std::string residues_text(const sum_rules& rules, std::string_view of_what,
                           std::span<const sgn::atom> atoms) {
     if (!rules.judged || rules.satisfied) return {};
-    struct residue {
-        const char* motion;
-        std::size_t axis;
-        std::size_t component;
-        double value;
-        double uncertainty;
-        double ratio() const {
-            const double of = std::abs(value) / uncertainty;
-            return std::isnan(of) ? std::numeric_limits<double>::infinity() : of;
-        }
-    };
-    std::vector<residue> all;
-    for (std::size_t l = 0; l < 3; ++l) {
-        for (std::size_t k = 0; k < rules.translation.columns; ++k) {
-            all.push_back({"moving along ", l, k, rules.translation(l, k),
-                           rules.translation_uncertainty(l, k)});
-            if (rules.rotation_uncertainty(l, k) > 0) {
-                all.push_back({"turning about ", l, k, rules.rotation(l, k),
-                               rules.rotation_uncertainty(l, k)});
-            }
-        }
-    }
+    std::vector<sgn::residue> all = residues_of(rules);
     constexpr std::size_t most = 5;
     const std::size_t shown = std::min(most, all.size());
-    std::partial_sort(all.begin(), all.begin() + static_cast<std::ptrdiff_t>(shown), all.end(),
-                      [](const residue& a, const residue& b) { return a.ratio() > b.ratio(); });
+    std::partial_sort(
+        all.begin(), all.begin() + static_cast<std::ptrdiff_t>(shown), all.end(),
+        [](const sgn::residue& a, const sgn::residue& b) { return a.ratio() > b.ratio(); });
     std::string text = "\nThe largest residues of the " + std::string(of_what) + "\n\n";
     for (std::size_t i = 0; i < shown; ++i) {
-        const residue& each = all[i];
+        const sgn::residue& each = all[i];
         std::string component(1, axis_names[each.component % 3]);
         if (rules.translation.columns > 3) {
             const std::size_t atom = each.component / 3;
             component += " of atom " + (atom < atoms.size() ? name_of(atoms[atom], atom)
                                                             : std::to_string(atom + 1));
         }
-        text +=
-            "   " +
-            left(each.motion + std::string(1, axis_names[each.axis]) + ", component " + component,
-                 40) +
-            number(each.value, 12, 5) + " +- " + decimal(each.uncertainty, 5) + '\n';
+        text += "   " +
+                left((each.turning ? "turning about " : "moving along ") +
+                         std::string(1, axis_names[each.axis]) + ", component " + component,
+                     40) +
+                number(each.value, 12, 5) + " +- " + decimal(each.uncertainty, 5) + '\n';
     }
     return text;
 }

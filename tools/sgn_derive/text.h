@@ -4,18 +4,13 @@
 #include <span>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "common/terminal.h"
 #include "sgn/check/judge.h"
 #include "sgn/check/report.h"
-#include "sgn/set/displaced_set.h"
 #include "sgn/set/sum_rules.h"
 
 namespace sgn_derive {
-
-/// "H2O", carbon and hydrogen first.
-std::string formula_of(const std::vector<sgn::atom>& atoms);
 
 /// What the set is, the derivatives, the sum rules, the modes, what deserves doubt, and the
 /// verdict. Derivatives of the dipole by coordinates are by Bohr or, if so wanted, by Angstrom.

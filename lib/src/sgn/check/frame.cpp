@@ -1,13 +1,15 @@
 #include "sgn/check/frame.h"
 #include "sgn/set/detail/shape.h"
 
-#include <Eigen/Dense>
+#include <Eigen/Geometry>
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <numbers>
 #include <optional>
 #include <vector>
+
+#include "sgn/set/detail/decompositions.h"
 
 namespace sgn {
 namespace {
@@ -77,13 +79,13 @@ rigid_fit fit_rotation(std::span<const vec3> from, std::span<const vec3> to,
         const Vector3d b = vector_of(to[n]) - to_centre;
         m += weight[n] * a * b.transpose();
     }
-    const Eigen::SelfAdjointEigenSolver<Eigen::Matrix4d> solver(quaternion_matrix(m));
+    const eigen_system solved = eigen_system_of(quaternion_matrix(m));
 
     // Where several eigenvalues are largest, the rotation is not unique: the one nearest to none is
     // the projection of the quaternion (1, 0, 0, 0) on their eigenvectors.
     constexpr double same = 1e-6;
-    const Eigen::Vector4d& values = solver.eigenvalues();
-    const Eigen::Matrix4d& vectors = solver.eigenvectors();
+    const Eigen::Vector4d values = solved.values;
+    const Eigen::Matrix4d vectors = solved.vectors;
     Eigen::Vector4d q = Eigen::Vector4d::Zero();
     int equal = 0;
     for (int i = 0; i < 4; ++i) {

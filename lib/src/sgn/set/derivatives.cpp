@@ -1,6 +1,5 @@
 #include "sgn/set/derivatives.h"
 
-#include <Eigen/QR>
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -9,6 +8,7 @@
 
 #include "flib/io/stop_run.h"
 #include "sgn/set/decimals.h"
+#include "sgn/set/detail/decompositions.h"
 #include "sgn/set/detail/linear_algebra.h"
 #include "sgn/set/detail/shape.h"
 #include "sgn/set/input_numbers.h"
@@ -94,7 +94,7 @@ equation extrapolated(std::vector<equation> pairs) {
         slopes.row(p) = each.parts * (each.d.dot(smallest.d) > 0 ? 1 : -1);
     }
     equation result = smallest;
-    const Eigen::MatrixXd fitted = powers.completeOrthogonalDecomposition().solve(slopes);
+    const Eigen::MatrixXd fitted = orthogonal_decomposition(powers, 1e-9).solve(slopes);
     result.parts = fitted.row(0);
     result.extrapolated = terms > 1;
     for (const equation& each : pairs) result.longest = std::max(result.longest, each.longest);
@@ -118,11 +118,7 @@ std::vector<equation> equations_of(const displaced_set& set) {
 }
 
 /// The coordinates with a part in the space that the displacements leave open.
-std::vector<coordinate> missing_coordinates(
-    const Eigen::CompleteOrthogonalDecomposition<Eigen::MatrixXd>& solver) {
-    const Eigen::MatrixXd z = solver.matrixZ();
-    const Eigen::MatrixXd spanned =
-        (z.topRows(solver.rank()) * solver.colsPermutation().transpose()).transpose();
+std::vector<coordinate> missing_coordinates(const Eigen::MatrixXd& spanned) {
     constexpr double some = 1e-3;
     std::vector<coordinate> missing;
     for (Eigen::Index c = 0; c < spanned.rows(); ++c) {
@@ -199,14 +195,12 @@ derivatives differentiate(const displaced_set& set) {
     for (std::size_t e = 0; e < equations.size(); ++e) {
         displacements.row(index(e)) = equations[e].d;
     }
-    Eigen::CompleteOrthogonalDecomposition<Eigen::MatrixXd> solver;
     // Coordinates have six decimals: what is a thousandth of a step has no direction.
-    solver.setThreshold(1e-3);
-    solver.compute(displacements);
+    const orthogonal_decomposition solver(displacements, 1e-3);
     derivatives result;
     result.open_directions = 3 * atoms - static_cast<std::size_t>(solver.rank());
     if (result.open_directions > 0) {
-        result.missing = missing_coordinates(solver);
+        result.missing = missing_coordinates(solver.spanned());
         return result;
     }
     Eigen::MatrixXd parts(index(equations.size()), index(set.jobs.size()));
@@ -215,7 +209,8 @@ derivatives differentiate(const displaced_set& set) {
         parts.row(index(e)) = equations[e].parts;
         of_smallest.row(index(e)) = equations[e].of_smallest;
     }
-    const Eigen::MatrixXd solution = solver.pseudoInverse();
+    const Eigen::MatrixXd solution =
+        solver.solve(Eigen::MatrixXd::Identity(index(equations.size()), index(equations.size())));
     result.weights = table_of(solution * parts);
     result.smallest_step_weights = table_of(solution * of_smallest);
     see_steps(result, set, equations, solution);

@@ -1,6 +1,7 @@
 #include "sgn/set/displaced_set.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <string_view>
 #include <utility>
@@ -133,6 +134,12 @@ void see_decimals(displaced_set& set) {
 }
 
 }  // namespace
+
+std::string_view name_of(role of) {
+    constexpr std::array<std::string_view, 5> names{"reference", "paired", "one_sided",
+                                                    "undisplaced", "repeated"};
+    return names[static_cast<std::size_t>(of)];
+}
 
 displaced_set make_set(const result_file& reference, std::span<const result_file> files) {
     displaced_set set;

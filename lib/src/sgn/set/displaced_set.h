@@ -7,6 +7,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "sgn/result/sgn_file.h"
@@ -53,6 +54,9 @@ enum class role {
     undisplaced,  ///< the geometry of the reference once more: takes no part
     repeated      ///< the geometry of an earlier file once more: takes no part
 };
+
+/// For other programs: "one_sided".
+std::string_view name_of(role of);
 
 struct displaced_job {
     std::string name;

@@ -26,6 +26,10 @@ inline vec3 difference(const vec3& a, const vec3& b) {
     return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
 }
 
+inline double dot(const vec3& a, const vec3& b) {
+    return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+}
+
 inline vec3 scaled(double factor, const vec3& v) {
     return {factor * v[0], factor * v[1], factor * v[2]};
 }

@@ -1,10 +1,9 @@
 #include "sgn/set/modes.h"
 
-#include <Eigen/Eigenvalues>
 #include <Eigen/Geometry>
-#include <Eigen/QR>
 #include <cmath>
 
+#include "sgn/set/detail/decompositions.h"
 #include "sgn/set/detail/rigid_motions.h"
 #include "sgn/set/detail/shape.h"
 
@@ -30,8 +29,7 @@ Eigen::MatrixXd internal_basis(std::span<const atom> atoms, const Eigen::VectorX
     Eigen::MatrixXd rigid(3 * n, 3 + rotations);
     rigid << motions.translation, motions.rotation;
     for (Eigen::Index a = 0; a < n; ++a) rigid.middleRows(3 * a, 3) *= std::sqrt(mass[a]);
-    const Eigen::MatrixXd q = Eigen::HouseholderQR<Eigen::MatrixXd>(rigid).householderQ();
-    return q.rightCols(3 * n - rigid.cols());
+    return orthogonal_factor(rigid).rightCols(3 * n - rigid.cols());
 }
 
 /// The first of the largest components, equal ones of symmetric atoms being equal but for the last
@@ -78,9 +76,8 @@ std::vector<normal_mode> normal_modes(std::span<const atom> atoms, const table& 
     if (basis.cols() == 0) return {};
     const Eigen::MatrixXd weighted =
         inverse_root.asDiagonal() * view(force_constants) * inverse_root.asDiagonal();
-    const Eigen::SelfAdjointEigenSolver<Eigen::MatrixXd> solver(basis.transpose() * weighted *
-                                                                basis);
-    const Eigen::MatrixXd vectors = basis * solver.eigenvectors();
+    const eigen_system solved = eigen_system_of(basis.transpose() * weighted * basis);
+    const Eigen::MatrixXd vectors = basis * solved.vectors;
     const double strength = std::pow(length(dipole), 2);
 
     std::vector<normal_mode> modes;
@@ -89,7 +86,7 @@ std::vector<normal_mode> normal_modes(std::span<const atom> atoms, const table& 
         if (moved[farthest_of(moved)] < 0) moved = -moved;
 
         normal_mode mode;
-        const double eigenvalue = solver.eigenvalues()[m];
+        const double eigenvalue = solved.values[m];
         const double frequency = std::sqrt(std::abs(eigenvalue));
         mode.wavenumber = std::copysign(frequency, eigenvalue) * wavenumber_per_hartree;
         mode.reduced_mass = 1 / (moved.squaredNorm() * electron_masses_per_u);

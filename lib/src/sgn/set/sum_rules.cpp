@@ -47,14 +47,14 @@ sum_rules evaluate(const rigid_motions& motions, const Eigen::VectorXd& values,
     constexpr double too_large = std::numeric_limits<double>::infinity();
     sum_rules result;
     result.judged = true;
-    const auto count = [&](double residue, double uncertainty) {
-        double ratio = residue == 0 ? 0 : std::abs(residue) / uncertainty;
+    const auto count = [&](double value, double uncertainty) {
+        double ratio = value == 0 ? 0 : std::abs(value) / uncertainty;
         // Absurd values, whose squares are too large: nothing is known, so nothing holds.
         if (!std::isfinite(uncertainty) || !std::isfinite(ratio)) ratio = too_large;
         ++result.sums;
         result.chi2 += ratio * ratio;
         result.largest = std::max(result.largest, ratio);
-        result.largest_residue = std::max(result.largest_residue, std::abs(residue));
+        result.largest_residue = std::max(result.largest_residue, std::abs(value));
     };
     for (Eigen::Index l = 0; l < 3; ++l) {
         for (Eigen::Index k = 0; k < components; ++k) {
@@ -100,6 +100,24 @@ sum_rules rules(const displaced_set& set, const derivatives& of,
 }
 
 }  // namespace
+
+double residue::ratio() const {
+    const double of = std::abs(value) / uncertainty;
+    return std::isnan(of) ? std::numeric_limits<double>::infinity() : of;
+}
+
+std::vector<residue> residues_of(const sum_rules& rules) {
+    std::vector<residue> all;
+    for (std::size_t l = 0; l < rules.translation.rows; ++l) {
+        for (std::size_t k = 0; k < rules.translation.columns; ++k) {
+            all.push_back(
+                {false, l, k, rules.translation(l, k), rules.translation_uncertainty(l, k)});
+            if (!(rules.rotation_uncertainty(l, k) > 0)) continue;
+            all.push_back({true, l, k, rules.rotation(l, k), rules.rotation_uncertainty(l, k)});
+        }
+    }
+    return all;
+}
 
 sum_rules dipole_rules(const displaced_set& set, const derivatives& of,
                        std::span<const std::size_t> reversed) {

@@ -47,6 +47,22 @@ struct sum_rules {
     bool satisfied = false;
 };
 
+/// One of the sums.
+struct residue {
+    bool turning = false;  ///< the molecule turns about the axis; else it moves along it
+    std::size_t axis = 0;
+    std::size_t component = 0;
+    double value = 0;  ///< au, per Bohr or radian
+    double uncertainty = 0;
+
+    /// |value| / uncertainty; infinite where that is no number.
+    double ratio() const;
+};
+
+/// All sums of rules that are judged, axis by axis and for each its components; that of moving
+/// before that of turning, which is left out about the axis of a linear molecule.
+std::vector<residue> residues_of(const sum_rules& rules);
+
 /// The sum rules of the dipole. Not judged if coordinates are missing or displacements one-sided.
 /// The signs of the jobs `reversed` (places in displaced_set::jobs) are taken the other way round.
 sum_rules dipole_rules(const displaced_set& set, const derivatives& of,

@@ -1,22 +1,18 @@
 #include "sgn/states/overlap.h"
 
 #include <Eigen/Core>
-#include <Eigen/LU>
-#include <Eigen/QR>
 #include <cmath>
 #include <cstdint>
 #include <utility>
-#include <variant>
 
 #include "flib/io/stop_run.h"
+#include "sgn/set/detail/decompositions.h"
 
 namespace sgn {
 namespace {
 
 using Eigen::Index;
 using Eigen::MatrixXd;
-using lu_factors = Eigen::PartialPivLU<MatrixXd>;
-using qr_factors = Eigen::HouseholderQR<MatrixXd>;
 using matrix_map = Eigen::Map<const MatrixXd>;
 
 matrix_map orbitals_of(const job& of) {
@@ -33,40 +29,22 @@ matrix_map amplitudes_of(const job& of, std::int32_t root) {
 /// leave out the eigenvectors of the overlap matrix with the smallest eigenvalues (canonical
 /// orthogonalisation). These are orthogonal to the kept ones in the plain metric and in that of the
 /// basis functions, so the plain least-squares solution is the projection in the latter, too.
-class factors {
-  public:
-    /// Throws flib::run_error if they are linearly dependent.
-    explicit factors(const job& of) {
-        // Basis sets that just pass as independent give 1e-8, coefficients of nine digits that
-        // depend on each other less than 1e-15.
-        constexpr double least_reciprocal_condition = 1e-12;
-        if (reciprocal_condition(orbitals_of(of)) >= least_reciprocal_condition) return;
-        throw flib::io_error(of.files.checkpoint, 0, "the orbitals are linearly dependent");
-    }
-
-    template <class Functions>
-    MatrixXd solve(const Functions& right) const {
-        return std::visit([&](const auto& its) { return MatrixXd(its.solve(right)); }, factors_);
-    }
-
-  private:
-    double reciprocal_condition(const matrix_map& orbitals) {
-        if (orbitals.rows() == orbitals.cols()) {
-            return factors_.emplace<lu_factors>(orbitals).rcond();
-        }
-        const auto scales =
-            factors_.emplace<qr_factors>(orbitals).matrixQR().diagonal().cwiseAbs().eval();
-        return scales.minCoeff() / scales.maxCoeff();
-    }
-
-    std::variant<lu_factors, qr_factors> factors_{};
-};
+///
+/// Throws flib::run_error if they are linearly dependent.
+factorised_matrix factorised_orbitals(const job& of) {
+    // Basis sets that just pass as independent give 1e-8, coefficients of nine digits that depend
+    // on each other less than 1e-15.
+    constexpr double least_reciprocal_condition = 1e-12;
+    factorised_matrix made(orbitals_of(of));
+    if (made.reciprocal_condition() >= least_reciprocal_condition) return made;
+    throw flib::io_error(of.files.checkpoint, 0, "the orbitals are linearly dependent");
+}
 
 }  // namespace
 
 struct overlap_reference::factorised {
     job_counts counts;
-    factors orbitals;
+    factorised_matrix orbitals;
     std::vector<MatrixXd> amplitudes;  // of every state, normalised
 };
 
@@ -76,14 +54,14 @@ overlap_reference::overlap_reference(const job& reference) {
         amplitudes.emplace_back(amplitudes_of(reference, state).stableNormalized());
     }
     reference_ = std::make_unique<const factorised>(
-        factorised{reference.counts, factors(reference), std::move(amplitudes)});
+        factorised{reference.counts, factorised_orbitals(reference), std::move(amplitudes)});
 }
 
 overlap_reference::~overlap_reference() = default;
 overlap_reference::overlap_reference(overlap_reference&&) noexcept = default;
 
 overlap_rows overlap_reference::overlaps(const job& now) const {
-    static_cast<void>(factors(now));
+    static_cast<void>(factorised_orbitals(now));
     const auto& [counts, reference, amplitudes] = *reference_;
     const Index mi = counts.mi;
     const Index ma = counts.ma;

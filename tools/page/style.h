@@ -3,9 +3,9 @@
 
 #include <string_view>
 
-namespace sgn_derive {
+namespace page {
 
-inline constexpr std::string_view page_style = R"(
+inline constexpr std::string_view style = R"(
 :root {
   color-scheme: light dark;
   --paper: #f6f6f3; --card: #ffffff; --ink: #1b2330; --soft: #5c6675; --rule: #dfe3e8;
@@ -125,4 +125,4 @@ footer { color: var(--soft); font-size: .82rem; margin: 22px 2px 0; overflow-wra
 }
 )";
 
-}  // namespace sgn_derive
+}  // namespace page

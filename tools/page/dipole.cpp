@@ -2,15 +2,16 @@
 #include <algorithm>
 #include <cmath>
 
-#include "common/number_text.h"
 #include "common/terminal.h"
+#include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
-#include "sgn_derive/html_drawings.h"
-#include "sgn_derive/svg.h"
+#include "page/drawings.h"
+#include "page/svg.h"
 
-namespace sgn_derive {
+namespace page {
 namespace {
 
+using flib::decimal;
 using sgn::displaced_job;
 using svg::point;
 
@@ -33,49 +34,41 @@ double printed(const displaced_job& of, std::size_t k) {
     return of.sign < 0 ? -of.dipole[k] : of.dipole[k];
 }
 
+/// Whether reversing the sign of a job is part of what would mend the sum rules best.
+bool is_suspect(const sgn::report& of, std::size_t job) {
+    const auto& flips = of.suspects.flips;
+    return !flips.empty() && std::ranges::find(flips.front(), job) != flips.front().end();
+}
+
 double place_of(std::size_t i, std::size_t jobs) {
     return left +
            (width - left - right) * (static_cast<double>(i) + 0.5) / static_cast<double>(jobs);
 }
 
-/// "corrected: -0.5417 to -0.5291"
-std::string span_of(const sgn::report& of, std::size_t k) {
-    const auto& jobs = of.set.jobs;
-    const auto [low, high] = std::minmax_element(
-        jobs.begin(), jobs.end(),
-        [k](const displaced_job& a, const displaced_job& b) { return a.dipole[k] < b.dipole[k]; });
-    const int decimals = std::clamp(of.set.dipole_decimals, 1, 8);
-    return "corrected: " + tools::decimal(low->dipole[k], decimals) + " to " +
-           tools::decimal(high->dipole[k], decimals) + " au";
-}
-
-std::string hint(const sgn::report& of, std::size_t i, std::size_t k) {
-    const displaced_job& each = of.set.jobs[i];
-    const int decimals = std::clamp(of.set.dipole_decimals, 1, 8);
-    return flib::printable(each.name) + ": printed " + tools::decimal(printed(each, k), decimals) +
-           ", corrected " + tools::decimal(each.dipole[k], decimals);
-}
-
 std::string panel_of(const sgn::report& of, std::size_t k, double from) {
     const auto& jobs = of.set.jobs;
-    // Rounding is not to look like something.
-    double highest = 10 * std::pow(10, -of.set.dipole_decimals);
-    for (const displaced_job& each : jobs) {
-        highest = std::max(highest, std::abs(each.dipole[k]));  // of printed values too
-    }
+    const int digits = std::clamp(of.set.dipole_decimals, 1, 8);
+    const auto [low, high] =
+        std::ranges::minmax(jobs, {}, [k](const displaced_job& each) { return each.dipole[k]; });
+    // Printed values may have the other sign; rounding is not to look like something.
+    const double highest = std::max({10 * std::pow(10, -of.set.dipole_decimals),
+                                     std::abs(low.dipole[k]), std::abs(high.dipole[k])});
     const svg::scale y{-1.12 * highest, 1.12 * highest, from + panel, from};
 
     std::string text = svg::rectangle({left, from}, width - left - right, panel, "panel");
     const std::vector<double> marks = svg::ticks(y.low, y.high, 6);
-    const int decimals = svg::decimals_of(marks);
     for (const double mark : marks) {
         const bool zero = std::abs(mark) < 1e-12;
-        text += svg::line({left, y(mark)}, {width - right, y(mark)}, zero ? "zero" : "grid");
-        text += svg::text({left - 8, y(mark) + 4}, tools::decimal(mark, decimals), "small", "end");
+        text += svg::line({left, y(mark)}, {width - right, y(mark)}, zero ? "zero" : "grid") +
+                svg::text({left - 8, y(mark) + 4}, decimal(mark, svg::decimals_of(marks)), "small",
+                          "end");
     }
     text +=
-        svg::text({left, from - 7}, std::string("\u03BC") + sgn::axis_names[k] + " (au)", "label");
-    text += svg::text({width - right, from - 7}, span_of(of, k), "small", "end");
+        svg::text({left, from - 7}, std::string("\u03BC") + sgn::axis_names[k] + " (au)", "label") +
+        svg::text({width - right, from - 7},
+                  "corrected: " + decimal(low.dipole[k], digits) + " to " +
+                      decimal(high.dipole[k], digits) + " au",
+                  "small", "end");
 
     const double size =
         std::clamp(0.3 * (width - left - right) / static_cast<double>(jobs.size()), 1.1, 4.2);
@@ -85,19 +78,21 @@ std::string panel_of(const sgn::report& of, std::size_t k, double from) {
     std::string marks_after;
     std::string jumps;
     for (std::size_t i = 0; i < jobs.size(); ++i) {
+        const displaced_job& each = jobs[i];
         const double x = place_of(i, jobs.size());
-        before.push_back({x, y(printed(jobs[i], k))});
-        after.push_back({x, y(jobs[i].dipole[k])});
+        const std::string hint = flib::printable(each.name) + ": printed " +
+                                 decimal(printed(each, k), digits) + ", corrected " +
+                                 decimal(each.dipole[k], digits);
+        before.push_back({x, y(printed(each, k))});
+        after.push_back({x, y(each.dipole[k])});
         if (std::abs(before.back()[1] - after.back()[1]) > 0.5) {
             jumps += svg::line(before.back(), after.back(), "jump");
-            marks_before += svg::circle(before.back(), size, "printed", hint(of, i, k));
+            marks_before += svg::circle(before.back(), size, "printed", hint);
         }
-        if (is_suspect(of, i)) {
-            marks_after += svg::circle(after.back(), size + 5, "suspect-ring");
-        }
+        const bool suspect = is_suspect(of, i);
+        if (suspect) marks_after += svg::circle(after.back(), size + 5, "suspect-ring");
         marks_after +=
-            svg::circle(after.back(), size, is_suspect(of, i) ? "corrected suspect" : "corrected",
-                        hint(of, i, k));
+            svg::circle(after.back(), size, suspect ? "corrected suspect" : "corrected", hint);
     }
     return text + svg::path(before, "printed-line") + jumps + svg::path(after, "corrected-line") +
            marks_before + marks_after;
@@ -113,8 +108,7 @@ std::vector<std::string> short_names(const sgn::displaced_set& set) {
     std::size_t shared = first.size();
     for (std::size_t i = 1; i < names.size(); ++i) {
         const std::string_view other = std::string_view(names[i]).substr(0, shared);
-        shared = static_cast<std::size_t>(
-            std::mismatch(other.begin(), other.end(), first.begin()).first - other.begin());
+        shared = static_cast<std::size_t>(std::ranges::mismatch(other, first).in1 - other.begin());
     }
     constexpr std::string_view between_words = "_-. ";
     while (shared > 0 && between_words.find(first[shared - 1]) == std::string_view::npos) --shared;
@@ -126,14 +120,8 @@ std::vector<std::string> short_names(const sgn::displaced_set& set) {
     return names;
 }
 
-bool is_suspect(const sgn::report& of, std::size_t job) {
-    const auto& flips = of.suspects.flips;
-    return !flips.empty() &&
-           std::find(flips.front().begin(), flips.front().end(), job) != flips.front().end();
-}
-
 std::string dipole_drawing(const sgn::report& of) {
-    const auto& jobs = of.set.jobs;
+    const std::size_t jobs = of.set.jobs.size();
     std::string text;
     double at = top;
     for (std::size_t k = 0; k < 3; ++k) {
@@ -142,14 +130,14 @@ std::string dipole_drawing(const sgn::report& of) {
     }
     // Names as long and as many as there is room for.
     constexpr std::size_t most_names = 60;
-    const std::size_t every = (jobs.size() + most_names - 1) / most_names;
+    const std::size_t every = (jobs + most_names - 1) / most_names;
     const auto names = short_names(of.set);
     double longest = 0;
-    for (std::size_t i = 0; i < jobs.size(); ++i) {
+    for (std::size_t i = 0; i < jobs; ++i) {
         if (i % every != 0 && !is_suspect(of, i)) continue;
         const std::string name = tools::shortened(flib::printable(names[i]), 18);
         longest = std::max(longest, static_cast<double>(tools::shown_width(name)));
-        text += svg::text({place_of(i, jobs.size()) + 4, at - between + 14}, name,
+        text += svg::text({place_of(i, jobs) + 4, at - between + 14}, name,
                           is_suspect(of, i) ? "small bad-text" : "small", "end", -55);
     }
     return svg::drawing(width, at - between + 26 + 5.2 * longest, "chart",
@@ -158,4 +146,4 @@ std::string dipole_drawing(const sgn::report& of) {
                         text);
 }
 
-}  // namespace sgn_derive
+}  // namespace page

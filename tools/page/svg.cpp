@@ -1,11 +1,11 @@
-#include "sgn_derive/svg.h"
+#include "page/svg.h"
 
 #include <cmath>
 
-#include "common/number_text.h"
+#include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
 
-namespace sgn_derive::svg {
+namespace page::svg {
 namespace {
 
 std::string attribute(std::string_view name, std::string_view value) {
@@ -45,7 +45,7 @@ std::string escaped(std::string_view text) {
 }
 
 std::string number(double value) {
-    std::string text = tools::decimal(value, 2);
+    std::string text = flib::decimal(value, 2);
     text.erase(text.find_last_not_of('0') + 1);
     if (text.ends_with('.')) text.pop_back();
     return text;
@@ -119,4 +119,4 @@ std::string drawing(double width, double height, std::string_view kind, std::str
            "</svg>\n";
 }
 
-}  // namespace sgn_derive::svg
+}  // namespace page::svg
