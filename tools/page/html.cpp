@@ -315,6 +315,9 @@ std::string html_of(const sgn::report& of, const std::string& maker) {
     const std::string name = escaped(of.set.jobs.front().name);
     std::string text =
         "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
+        "<meta name=\"generator\" content=\"" +
+        escaped(maker) +
+        "\">\n"
         "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n"
         "<meta http-equiv=\"Content-Security-Policy\" content=\"default-src 'none'; "
         "style-src 'unsafe-inline'\">\n<title>" +

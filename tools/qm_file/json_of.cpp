@@ -85,36 +85,35 @@ json_value dump_of(const flib::dump_header& dump) {
 }
 
 /// Row by row: of states, or of the coordinates that they are differentiated by.
-json_value rows_of(const flib::moment_rows& of) {
-    json_value rows = json_value::array();
+std::vector<json_value> rows_of(const flib::moment_rows& of) {
+    std::vector<json_value> rows;
     for (std::size_t i = 0; i < of.energy.size(); ++i) {
         const auto part = [&](const std::vector<double>& values, std::size_t count) {
             const auto begin = values.begin() + static_cast<std::ptrdiff_t>(count * i);
             return std::vector<double>(begin, begin + static_cast<std::ptrdiff_t>(count));
         };
-        rows.push_back({{"energy_hartree", of.energy[i]},
-                        {"electric_dipole", part(of.dipole, 3)},
-                        {"velocity_dipole", part(of.velocity_dipole, 3)},
-                        {"magnetic_dipole", part(of.magnetic_dipole, 3)},
-                        {"velocity_quadrupole", part(of.velocity_quadrupole, 6)}});
+        rows.push_back(json_value{{"energy_hartree", of.energy[i]},
+                                  {"electric_dipole", part(of.dipole, 3)},
+                                  {"velocity_dipole", part(of.velocity_dipole, 3)},
+                                  {"magnetic_dipole", part(of.magnetic_dipole, 3)},
+                                  {"velocity_quadrupole", part(of.velocity_quadrupole, 6)}});
     }
     return rows;
 }
 
 json_value moments_of(const flib::state_moments& moments) {
     const auto number = [](double value) { return value; };
-    json_value json{{"target", moments.target},
-                    {"total_energy_hartree", if_there(moments.total_energy, number)},
-                    {"ground_energy_hartree", if_there(moments.ground_energy, number)},
-                    {"states", rows_of(moments.of_states)},
-                    {"derivatives", if_there(moments.derivatives, rows_of)}};
-    for (std::int32_t state = 1; state <= moments.states; ++state) {
-        const auto i = static_cast<std::size_t>(state) - 1;
-        json["states"][i]["spin"] = moments.spin[i];
-        json["states"][i]["excitation_hartree"] =
-            if_there(moments.excitation_energy(state), number);
+    std::vector<json_value> states = rows_of(moments.of_states);
+    for (std::size_t i = 0; i < states.size(); ++i) {
+        states[i]["spin"] = moments.spin[i];
+        states[i]["excitation_hartree"] =
+            if_there(moments.excitation_energy(static_cast<std::int32_t>(i) + 1), number);
     }
-    return json;
+    return {{"target", moments.target},
+            {"total_energy_hartree", if_there(moments.total_energy, number)},
+            {"ground_energy_hartree", if_there(moments.ground_energy, number)},
+            {"states", states},
+            {"derivatives", if_there(moments.derivatives, rows_of)}};
 }
 
 }  // namespace

@@ -319,35 +319,35 @@ std::string spin_in_words(std::int32_t spin) {
 /// and its electric dipole.
 std::string moment_lines(const flib::state_moments& moments) {
     std::string text =
-        formatted("  moments       %d state%s, %d is the job's: energy and dipole (a.u.)\n",
-                  moments.states, moments.states == 1 ? "" : "s", moments.target);
+        joined("  moments       ", moments.states, moments.states == 1 ? " state, " : " states, ",
+               moments.target, " is the job's: energy and dipole (a.u.)\n");
     for (std::int32_t state = 1; state <= moments.states; ++state) {
         const auto i = static_cast<std::size_t>(state) - 1;
         const auto excitation = moments.excitation_energy(state);
         text.append(heading_width, ' ');
-        text += formatted("state%4d  %-8s", state, spin_in_words(moments.spin[i]).c_str());
-        text += excitation ? formatted("%10.4f eV", *excitation * flib::hartree_energy)
-                           : formatted("%13.6f", moments.of_states.energy[i]);
+        text +=
+            joined("state", at_right(i + 1, 4), "  ", at_left(spin_in_words(moments.spin[i]), 8));
+        text += excitation ? flib::fixed_field(*excitation * flib::hartree_energy, 10, 4) + " eV"
+                           : flib::fixed_field(moments.of_states.energy[i], 13, 6);
         for (std::size_t k = 0; k < 3; ++k) {
-            text += flib::text_field(tools::decimal(moments.of_states.dipole[3 * i + k], 6), 11);
+            text += flib::text_field(flib::decimal(moments.of_states.dipole[3 * i + k], 6), 11);
         }
         text += '\n';
     }
     if (moments.derivatives) {
         text.append(heading_width, ' ');
-        text +=
-            formatted("and derivatives by %zu coordinates\n", moments.derivatives->energy.size());
+        text += joined("and derivatives by ", moments.derivatives->energy.size(), " coordinates\n");
     }
     return text;
 }
 
 /// A row for each moment, of every state and of every coordinate that they are differentiated by.
-std::vector<std::string> moment_rows_of(const flib::state_moments& moments, const char* real) {
+std::vector<std::string> moment_rows_of(const flib::state_moments& moments, real_column real) {
     std::vector<std::string> rows;
-    const auto add = [&](const char* title, const flib::moment_rows& of, std::size_t i) {
+    const auto add = [&](const std::string& title, const flib::moment_rows& of, std::size_t i) {
         const auto add_row = [&](const char* moment, const std::vector<double>& values,
                                  std::size_t count) {
-            std::string row = formatted(title, i + 1) + formatted("  %-20s", moment);
+            std::string row = title + "  " + at_left(moment, 20);
             for (std::size_t k = 0; k < count; ++k) row += column(values[count * i + k], real);
             rows.push_back(row);
         };
@@ -358,11 +358,11 @@ std::vector<std::string> moment_rows_of(const flib::state_moments& moments, cons
         add_row("velocity quadrupole", of.velocity_quadrupole, 6);
     };
     for (std::size_t i = 0; i < moments.of_states.energy.size(); ++i) {
-        add("state%4zu", moments.of_states, i);
+        add("state" + at_right(i + 1, 4), moments.of_states, i);
     }
     if (!moments.derivatives) return rows;
     for (std::size_t c = 0; c < moments.derivatives->energy.size(); ++c) {
-        add("by%7zu", *moments.derivatives, c);
+        add("by" + at_right(c + 1, 7), *moments.derivatives, c);
     }
     return rows;
 }
@@ -371,10 +371,10 @@ std::string kind_text(const flib::file_kind& kind) {
     if (kind.tag == result_tag) return "stigruz (a result file)";
     const std::string_view whose = owner_of_version(kind);
     if (whose == "the program" || kind.tag == flib::tag::gaussian_fchk) {
-        return kind.tag + ", version " + flib::printable(kind.version) +
-               formatted(" (class %d)", kind.class_code);
+        return joined(kind.tag, ", version ", flib::printable(kind.version), " (class ",
+                      kind.class_code, ")");
     }
-    if (kind.version == "0") return kind.tag + formatted(" (class %d)", kind.class_code);
+    if (kind.version == "0") return joined(kind.tag, " (class ", kind.class_code, ")");
     std::string version = "not told";
     if (!whose.empty()) {
         version += std::string(" (") + flib::printable(kind.version) + " is that of ";

@@ -118,7 +118,8 @@ json_value displacement_json(const sgn::verdict& of, const sgn::result_file& ref
     return json;
 }
 
-json_value verdict_json(const sgn::verdict& of, bool is_reference) {
+json_value verdict_json(const sgn::verdict& of, const sgn::result_file& reference) {
+    const bool is_reference = of.file == &reference;
     const sgn::sgn_contents& contents = of.file->contents;
     json_value json;
     json["file"] = of.file->name;

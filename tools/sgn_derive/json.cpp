@@ -52,10 +52,11 @@ json_value excitation_of(const sgn::report& of) {
     const std::vector<double> gradient = excitation_gradient(of.moments, of.derivatives);
     json_value result{{"state", reference.state}, {"state_of_forces", reference.target}};
     result["energy"] = reference.excitation ? json_value(*reference.excitation) : nullptr;
-    result["gradient"] = gradient.empty() ? json_value(nullptr) : json_value::array();
+    std::vector<sgn::vec3> by_atom;
     for (std::size_t c = 0; c < gradient.size(); c += 3) {
-        result["gradient"].push_back({gradient[c], gradient[c + 1], gradient[c + 2]});
+        by_atom.push_back({gradient[c], gradient[c + 1], gradient[c + 2]});
     }
+    result["gradient"] = by_atom.empty() ? json_value(nullptr) : json_value(by_atom);
     return result;
 }
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "flib/io/stop_run.h"
-#include "flib/qm_file/file_facts.h"
+#include "flib/facts/file_facts.h"
 #include "sgn/set/set_moments.h"
 
 namespace sgn {
