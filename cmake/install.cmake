@@ -46,7 +46,7 @@ endif()
 install(DIRECTORY lib/src/flib lib/src/sgn
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development
     FILES_MATCHING PATTERN "*.h" PATTERN detail EXCLUDE)
-set(libraries flib sgn_result)
+set(libraries flib sgn_job)
 if(TARGET sgn)
     list(APPEND libraries sgn)
 endif()

@@ -85,7 +85,7 @@ void check_density(bool mapped) {
     constexpr std::int32_t most = 200;
     const auto& [nbasis, nbsuse, mi, ma, nfc, nfv] = counts;
     if (end != fuzz::ending::returned || std::max({nbasis, mi, ma, mci}) > most) return;
-    const numfreq::density_source source{"a.fchk", "a.cis", counts, mci};
+    const sgn::density_source source{"a.fchk", "a.cis", counts, mci};
     const flib::element_location* const chosen = mapped ? &at : nullptr;
     const std::string told =
         support::told_by([&] { return support::whole_density(source, chosen); });

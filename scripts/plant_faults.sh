@@ -68,13 +68,15 @@ programs_for() {
     local near='' room found
     case "$2" in
         lib/src/sgn/result/*) near="numfreq program hostile" ;;
+        lib/src/sgn/job/job.* | lib/src/sgn/states/*) near="job states sgn_states" ;;
+        lib/src/sgn/job/*) near="job numfreq program hostile" ;;
         lib/src/sgn/set/*) near="set sgn_check sgn_derive" ;;
         lib/src/sgn/*) near="sgn_derive sgn_check" ;;
         lib/*/text/*) near="util search io qm_file" ;;
         lib/*density* | lib/*_product*) near=excited ;;
-        lib/*/mo_columns*) near=numfreq ;;
+        lib/*/mo_columns*) near="job numfreq" ;;
         lib/*/excited/*dump* | lib/*/excited/root_norms* | lib/*/excited/qm_file_ci_xpy*)
-            near="excited qm_file numfreq"
+            near="excited qm_file job numfreq"
             ;;
         lib/*/excited/* | lib/*/qm_file/*) near="qm_file excited" ;;
         lib/*/util/units.h) near="sgn_states util qm_file" ;;
@@ -87,7 +89,6 @@ programs_for() {
         tools/numfreq/run_driver* | tools/numfreq/stigruz*) near="program numfreq hostile faults" ;;
         tools/numfreq/*) near="numfreq program hostile" ;;
         tools/common/*) near="common sgn_check qm_file_tool" ;;
-        tools/states/*) near="states sgn_states" ;;
         tools/*) near=$(cut -d / -f 2 <<<"$2") ;;
     esac
     found=$(cmake --build "$1/build" --target help | grep -oE '\b[a-z_]+_tests\b' |

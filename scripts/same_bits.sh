@@ -30,7 +30,7 @@ for compiler in g++ clang++; do
 
         "$compiler" "$level" -std=c++20 -ffp-contract=off -Ilib/src -Itools -Itests \
             scripts/whole_run.cpp "build-bits-$name"/tools/libnumfreq.a \
-            "build-bits-$name"/lib/libsgn_result.a "build-bits-$name"/lib/libflib.a -o "$work/whole_run"
+            "build-bits-$name"/lib/libsgn_job.a "build-bits-$name"/lib/libflib.a -o "$work/whole_run"
         (
             cd "$work/$name"
             for checkpoint in h2o_*.fchk; do

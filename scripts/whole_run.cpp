@@ -6,7 +6,7 @@
 
 #include "flib/io/unit.h"
 #include "numfreq/get_sgn_param.h"
-#include "numfreq/job_files.h"
+#include "sgn/job/job_files.h"
 #include "sgn/result/sgn_file.h"
 #include "support/whole_density.h"
 
@@ -14,14 +14,14 @@ int main(int argc, char** argv) {
     if (argc < 3) return 2;
     const std::string ffch = argv[1];
     const bool mapped = argc > 3;
-    const flib::line_buffer fcis = numfreq::job_file(ffch, numfreq::suffix::amplitudes);
+    const flib::line_buffer fcis = sgn::job_file(ffch, sgn::suffix::amplitudes);
     sgn::sgn_parameters run;
     std::int32_t nbsuse = 0;
     double value = 0;
     try {
         numfreq::get_sgn_param(mapped, mapped ? argv[3] : argv[1], run.natom, run.nmo, nbsuse,
                                run.mi, run.ma, run.mci, run.nfc, run.nfv, run.tden_maxloc, value);
-        const numfreq::density_source source{
+        const sgn::density_source source{
             ffch, fcis.padded(), {run.nmo, nbsuse, run.mi, run.ma, run.nfc, run.nfv}, run.mci};
         const flib::extremum chosen =
             support::whole_density(source, mapped ? &run.tden_maxloc : nullptr);

@@ -81,12 +81,17 @@ results() {
 }
 
 if [ -e "$work/consumer/judge_set" ]; then
-    [[ $(<"$source/docs/sgn.md") == *"$(<"$source/tests/checks/consumer/judge_set.cpp")"* ]] ||
-        fail "docs/sgn.md shows another judge_set"
-    [ "$(wc -l <"$source/tests/checks/consumer/judge_set.cpp")" -le 25 ] || fail "judge_set is long"
+    for program in judge_set follow_states; do
+        [[ $(<"$source/docs/sgn.md") == *"$(<"$source/tests/checks/consumer/$program.cpp")"* ]] ||
+            fail "docs/sgn.md shows another $program"
+        [ "$(wc -l <"$source/tests/checks/consumer/$program.cpp")" -le 25 ] || fail "$program is long"
+    done
     cd "$work"
     results
     judges consumer/judge_set
+    said=$(consumer/follow_states h2o_ref.fchk h2o_01zp.fchk none.fchk) || fail "follow_states fails: $said"
+    [[ $said == "h2o_01zp: state 1 is root 1, overlap -1.0000"*"none.fchk: cannot be opened"* ]] ||
+        fail "follow_states says: $said"
 fi
 
 shared=$library_directory/libflib.so

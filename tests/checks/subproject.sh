@@ -15,7 +15,7 @@ add_executable(count_atoms "$source/tests/checks/consumer/count_atoms.cpp")
 target_link_libraries(count_atoms PRIVATE flib::flib)
 get_property(targets DIRECTORY "$source" PROPERTY BUILDSYSTEM_TARGETS)
 get_property(library DIRECTORY "$source/lib" PROPERTY BUILDSYSTEM_TARGETS)
-if(NOT "\${targets};\${library}" MATCHES "^build_flags;flib;sgn_result(;sgn)?\$" OR CMAKE_BUILD_TYPE OR TARGET stigruz)
+if(NOT "\${targets};\${library}" MATCHES "^build_flags;flib;sgn_job(;sgn)?\$" OR CMAKE_BUILD_TYPE OR TARGET stigruz)
     message(FATAL_ERROR "also here: \${targets} \${library} \${CMAKE_BUILD_TYPE}")
 endif()
 END

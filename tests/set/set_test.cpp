@@ -30,7 +30,7 @@ json_value told(const displaced_set& set) {
     for (const atom& each : set.atoms) {
         result["atoms"].push_back({each.symbol, each.number, each.mass, each.x});
     }
-    for (const job& each : set.jobs) {
+    for (const displaced_job& each : set.jobs) {
         const json_value at{each.name, roles.at(static_cast<std::size_t>(each.is)),
                             set.jobs[each.other].name, each.sign, each.moved.distance};
         result["jobs"].push_back({{"is", at},

@@ -1,4 +1,4 @@
-#include "states/assignment.h"
+#include "sgn/states/assignment.h"
 
 #include <gtest/gtest.h>
 
@@ -9,12 +9,12 @@
 
 namespace {
 
-using states::overlap_rows;
+using sgn::overlap_rows;
 
 /// "2 1 -": the column of each row, from 1 on.
 std::string assigned(const overlap_rows& rows) {
     std::string text;
-    for (const auto& column : states::assign(rows)) {
+    for (const auto& column : sgn::assign(rows)) {
         text += (text.empty() ? "" : " ") + (column ? std::to_string(*column + 1) : "-");
     }
     return text;
@@ -51,7 +51,7 @@ TEST(Assignment, HasTheLargestSum) {
         };
         std::size_t next_empty = roots;
         std::vector<bool> taken(roots, false);
-        const auto found = states::assign(rows);
+        const auto found = sgn::assign(rows);
         for (std::size_t row = 0; row < rows.size(); ++row) {
             columns[row] = found[row] ? *found[row] : next_empty++;
             if (!found[row]) continue;

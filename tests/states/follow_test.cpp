@@ -1,4 +1,4 @@
-#include "states/follow.h"
+#include "sgn/states/follow.h"
 
 #include <gtest/gtest.h>
 
@@ -12,10 +12,10 @@
 
 namespace {
 
-using states::followed_job;
-using states::followed_state;
-using states::job;
-using states::reference_set;
+using sgn::followed_job;
+using sgn::followed_state;
+using sgn::job;
+using sgn::reference_set;
 
 reference_set prepared(job reference) {
     std::vector<std::int32_t> all(static_cast<std::size_t>(reference.states));
@@ -73,10 +73,10 @@ TEST(Following, TellsWhatBecomesOfStates) {
     const reference_set from = prepared(with_roots("2 0 0, 0 -3 0, 0 0 5"));
     const auto rows = support::table_of("states/verdicts.txt");
     for (std::size_t i = 1; i < rows.size(); ++i) {
-        const states::thresholds limits{std::stod(rows[i][1]), std::stod(rows[i][2])};
+        const sgn::overlap_limits limits{std::stod(rows[i][1]), std::stod(rows[i][2])};
         EXPECT_EQ(text_of(follow(from, with_roots(rows[i][0]), limits)), rows[i][3]) << rows[i][0];
     }
-    const states::thresholds usual;
+    const sgn::overlap_limits usual;
     EXPECT_EQ(usual.mixed_below, 0.8);
     EXPECT_EQ(usual.lost_below, 0.2);
     // The sign of the largest element is not that of the overlap.
@@ -109,7 +109,7 @@ TEST(Following, SeesThroughPhasesAndExchanges) {
     const std::filesystem::path home = std::filesystem::current_path();
     for (const auto& [directory, table, name, exchanged] : sets) {
         std::filesystem::current_path(directory);  // of logs and dumps
-        const reference_set from = prepared(states::read_job(std::string(name) + ".fchk"));
+        const reference_set from = prepared(sgn::read_job(std::string(name) + ".fchk"));
         auto rows = support::table_of(table);
         rows.erase(rows.begin());
         std::map<std::string, double> phase;  // of the reference's states
@@ -118,8 +118,7 @@ TEST(Following, SeesThroughPhasesAndExchanges) {
         for (const auto& row : rows) {
             if (row[0] == name) phase[row[1]] = std::stod(row[4]);
             if (!jobs.contains(row[0])) {
-                jobs[row[0]] =
-                    follow(from, states::read_job(row[0] + ".fchk", &from.reference), {});
+                jobs[row[0]] = follow(from, sgn::read_job(row[0] + ".fchk", &from.reference), {});
             }
             const followed_state& found = jobs[row[0]].states.at(std::stoul(row[1]) - 1);
             const bool same = row[1] == row[2];
@@ -148,7 +147,7 @@ TEST(Following, KeepsSingletsAndTripletsApart) {
     // Its triplet looks like the reference's first state, and nothing is left for the third.
     job now = with_roots("0.99 0.1 0, 0.95 0 0.3, 0 1 0.1");
     now.spin = {triplet, singlet, triplet};
-    const states::thresholds none{.mixed_below = 0, .lost_below = 0};
+    const sgn::overlap_limits none{.mixed_below = 0, .lost_below = 0};
     const followed_job told = follow(from, now, none);
     EXPECT_EQ(text_of(told),
               "1 exchanged 2 1 0.95; 0.50 21.00 22.00 23.00; 0.95; 0.00 0.95 0.00\n"
@@ -169,10 +168,10 @@ TEST(Following, KeepsSingletsAndTripletsApart) {
 }
 
 TEST(Following, DoesNotDependOnPhasesAndOrderOfOrbitals) {
-    const numfreq::job_counts counts{.nbasis = 9, .mi = 2, .ma = 5, .mci = 3, .nfc = 1, .nfv = 1};
+    const sgn::job_counts counts{.nbasis = 9, .mi = 2, .ma = 5, .mci = 3, .nfc = 1, .nfv = 1};
     const reference_set from = prepared(made_up(counts, 1));
     job now = made_up(counts, 2);
-    const states::thresholds none{.mixed_below = 0, .lost_below = 0};
+    const sgn::overlap_limits none{.mixed_below = 0, .lost_below = 0};
     const std::string before = text_of(follow(from, now, none));
     for (std::int32_t p = 1; p <= 9; ++p) {
         now.moc(p, 3) *= -1;                      // the second occupied orbital
@@ -195,7 +194,7 @@ TEST(Following, NeedsADensityThatIsNotZero) {
 }
 
 TEST(OscillatorStrength, IsTwoThirdsOfTheEnergyTimesTheSquaredDipole) {
-    EXPECT_DOUBLE_EQ((states::root_values{0.75, {1, -2, 3}}).oscillator_strength(), 7);
+    EXPECT_DOUBLE_EQ((sgn::root_values{0.75, {1, -2, 3}}).oscillator_strength(), 7);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "states/overlap.h"
+#include "sgn/states/overlap.h"
 
 #include <gtest/gtest.h>
 
@@ -9,10 +9,10 @@
 
 namespace {
 
-using numfreq::job_counts;
-using states::job;
-using states::overlap_reference;
-using states::overlap_rows;
+using sgn::job;
+using sgn::job_counts;
+using sgn::overlap_reference;
+using sgn::overlap_rows;
 
 /// The formula, term by term; `a` are the orbitals of `to` in those of `from`.
 double plain_overlap(const job& from, std::int32_t state, const job& to, std::int32_t root,

@@ -15,7 +15,7 @@
 #include "flib/io/stop_run.h"
 #include "flib/util/math.h"
 #include "flib/util/matrix.h"
-#include "numfreq/chosen_element.h"
+#include "sgn/job/chosen_element.h"
 
 namespace support {
 
@@ -29,7 +29,7 @@ class without_vectors {
 };
 
 /// The density's element at `at`, or, without, the one of largest magnitude.
-inline flib::extremum whole_density(const numfreq::density_source& source,
+inline flib::extremum whole_density(const sgn::density_source& source,
                                     const flib::element_location* at) {
     const without_vectors choice;
     const auto& [nbasis, nbsuse, mi, ma, nfc, nfv] = source.counts;
@@ -78,11 +78,11 @@ std::string told_by(Way&& way) {
 }
 
 /// The same by the sign tool's way.
-inline std::string told_by_tool(const numfreq::density_source& source,
+inline std::string told_by_tool(const sgn::density_source& source,
                                 const flib::element_location* at) {
     return told_by([&] {
-        if (at == nullptr) return numfreq::largest_of_density(source);
-        return flib::extremum{*at, numfreq::density_at(source, *at)};
+        if (at == nullptr) return sgn::largest_of_density(source);
+        return flib::extremum{*at, sgn::density_at(source, *at)};
     });
 }
 

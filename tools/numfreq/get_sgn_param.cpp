@@ -5,8 +5,8 @@
 #include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
 #include "flib/text/fixed_text.h"
-#include "numfreq/job_counts.h"
-#include "numfreq/job_files.h"
+#include "sgn/job/job_counts.h"
+#include "sgn/job/job_files.h"
 #include "sgn/result/sgn_file.h"
 
 namespace numfreq {
@@ -46,9 +46,9 @@ void get_sgn_param(bool ref, std::string_view finp, std::int32_t& natom, std::in
         tden_maxval = reference.tden_maxval;
         return;
     }
-    const flib::line_buffer flog = job_file(finp, suffix::log);
-    const flib::line_buffer ffch = job_file(finp, suffix::checkpoint);
-    const job_counts counts = count_job(flog.padded(), ffch.padded());
+    const flib::line_buffer flog = sgn::job_file(finp, sgn::suffix::log);
+    const flib::line_buffer ffch = sgn::job_file(finp, sgn::suffix::checkpoint);
+    const sgn::job_counts counts = sgn::count_job(flog.padded(), ffch.padded());
     natom = counts.natom;
     nbasis = counts.nbasis;
     nbsuse = counts.nbsuse;

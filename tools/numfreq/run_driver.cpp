@@ -7,11 +7,11 @@
 #include "flib/qm_file/qm_file_force_tdip.h"
 #include "flib/util/elements.h"
 #include "flib/util/mod_timer.h"
-#include "numfreq/chosen_element.h"
-#include "numfreq/file_state.h"
 #include "numfreq/get_sgn_param.h"
-#include "numfreq/job_atoms.h"
-#include "numfreq/job_files.h"
+#include "sgn/job/chosen_element.h"
+#include "sgn/job/file_state.h"
+#include "sgn/job/job_atoms.h"
+#include "sgn/job/job_files.h"
 #include "sgn/result/sgn_file.h"
 
 namespace numfreq {
@@ -31,12 +31,13 @@ void run_driver(std::span<const std::string_view> arguments) {
     const line_buffer ffch(arguments.empty() ? std::string_view{} : arguments[0]);
     const bool ref = arguments.size() == 2;
     const line_buffer fref(ref ? arguments[1] : ffch.padded());
-    const line_buffer fcis = job_file(ffch.padded(), suffix::amplitudes);
-    const line_buffer flog = job_file(ffch.padded(), suffix::log);
-    const line_buffer fsgn = job_file(ffch.padded(), suffix::result);
+    const line_buffer fcis = sgn::job_file(ffch.padded(), sgn::suffix::amplitudes);
+    const line_buffer flog = sgn::job_file(ffch.padded(), sgn::suffix::log);
+    const line_buffer fsgn = sgn::job_file(ffch.padded(), sgn::suffix::result);
 
-    const file_state inputs[] = {file_state(flog.padded()), file_state(ffch.padded()),
-                                 file_state(fcis.padded())};
+    const sgn::file_state inputs[] = {sgn::file_state(flog.padded()),
+                                      sgn::file_state(ffch.padded()),
+                                      sgn::file_state(fcis.padded())};
     sgn::sgn_parameters run;
     std::int32_t nbsuse = 0;
     double denmax_ref = 0;
@@ -45,24 +46,24 @@ void run_driver(std::span<const std::string_view> arguments) {
     const std::int32_t natom = run.natom;
     inputs[0].require_room_for_atoms(natom);
 
-    job_atoms atoms(natom);
+    sgn::job_atoms atoms(natom);
     matrix<double> frc(3, natom, "the forces");
     matrix<double> tdip(3, 1, "the transition dipole");
 
     std::int32_t info = 0;
-    read_job_atoms(flog.padded(), atoms);
+    sgn::read_job_atoms(flog.padded(), atoms);
     std::vector<sgn::report_symbol> symbol(atoms.nat.size());
     flib::nat_to_symbol(natom, atoms.nat.all(), symbol);
 
     flib::qm_file_force_tdip(flog.padded(), natom, 1, frc.view(), tdip.view(), info);
-    const density_source density{
+    const sgn::density_source density{
         ffch.padded(), fcis.padded(), {run.nmo, nbsuse, run.mi, run.ma, run.nfc, run.nfv}, run.mci};
     // A mapped run is judged at the reference's element, even if its own largest one is elsewhere.
     if (ref) {
-        require_fits_reference(density);
-        run.tden_maxval = density_at(density, run.tden_maxloc);
+        sgn::require_fits_reference(density);
+        run.tden_maxval = sgn::density_at(density, run.tden_maxloc);
     } else {
-        const flib::extremum largest = largest_of_density(density);
+        const flib::extremum largest = sgn::largest_of_density(density);
         run.tden_maxloc = largest.at;
         run.tden_maxval = denmax_ref = largest.value;
     }
@@ -72,7 +73,7 @@ void run_driver(std::span<const std::string_view> arguments) {
     for (std::int32_t k = 1; k <= 3; ++k) {
         body.corrected_tdip[static_cast<std::size_t>(k) - 1] = tdip(k, 1) * run.sign;
     }
-    std::ranges::for_each(inputs, &file_state::require_unchanged);
+    std::ranges::for_each(inputs, &sgn::file_state::require_unchanged);
     flib::open_replace(result_unit, fsgn.padded());
     sgn::write_sgn_parameters(result_unit, run);
     sgn::write_sgn_body(result_unit, body);

@@ -10,9 +10,9 @@
 #include "common/output_file.h"
 #include "common/program.h"
 #include "common/reference.h"
-#include "common/same_file.h"
 #include "flib/io/stop_run.h"
 #include "sgn/check/check.h"
+#include "sgn/job/same_file.h"
 #include "sgn/result/sgn_file.h"
 #include "sgn_check/options.h"
 #include "sgn_check/report.h"
@@ -45,7 +45,7 @@ int run(std::span<const std::string_view> arguments) {
     bool others = false;
     for (const std::string& name : options.files) {
         // A pattern like *.sgn stands for the reference too.
-        if (tools::is_same_file(name, options.reference)) continue;
+        if (sgn::is_same_file(name, options.reference)) continue;
         others = true;
         read_file(name, files, unreadable);
     }

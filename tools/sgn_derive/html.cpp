@@ -14,7 +14,7 @@
 namespace sgn_derive {
 namespace {
 
-using sgn::job;
+using sgn::displaced_job;
 using sgn::role;
 using sgn::sum_rules;
 using svg::escaped;
@@ -61,8 +61,9 @@ std::string chi2_text(const sum_rules& rules) {
 }
 
 std::size_t repaired(const sgn::report& of) {
-    return static_cast<std::size_t>(std::count_if(of.set.jobs.begin(), of.set.jobs.end(),
-                                                  [](const job& each) { return each.sign < 0; }));
+    return static_cast<std::size_t>(
+        std::count_if(of.set.jobs.begin(), of.set.jobs.end(),
+                      [](const displaced_job& each) { return each.sign < 0; }));
 }
 
 std::string mark(bool fine) {
@@ -264,7 +265,7 @@ std::string modes_part(const sgn::report& of) {
 }
 
 /// "1 O +z 0.0100", or how many atoms and how far.
-std::string displacement_of(const sgn::report& of, const job& each) {
+std::string displacement_of(const sgn::report& of, const displaced_job& each) {
     if (each.is == role::reference) return "reference";
     return each.moved.text(of.set.atoms[each.moved.farthest].symbol);
 }
@@ -272,7 +273,7 @@ std::string displacement_of(const sgn::report& of, const job& each) {
 std::string files_part(const sgn::report& of) {
     std::string rows;
     for (std::size_t i = 0; i < of.set.jobs.size(); ++i) {
-        const job& each = of.set.jobs[i];
+        const displaced_job& each = of.set.jobs[i];
         std::string doubts;
         for (const sgn::finding& found : of.findings) {
             if (found.job == i) doubts += (doubts.empty() ? "" : "; ") + found.text;

@@ -11,7 +11,7 @@
 namespace sgn_derive {
 namespace {
 
-using sgn::job;
+using sgn::displaced_job;
 using svg::point;
 
 constexpr double width = 1000;
@@ -29,7 +29,7 @@ std::string stem_of(const std::string& name) {
 }
 
 /// As printed, before the sign was put right.
-double printed(const job& of, std::size_t k) {
+double printed(const displaced_job& of, std::size_t k) {
     return of.sign < 0 ? -of.dipole[k] : of.dipole[k];
 }
 
@@ -41,16 +41,16 @@ double place_of(std::size_t i, std::size_t jobs) {
 /// "corrected: -0.5417 to -0.5291"
 std::string span_of(const sgn::report& of, std::size_t k) {
     const auto& jobs = of.set.jobs;
-    const auto [low, high] =
-        std::minmax_element(jobs.begin(), jobs.end(),
-                            [k](const job& a, const job& b) { return a.dipole[k] < b.dipole[k]; });
+    const auto [low, high] = std::minmax_element(
+        jobs.begin(), jobs.end(),
+        [k](const displaced_job& a, const displaced_job& b) { return a.dipole[k] < b.dipole[k]; });
     const int decimals = std::clamp(of.set.dipole_decimals, 1, 8);
     return "corrected: " + tools::decimal(low->dipole[k], decimals) + " to " +
            tools::decimal(high->dipole[k], decimals) + " au";
 }
 
 std::string hint(const sgn::report& of, std::size_t i, std::size_t k) {
-    const job& each = of.set.jobs[i];
+    const displaced_job& each = of.set.jobs[i];
     const int decimals = std::clamp(of.set.dipole_decimals, 1, 8);
     return flib::printable(each.name) + ": printed " + tools::decimal(printed(each, k), decimals) +
            ", corrected " + tools::decimal(each.dipole[k], decimals);
@@ -60,7 +60,7 @@ std::string panel_of(const sgn::report& of, std::size_t k, double from) {
     const auto& jobs = of.set.jobs;
     // Rounding is not to look like something.
     double highest = 10 * std::pow(10, -of.set.dipole_decimals);
-    for (const job& each : jobs) {
+    for (const displaced_job& each : jobs) {
         highest = std::max(highest, std::abs(each.dipole[k]));  // of printed values too
     }
     const svg::scale y{-1.12 * highest, 1.12 * highest, from + panel, from};
@@ -107,7 +107,7 @@ std::string panel_of(const sgn::report& of, std::size_t k, double from) {
 
 std::vector<std::string> short_names(const sgn::displaced_set& set) {
     std::vector<std::string> names;
-    for (const job& each : set.jobs) names.push_back(stem_of(each.name));
+    for (const displaced_job& each : set.jobs) names.push_back(stem_of(each.name));
     // What all displaced jobs begin with, cut between words only.
     const std::string first = names.back();
     std::size_t shared = first.size();

@@ -38,7 +38,7 @@ json_value findings_of(const sgn::report& of, std::size_t job) {
 }
 
 json_value file_of(const sgn::report& of, std::size_t at) {
-    const sgn::job& job = of.set.jobs[at];
+    const sgn::displaced_job& job = of.set.jobs[at];
     json_value result{{"file", job.name},
                       {"role", role_name(job.is)},
                       {"sign", job.sign},

@@ -13,10 +13,10 @@
 #include "common/program.h"
 #include "common/progress.h"
 #include "common/reference.h"
-#include "common/same_file.h"
 #include "sgn/check/judge.h"
 #include "sgn/check/report.h"
 #include "sgn/checkpoint/checkpoint.h"
+#include "sgn/job/same_file.h"
 #include "sgn/result/sgn_file.h"
 #include "sgn_derive/html.h"
 #include "sgn_derive/json.h"
@@ -39,7 +39,7 @@ sgn::report report_on(const sgn_derive::options& options) {
     for (const std::string& name : options.files) {
         progress.at(files.size() + 1, "reading");
         // A pattern like *.sgn stands for the reference too.
-        if (tools::is_same_file(name, options.reference)) continue;
+        if (sgn::is_same_file(name, options.reference)) continue;
         files.push_back({name, sgn::read_sgn_file(name)});
     }
     progress.at(options.files.size() + 1, "computing");

@@ -6,7 +6,7 @@
 #include "common/command_line.h"
 #include "flib/io/stop_run.h"
 #include "flib/util/file.h"
-#include "numfreq/job_files.h"
+#include "sgn/job/job_files.h"
 
 namespace sgn_states {
 namespace {
@@ -26,8 +26,8 @@ std::vector<std::string> inputs_of(const options& of) {
     const auto add = [&](const std::string& checkpoint) {
         const std::string name = flib::name_main(checkpoint);
         files.push_back(checkpoint);
-        files.push_back(name + std::string(numfreq::suffix::log));
-        files.push_back(name + std::string(numfreq::suffix::amplitudes));
+        files.push_back(name + std::string(sgn::suffix::log));
+        files.push_back(name + std::string(sgn::suffix::amplitudes));
     };
     add(of.reference);
     for (const std::string& job : of.jobs) add(job);
@@ -55,24 +55,25 @@ options parse_options(std::span<const std::string_view> arguments) {
                  "Status: 0 all states the same and clear, 1 something deserves doubt, 2 a "
                  "job cannot\nbe read.\n"});
     constexpr const char* doubt = "Where doubt begins";
-    tools::add_number(app, "--mixed-below", result.limits.mixed_below, 0,
+    tools::add_number(app, "--mixed-below", result.follow.limits.mixed_below, 0,
                       "smallest squared overlap of a clear state")
         .group(doubt);
-    tools::add_number(app, "--lost-below", result.limits.lost_below, 0,
+    tools::add_number(app, "--lost-below", result.follow.limits.lost_below, 0,
                       "smallest squared overlap of a state that is not lost")
         .group(doubt);
     tools::add_value(
         app, "--states", "LIST",
         [&](const std::string& list) { result.states = tools::parse_ranges("--states", list); },
         "states of the reference, such as 1-3,5 (all)");
-    tools::add_switch(app, "--write", result.write,
+    tools::add_switch(app, "--write", result.follow.write,
                       "write the result file NAME_sK.sgn of every state K and job");
     tools::add_output(app, "--json", result.json, "write JSON, to standard output if FILE is -");
     tools::add_switch(app, "--csv", result.csv, "write CSV instead of the table");
     tools::add_switch(app, "--force", result.overwrite,
                       "overwrite files that these tools did not write");
     tools::add_value(
-        app, "-j,--jobs", "N", [&](const std::string& text) { result.workers = workers_of(text); },
+        app, "-j,--jobs", "N",
+        [&](const std::string& text) { result.follow.workers = workers_of(text); },
         "jobs at a time (1)");
 
     tools::parsed_line line = tools::parse_line(app, arguments);

@@ -10,19 +10,17 @@
 
 #include "common/number_ranges.h"
 #include "common/outputs.h"
-#include "states/follow.h"
+#include "sgn/states/follow_jobs.h"
 
 namespace sgn_states {
 
 struct options {
     std::optional<std::string> shown{};  ///< of --help or --version, to be shown instead of a run
-    states::thresholds limits;
+    sgn::follow_options follow;
     std::vector<tools::number_range> states;  ///< of the reference; empty: all
     std::optional<std::string> json;          ///< file for JSON, or "-"
     bool csv = false;                         ///< CSV instead of the table
-    bool write = false;                       ///< result files of every state
     bool overwrite = false;                   ///< also files that are no outputs of these tools
-    std::int32_t workers = 1;                 ///< jobs at a time
     std::string reference;
     std::vector<std::string> jobs;
 };

@@ -18,10 +18,10 @@
 namespace sgn_states {
 namespace {
 
-using states::followed_job;
-using states::followed_state;
-using states::root_values;
-using states::verdict;
+using sgn::continuation;
+using sgn::followed_job;
+using sgn::followed_state;
+using sgn::root_values;
 using tools::decimal;
 
 double electronvolts(const root_values& of) {
@@ -82,19 +82,19 @@ std::string largest_two(const std::vector<double>& overlaps) {
 
 std::string words_of(const followed_state& of) {
     switch (of.kind) {
-        case verdict::mixed:
+        case continuation::mixed:
             return "mixed: " + largest_two(of.overlaps);
-        case verdict::lost:
+        case continuation::lost:
             return "lost: " + largest_two(of.overlaps) + "; ask for more states";
         default:
-            return std::string(states::name_of(of.kind));
+            return std::string(sgn::name_of(of.kind));
     }
 }
 
 row row_of(const std::string& name, const followed_state& of) {
     row cells = new_row(name, of.state);
     cells[words] = {words_of(of),
-                    of.kind == verdict::same ? tools::paint::good : tools::paint::bad};
+                    of.kind == continuation::same ? tools::paint::good : tools::paint::bad};
     if (of.root == 0) return cells;
     cells[spin].text = name_of(of.spin);
     cells[root].text = std::to_string(of.root);
@@ -120,7 +120,7 @@ std::string summary(const set_result& result, const options& how) {
     std::size_t clear = 0;
     std::size_t written = result.reference.states.size();
     std::string text;
-    for (const job_result& each : result.jobs) {
+    for (const sgn::job_result& each : result.jobs) {
         written += each.written_files;
         if (!each.followed) continue;
         ++jobs;
@@ -140,18 +140,18 @@ std::string summary(const set_result& result, const options& how) {
     } else {
         text +=
             std::to_string(jobs - clear) + " of " + number(jobs, "job") + " with doubt; states:";
-        for (const verdict kind :
-             {verdict::same, verdict::exchanged, verdict::mixed, verdict::lost}) {
-            text += (kind == verdict::same ? " " : ", ") +
+        for (const continuation kind : {continuation::same, continuation::exchanged,
+                                        continuation::mixed, continuation::lost}) {
+            text += (kind == continuation::same ? " " : ", ") +
                     std::to_string(count[static_cast<std::size_t>(kind)]) + " " +
-                    std::string(states::name_of(kind));
+                    std::string(sgn::name_of(kind));
         }
     }
     if (const std::size_t unread = result.jobs.size() - jobs; jobs > 0 && unread > 0) {
         text += "; " + number(unread, "job") + " not read";
     }
     text += ".\n";
-    if (how.write) text += number(written, "result file") + " written.\n";
+    if (how.follow.write) text += number(written, "result file") + " written.\n";
     return text;
 }
 
@@ -161,7 +161,7 @@ tools::json_value known_json(bool known, const Value& value) {
     return known ? tools::json_value(value) : tools::json_value();
 }
 
-tools::json_value job_json(const job_result& of) {
+tools::json_value job_json(const sgn::job_result& of) {
     tools::json_value list = tools::json_value::array();
     for (const followed_state& each : of.followed->states) {
         const bool known = each.values.has_value();
@@ -174,7 +174,7 @@ tools::json_value job_json(const job_result& of) {
                         {"energy", known_json(known, electronvolts(values))},
                         {"dipole", known_json(known, values.dipole)},
                         {"strength", known_json(known, values.oscillator_strength())},
-                        {"verdict", states::name_of(each.kind)},
+                        {"verdict", sgn::name_of(each.kind)},
                         {"overlaps", each.overlaps}});
     }
     tools::json_value object{{"name", of.name}, {"checkpoint", of.checkpoint}, {"states", list}};
@@ -212,7 +212,7 @@ bool has_triplets(const set_result& result) {
         return state.spin == flib::root_spin::triplet;
     };
     return std::ranges::any_of(result.reference.states, is_triplet) ||
-           std::ranges::any_of(result.jobs, [&](const job_result& each) {
+           std::ranges::any_of(result.jobs, [&](const sgn::job_result& each) {
                return each.followed && std::ranges::any_of(each.followed->states, is_triplet);
            });
 }
@@ -231,14 +231,14 @@ std::string table(const set_result& result, const options& how, const tools::ter
                       {"Corrected dipole (au)", true, 1},
                       {"Verdict"}},
                      {}};
-    for (const states::reference_state& each : result.reference.states) {
+    for (const sgn::reference_state& each : result.reference.states) {
         row& cells =
             all.rows.emplace_back(new_row(result.reference.reference.files.name, each.state));
         cells[spin].text = name_of(each.spin);
         show_values(cells, each.values);
         cells[words].text = "reference";
     }
-    for (const job_result& each : result.jobs) {
+    for (const sgn::job_result& each : result.jobs) {
         if (!each.followed) continue;
         for (const followed_state& of : each.followed->states) {
             all.rows.push_back(row_of(each.name, of));
@@ -252,22 +252,22 @@ std::string table(const set_result& result, const options& how, const tools::ter
 }
 
 std::string json(const set_result& result, const options& how) {
-    tools::json_value all{
-        {"written_by", "sgn_states"},
-        {"reference", result.reference.reference.files.name},
-        {"states", tools::json_value::array()},
-        {"jobs", tools::json_value::array()},
-        {"thresholds",
-         {{"mixed_below", how.limits.mixed_below}, {"lost_below", how.limits.lost_below}}},
-        {"unreadable", tools::json_value::array()}};
-    for (const states::reference_state& each : result.reference.states) {
+    tools::json_value all{{"written_by", "sgn_states"},
+                          {"reference", result.reference.reference.files.name},
+                          {"states", tools::json_value::array()},
+                          {"jobs", tools::json_value::array()},
+                          {"thresholds",
+                           {{"mixed_below", how.follow.limits.mixed_below},
+                            {"lost_below", how.follow.limits.lost_below}}},
+                          {"unreadable", tools::json_value::array()}};
+    for (const sgn::reference_state& each : result.reference.states) {
         all["states"].push_back({{"state", each.state},
                                  {"spin", known_json(each.spin.has_value(), name_of(each.spin))},
                                  {"energy", electronvolts(each.values)},
                                  {"dipole", each.values.dipole},
                                  {"strength", each.values.oscillator_strength()}});
     }
-    for (const job_result& each : result.jobs) {
+    for (const sgn::job_result& each : result.jobs) {
         if (each.followed) {
             all["jobs"].push_back(job_json(each));
         } else {
@@ -282,21 +282,21 @@ std::string csv(const set_result& result) {
     std::string text =
         tools::csv_line({"job", "state", "root", "spin", "overlap", "sign", "energy", "strength",
                          "dipole_x", "dipole_y", "dipole_z", "verdict", "overlaps"});
-    for (const states::reference_state& each : result.reference.states) {
+    for (const sgn::reference_state& each : result.reference.states) {
         std::vector<std::string> fields =
             csv_fields(result.reference.reference.files.name, each.state, "", each.spin, "", "",
                        each.values, "reference");
         fields.emplace_back();
         text += tools::csv_line(fields);
     }
-    for (const job_result& each : result.jobs) {
+    for (const sgn::job_result& each : result.jobs) {
         if (!each.followed) continue;
         for (const followed_state& of : each.followed->states) {
             const bool known = of.root != 0;
             std::vector<std::string> fields =
                 csv_fields(each.name, of.state, known ? std::to_string(of.root) : "", of.spin,
                            known ? tools::csv_real(of.overlap) : "", std::to_string(of.sign),
-                           of.values, states::name_of(of.kind));
+                           of.values, sgn::name_of(of.kind));
             std::string& overlaps = fields.emplace_back();
             for (const double value : of.overlaps) {
                 overlaps.append(overlaps.empty() ? "" : " ").append(tools::csv_real(value));
@@ -309,7 +309,7 @@ std::string csv(const set_result& result) {
 
 int status_of(const set_result& result) {
     int status = tools::exit_status::fine;
-    for (const job_result& each : result.jobs) {
+    for (const sgn::job_result& each : result.jobs) {
         if (!each.followed) return tools::exit_status::failed;
         if (!each.followed->clear()) status = tools::exit_status::doubtful;
     }

@@ -4,9 +4,15 @@
 #include <string>
 
 #include "common/terminal.h"
-#include "sgn_states/run.h"
+#include "sgn/states/follow_jobs.h"
+#include "sgn_states/options.h"
 
 namespace sgn_states {
+
+struct set_result {
+    sgn::reference_set reference;
+    std::vector<sgn::job_result> jobs{};  ///< in the order given
+};
 
 /// A row per state of the reference, then per job and state, and lines that sum up.
 std::string table(const set_result& result, const options& how, const tools::terminal& on);

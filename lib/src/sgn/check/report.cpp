@@ -10,7 +10,7 @@
 namespace sgn {
 namespace {
 
-std::string shown(const job& of) {
+std::string shown(const displaced_job& of) {
     return flib::printable(of.name);
 }
 
@@ -18,7 +18,7 @@ std::string shown(const job& of) {
 void add_set_findings(report& of) {
     if (!of.suspects.flips.empty()) {
         std::vector<std::string> names;
-        for (const job& each : of.set.jobs) names.push_back(each.name);
+        for (const displaced_job& each : of.set.jobs) names.push_back(each.name);
         of.findings = suspect_findings(of.suspects.flips.front(), names);
     }
     for (finding& each :

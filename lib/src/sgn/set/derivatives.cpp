@@ -14,8 +14,8 @@ namespace {
 
 /// A displacement, and what its jobs contribute: the equation sum of part x value = J d.
 struct equation {
-    const job* plus;
-    const job* minus;  // null if one-sided
+    const displaced_job* plus;
+    const displaced_job* minus;  // null if one-sided
     std::size_t plus_at;
     std::size_t minus_at;
 };
@@ -23,7 +23,7 @@ struct equation {
 std::vector<equation> equations_of(const displaced_set& set) {
     std::vector<equation> equations;
     for (std::size_t i = 1; i < set.jobs.size(); ++i) {
-        const job& each = set.jobs[i];
+        const displaced_job& each = set.jobs[i];
         if (each.is == role::one_sided) equations.push_back({&each, nullptr, i, 0});
         if (each.is == role::paired && each.other > i) {
             equations.push_back({&each, &set.jobs[each.other], i, each.other});

@@ -29,8 +29,8 @@ std::string misfit_of(const result_file& file, const result_file& reference) {
     return other + ", so it does not belong to " + flib::printable(reference.name);
 }
 
-job make_job(const result_file& file, const result_file& reference) {
-    job result;
+displaced_job make_job(const result_file& file, const result_file& reference) {
+    displaced_job result;
     result.name = file.name;
     result.sign = file.contents.parameters.sign;
     result.dipole = file.contents.corrected_tdip;
@@ -47,8 +47,8 @@ job make_job(const result_file& file, const result_file& reference) {
 }
 
 /// Finds out what job `at` is to those before it.
-void place(std::vector<job>& jobs, std::size_t at) {
-    job& added = jobs[at];
+void place(std::vector<displaced_job>& jobs, std::size_t at) {
+    displaced_job& added = jobs[at];
     if (added.moved.moved == 0) {
         added.is = role::undisplaced;
         return;
@@ -75,7 +75,7 @@ void place(std::vector<job>& jobs, std::size_t at) {
 void see_decimals(displaced_set& set) {
     decimals_seen dipole(usual_dipole_decimals);
     decimals_seen forces(usual_force_decimals);
-    for (const job& each : set.jobs) {
+    for (const displaced_job& each : set.jobs) {
         for (const double value : each.dipole) dipole.look_at(value);
         for (const vec3& force : each.forces) {
             for (const double value : force) {
@@ -112,7 +112,7 @@ displaced_set make_set(const result_file& reference, std::span<const result_file
         set.jobs.push_back(make_job(file, reference));
         place(set.jobs, set.jobs.size() - 1);
     }
-    for (const job& each : set.jobs) {
+    for (const displaced_job& each : set.jobs) {
         if (each.is != role::paired && each.is != role::one_sided) continue;
         ++(each.is == role::paired ? set.pairs : set.one_sided);
         set.largest_step = std::max(set.largest_step, each.moved.distance);

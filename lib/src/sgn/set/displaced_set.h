@@ -34,7 +34,7 @@ enum class role {
     repeated      ///< the geometry of an earlier file once more: takes no part
 };
 
-struct job {
+struct displaced_job {
     std::string name;
     role is = role::one_sided;
     std::size_t other = 0;  ///< paired: the partner; repeated: the earlier file (place in `jobs`)
@@ -51,8 +51,8 @@ struct misfit {
 };
 
 struct displaced_set {
-    std::vector<atom> atoms;  ///< at the reference geometry
-    std::vector<job> jobs;    ///< the reference first, then the files in their order
+    std::vector<atom> atoms;          ///< at the reference geometry
+    std::vector<displaced_job> jobs;  ///< the reference first, then the files in their order
     std::int32_t basis_functions = 0;
     std::size_t pairs = 0;
     std::size_t one_sided = 0;

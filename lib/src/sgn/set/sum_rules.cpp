@@ -95,7 +95,7 @@ std::string why_not(const displaced_set& set, const derivatives& of) {
     if (!of.complete()) return "not all coordinates are displaced";
     if (set.one_sided == 0) return {};
     std::string first;
-    for (const job& each : set.jobs) {
+    for (const displaced_job& each : set.jobs) {
         if (first.empty() && each.is == role::one_sided) first = flib::printable(each.name);
     }
     return std::to_string(set.one_sided) +

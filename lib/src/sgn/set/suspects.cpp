@@ -133,11 +133,11 @@ search::search(const displaced_set& set, const derivatives& of) : set_(set), of_
     const double rounding = std::pow(rounding_error(set.dipole_decimals), 2);
     moves_.push_back({0});
     for (std::size_t j = 1; j < set.jobs.size(); ++j) {
-        const job& plus = set.jobs[j];
+        const displaced_job& plus = set.jobs[j];
         if (plus.is != role::paired) continue;
         moves_.push_back({j});
         if (plus.other < j) continue;
-        const job& minus = set.jobs[plus.other];
+        const displaced_job& minus = set.jobs[plus.other];
         moves_.push_back({j, plus.other});
         const double h = plus.moved.distance / flib::bohr_radius;
         const double variance = 6 * rounding + std::pow(usual_curvature * h * h, 2);

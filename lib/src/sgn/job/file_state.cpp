@@ -1,9 +1,9 @@
-#include "numfreq/file_state.h"
+#include "sgn/job/file_state.h"
 
 #include "flib/io/stop_run.h"
 #include "flib/text/fixed_text.h"
 
-namespace numfreq {
+namespace sgn {
 
 file_state::file_state(std::string_view name) : name_(flib::trim_right(name)) {
     known_ = stat(name_.c_str(), &status_) == 0;
@@ -27,4 +27,4 @@ void file_state::require_room_for_atoms(std::int32_t natom) const {
     throw flib::io_error(name_, 0, "is too short to hold " + std::to_string(natom) + " atoms");
 }
 
-}  // namespace numfreq
+}  // namespace sgn

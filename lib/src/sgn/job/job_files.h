@@ -7,7 +7,7 @@
 #include "flib/text/fixed_text.h"
 #include "flib/util/file.h"
 
-namespace numfreq {
+namespace sgn {
 
 namespace suffix {
 inline constexpr std::string_view checkpoint = ".fchk";
@@ -23,4 +23,4 @@ inline flib::line_buffer job_file(std::string_view ffch, std::string_view suffix
     return flib::line_buffer(std::string(flib::trim_right(name)).append(suffix));
 }
 
-}  // namespace numfreq
+}  // namespace sgn

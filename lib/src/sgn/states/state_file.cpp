@@ -1,4 +1,4 @@
-#include "states/state_file.h"
+#include "sgn/states/state_file.h"
 
 #include <algorithm>
 #include <vector>
@@ -6,17 +6,17 @@
 #include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
 #include "flib/util/elements.h"
-#include "numfreq/job_files.h"
+#include "sgn/job/job_files.h"
 #include "sgn/result/sgn_file.h"
 
-namespace states {
+namespace sgn {
 namespace {
 
 /// The sizes are those of the reference, as in every result file of a set.
 void write_state(const reference_set& from, const job& now, const reference_state& state,
                  std::int32_t sign, double element_value, const std::array<double, 3>& dipole) {
     if (!now.no_forces.empty()) throw flib::io_error(now.files.log, 0, now.no_forces);
-    const numfreq::job_counts& counts = from.reference.counts;
+    const job_counts& counts = from.reference.counts;
     std::vector<sgn::report_symbol> symbol(now.atoms.nat.size());
     flib::nat_to_symbol(now.atoms.natom, now.atoms.nat.all(), symbol);
     std::int32_t fid = 0;
@@ -33,7 +33,7 @@ void write_state(const reference_set& from, const job& now, const reference_stat
 }  // namespace
 
 std::string state_file_name(const std::string& name, std::int32_t state) {
-    return name + "_s" + std::to_string(state) + std::string(numfreq::suffix::result);
+    return name + "_s" + std::to_string(state) + std::string(suffix::result);
 }
 
 void write_reference_state(const reference_set& from, const reference_state& state) {
@@ -46,4 +46,4 @@ void write_followed_state(const reference_set& from, const job& now, const follo
                 state.values ? state.values->dipole : std::array<double, 3>{});
 }
 
-}  // namespace states
+}  // namespace sgn

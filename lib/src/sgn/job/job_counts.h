@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
-namespace numfreq {
+namespace sgn {
 
 struct job_counts {
     std::int32_t natom = 0;   ///< atoms; of an ONIOM job, those of the high layer
@@ -24,4 +24,4 @@ job_counts count_job(std::string_view flog, std::string_view ffch);
 /// The same of a log that need not tell the roots; `mci` is then 0.
 job_counts count_orbitals(std::string_view flog, std::string_view ffch);
 
-}  // namespace numfreq
+}  // namespace sgn

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-namespace numfreq {
+namespace sgn {
 
 /// An input file as it was at some moment. Each reader opens the file anew, and whoever writes it
 /// may not have finished.
@@ -28,4 +28,4 @@ class file_state {
     bool known_ = false;
 };
 
-}  // namespace numfreq
+}  // namespace sgn

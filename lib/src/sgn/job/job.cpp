@@ -1,4 +1,4 @@
-#include "states/job.h"
+#include "sgn/job/job.h"
 
 #include <algorithm>
 #include <array>
@@ -6,9 +6,9 @@
 #include <string_view>
 #include <utility>
 
-#include "common/number_text.h"
 #include "flib/excited/qm_file_ci_xpy.h"
 #include "flib/excited/qm_file_mo_coeff_nbasis_nbsuse.h"
+#include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
 #include "flib/qm_file/detail/reader_steps.h"
@@ -19,13 +19,11 @@
 #include "flib/qm_file/type_tag.h"
 #include "flib/text/fixed_text.h"
 #include "flib/util/file.h"
-#include "numfreq/file_state.h"
-#include "numfreq/job_files.h"
+#include "sgn/job/file_state.h"
+#include "sgn/job/job_files.h"
 
-namespace states {
+namespace sgn {
 namespace {
-
-using numfreq::job_counts;
 
 [[noreturn]] void fail(const std::string& file, const std::string& reason) {
     throw flib::io_error(file, 0, reason);
@@ -188,7 +186,7 @@ void read_amplitudes(job& now, const std::optional<flib::dump_layout>& layout) {
 }
 
 std::string number(double value) {
-    return tools::decimal(value, 4);
+    return flib::decimal(value, 4);
 }
 
 /// Makes sure that they are amplitudes, and sees which spin each state has.
@@ -233,8 +231,8 @@ job_files files_of(const std::string& checkpoint) {
         fail(checkpoint,
              "cannot be a job: without directory and extension nothing is left as its name");
     }
-    return {name, checkpoint, name + std::string(numfreq::suffix::log),
-            name + std::string(numfreq::suffix::amplitudes)};
+    return {name, checkpoint, name + std::string(suffix::log),
+            name + std::string(suffix::amplitudes)};
 }
 
 job::job(job_files its_files, const job_counts& sizes, std::int32_t its_states)
@@ -259,14 +257,14 @@ std::optional<flib::root_spin> job::spin_of(std::int32_t root) const {
 
 job read_job(const std::string& checkpoint, const job* reference) {
     const job_files files = files_of(checkpoint);
-    const std::array states{numfreq::file_state(files.log), numfreq::file_state(files.checkpoint),
-                            numfreq::file_state(files.dump)};
+    const std::array states{file_state(files.log), file_state(files.checkpoint),
+                            file_state(files.dump)};
     require_kind(files.checkpoint, flib::tag::gaussian_fchk, "a formatted checkpoint");
     require_kind(files.log, flib::tag::gaussian_log, "a Gaussian log");
     require_kind(files.dump, flib::tag::gaussian_rwf, "a dump of a Gaussian read-write file");
     require_amplitudes(files.dump);
     job_counts counts =
-        reading(files.log, [&] { return numfreq::count_orbitals(files.log, files.checkpoint); });
+        reading(files.log, [&] { return count_orbitals(files.log, files.checkpoint); });
     if (reference != nullptr) require_sizes_of(*reference, files, counts);
     require_sense(files, counts);
     states[0].require_room_for_atoms(counts.natom);
@@ -278,7 +276,7 @@ job read_job(const std::string& checkpoint, const job* reference) {
 
     job now(files, counts, number_of_states);
     std::int32_t info = 0;
-    reading(files.log, [&] { numfreq::read_job_atoms(files.log, now.atoms); });
+    reading(files.log, [&] { read_job_atoms(files.log, now.atoms); });
     for (std::int32_t state = 1; state <= now.states; ++state) {
         std::ranges::copy(printed[static_cast<std::size_t>(state) - 1].dipole,
                           now.tdip.view().column(state).begin());
@@ -292,11 +290,11 @@ job read_job(const std::string& checkpoint, const job* reference) {
         read_amplitudes(now, layout);
         read_energies(now, layout, printed);
     });
-    std::ranges::for_each(states, &numfreq::file_state::require_unchanged);
+    std::ranges::for_each(states, &file_state::require_unchanged);
     if (reference != nullptr) require_atoms_of(*reference, now);
     require_numbers(now);
     reading(files.dump, [&] { judge_amplitudes(now, layout); });
     return now;
 }
 
-}  // namespace states
+}  // namespace sgn

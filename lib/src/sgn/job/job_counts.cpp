@@ -1,11 +1,11 @@
-#include "numfreq/job_counts.h"
+#include "sgn/job/job_counts.h"
 
 #include "flib/excited/qm_file_nbasis_nbsuse.h"
 #include "flib/excited/qm_file_nci.h"
 #include "flib/qm_file/qm_file_natom.h"
 #include "flib/qm_file/qm_file_oniom.h"
 
-namespace numfreq {
+namespace sgn {
 namespace {
 
 /// All but the excitation space.
@@ -47,4 +47,4 @@ job_counts count_orbitals(std::string_view flog, std::string_view ffch) {
     return counts;
 }
 
-}  // namespace numfreq
+}  // namespace sgn

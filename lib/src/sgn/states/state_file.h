@@ -3,9 +3,9 @@
 
 #include <string>
 
-#include "states/follow.h"
+#include "sgn/states/follow.h"
 
-namespace states {
+namespace sgn {
 
 /// "NAME_sSTATE.sgn".
 std::string state_file_name(const std::string& name, std::int32_t state);
@@ -18,4 +18,4 @@ void write_reference_state(const reference_set& from, const reference_state& sta
 /// of a job whose sign stigruz cannot tell.
 void write_followed_state(const reference_set& from, const job& now, const followed_state& state);
 
-}  // namespace states
+}  // namespace sgn

@@ -9,10 +9,10 @@
 
 #include "flib/excited/root_norms.h"
 #include "flib/util/matrix.h"
-#include "numfreq/job_atoms.h"
-#include "numfreq/job_counts.h"
+#include "sgn/job/job_atoms.h"
+#include "sgn/job/job_counts.h"
 
-namespace states {
+namespace sgn {
 
 /// A job's name and files: the checkpoint as given, log and dump in the working directory.
 struct job_files {
@@ -29,7 +29,7 @@ job_files files_of(const std::string& checkpoint);
 /// prints.
 struct job {
     /// Zeros for so many states. Throws flib::run_error without enough memory.
-    job(job_files its_files, const numfreq::job_counts& sizes, std::int32_t its_states);
+    job(job_files its_files, const job_counts& sizes, std::int32_t its_states);
 
     /// Component 1 of the amplitudes of `root` (from 1 on), ma x mi: X+Y of alpha spin.
     std::span<const double> amplitudes(std::int32_t root) const;
@@ -38,9 +38,9 @@ struct job {
     std::optional<flib::root_spin> spin_of(std::int32_t root) const;
 
     job_files files;
-    numfreq::job_counts counts;  ///< mci: roots to seek of the log, else roots of the dump
+    job_counts counts;  ///< mci: roots to seek of the log, else roots of the dump
     std::int32_t states;
-    numfreq::job_atoms atoms;
+    job_atoms atoms;
     flib::matrix<double> force;         ///< 3 x natom, Hartree/Bohr
     std::string no_forces{};            ///< why there are none; empty if there are
     flib::matrix<double> moc;           ///< nbasis x nbsuse: basis function, orbital
@@ -58,4 +58,4 @@ struct job {
 /// also have its atoms and sizes; only the numbers of states and roots may be others.
 job read_job(const std::string& checkpoint, const job* reference = nullptr);
 
-}  // namespace states
+}  // namespace sgn

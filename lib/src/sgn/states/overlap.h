@@ -4,9 +4,9 @@
 #include <memory>
 #include <vector>
 
-#include "states/job.h"
+#include "sgn/job/job.h"
 
-namespace states {
+namespace sgn {
 
 /// A row per state of the reference, in it the overlap with each root of a job.
 using overlap_rows = std::vector<std::vector<double>>;
@@ -40,4 +40,4 @@ class overlap_reference {
     std::unique_ptr<const factorised> reference_;
 };
 
-}  // namespace states
+}  // namespace sgn

@@ -1,4 +1,4 @@
-#include "numfreq/chosen_element.h"
+#include "sgn/job/chosen_element.h"
 
 #include <algorithm>
 #include <exception>
@@ -12,7 +12,7 @@
 #include "flib/qm_file/detail/reader_steps.h"
 #include "flib/text/fixed_text.h"
 
-namespace numfreq {
+namespace sgn {
 namespace {
 
 bool lies_within(std::int32_t nmo, const flib::element_location& at) {
@@ -103,4 +103,4 @@ flib::extremum largest_of_density(const density_source& source) {
     return largest;
 }
 
-}  // namespace numfreq
+}  // namespace sgn

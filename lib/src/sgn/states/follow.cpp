@@ -1,4 +1,4 @@
-#include "states/follow.h"
+#include "sgn/states/follow.h"
 
 #include <algorithm>
 #include <cmath>
@@ -8,13 +8,13 @@
 
 #include "flib/excited/detail/density_parts.h"
 #include "flib/io/stop_run.h"
-#include "states/assignment.h"
+#include "sgn/states/assignment.h"
 
-namespace states {
+namespace sgn {
 namespace {
 
 flib::orbital_counts orbitals_of(const job& now) {
-    const numfreq::job_counts& of = now.counts;
+    const job_counts& of = now.counts;
     return {of.nbasis, of.nbsuse, of.mi, of.ma, of.nfc, of.nfv};
 }
 
@@ -41,22 +41,22 @@ bool of_other_spin(const job& reference, std::size_t row, const job& now, std::s
     return reference.spin[row] != now.spin[column];
 }
 
-verdict judge(const followed_state& of, double weight, const thresholds& limits) {
+continuation judge(const followed_state& of, double weight, const overlap_limits& limits) {
     // What is not a number is below every threshold.
-    if (!(weight >= limits.lost_below)) return verdict::lost;
-    if (!(weight >= limits.mixed_below)) return verdict::mixed;
-    return of.root == of.state ? verdict::same : verdict::exchanged;
+    if (!(weight >= limits.lost_below)) return continuation::lost;
+    if (!(weight >= limits.mixed_below)) return continuation::mixed;
+    return of.root == of.state ? continuation::same : continuation::exchanged;
 }
 
 followed_state judge_state(const reference_state& state, std::optional<std::size_t> column,
                            const std::vector<double>& overlaps, const job& now,
-                           const thresholds& limits) {
+                           const overlap_limits& limits) {
     followed_state result{.state = state.state, .overlaps = overlaps};
     if (!column) return result;
     const double overlap = overlaps[*column];
     result.root = static_cast<std::int32_t>(*column) + 1;
     result.kind = judge(result, overlap * overlap, limits);
-    if (result.kind == verdict::lost) {
+    if (result.kind == continuation::lost) {
         result.root = 0;
         return result;
     }
@@ -71,15 +71,15 @@ followed_state judge_state(const reference_state& state, std::optional<std::size
 
 }  // namespace
 
-std::string_view name_of(verdict kind) {
+std::string_view name_of(continuation kind) {
     switch (kind) {
-        case verdict::same:
+        case continuation::same:
             return "same";
-        case verdict::exchanged:
+        case continuation::exchanged:
             return "exchanged";
-        case verdict::mixed:
+        case continuation::mixed:
             return "mixed";
-        case verdict::lost:
+        case continuation::lost:
             break;
     }
     return "lost";
@@ -108,11 +108,11 @@ reference_set prepare(job&& reference, std::span<const std::int32_t> wanted) {
 }
 
 bool followed_job::clear() const {
-    const auto is_same = [](const followed_state& of) { return of.kind == verdict::same; };
+    const auto is_same = [](const followed_state& of) { return of.kind == continuation::same; };
     return std::ranges::all_of(states, is_same) && (!stigruz || stigruz->agrees);
 }
 
-followed_job follow(const reference_set& from, const job& now, const thresholds& limits) {
+followed_job follow(const reference_set& from, const job& now, const overlap_limits& limits) {
     overlap_rows rows = from.overlaps.overlaps(now);
     for (std::size_t row = 0; row < rows.size(); ++row) {
         for (std::size_t column = 0; column < rows[row].size(); ++column) {
@@ -138,4 +138,4 @@ followed_job follow(const reference_set& from, const job& now, const thresholds&
     return result;
 }
 
-}  // namespace states
+}  // namespace sgn

@@ -7,7 +7,7 @@
 #include "flib/excited/detail/density_parts.h"
 #include "flib/util/math.h"
 
-namespace numfreq {
+namespace sgn {
 
 /// Where the density comes from.
 struct density_source {
@@ -31,4 +31,4 @@ double density_at(const density_source& source, const flib::element_location& at
 /// The element of largest magnitude, for a reference run; run_error if there is none.
 flib::extremum largest_of_density(const density_source& source);
 
-}  // namespace numfreq
+}  // namespace sgn

@@ -1,6 +1,6 @@
 // The sign tool's short ways to the element it judges by, against the public routines: the same
 // element to the last bit, or the same ending, whatever is in the files.
-#include "numfreq/chosen_element.h"
+#include "sgn/job/chosen_element.h"
 
 #include <gmock/gmock.h>
 
@@ -17,15 +17,14 @@ using support::job;
 
 class ChosenElement : public testing::Test {
   protected:
-    numfreq::density_source write(const job& what, const support::writing& how = {}) const {
+    sgn::density_source write(const job& what, const support::writing& how = {}) const {
         support::write_job(scratch_.path(), "a", what, how);
         const std::int32_t n = what.nbasis();
         return {ffch, fcis, {n, n, what.mi, what.ma, what.nfc, what.nfv}, what.mci};
     }
 
     /// What both ways come to; a failure of the test if they differ.
-    static std::string told(const numfreq::density_source& source,
-                            const flib::element_location* at) {
+    static std::string told(const sgn::density_source& source, const flib::element_location* at) {
         const std::string by_tool = support::told_by_tool(source, at);
         EXPECT_EQ(by_tool, support::told_by([&] { return support::whole_density(source, at); }));
         return by_tool;
@@ -63,7 +62,7 @@ TEST_F(ChosenElement, IsThatOfTheWholeDensity) {
         if (round % 4 == 1) how.end_of_line = "\r\n";
         if (round % 4 == 2) how.per_line = number(1, 7);
         how.layout_told = round % 3 != 0;
-        numfreq::density_source source = write(now, how);
+        sgn::density_source source = write(now, how);
         for (int i = number(0, 3); i > 0; --i) {
             const bool coefficient = number(0, 1) == 0;
             const std::string& path = coefficient ? ffch : fcis;
@@ -91,7 +90,7 @@ TEST_F(ChosenElement, IsThatOfTheWholeDensity) {
 
 TEST_F(ChosenElement, TellsWhatIsWrongInTheOrderOfTheWholeRun) {
     const job now = support::random_job(random, 1, 1, 2, 12, 1, 2);
-    numfreq::density_source source;
+    sgn::density_source source;
     flib::element_location at;
     const auto spoil = [](const std::string& path, std::string_view behind, std::string_view here,
                           const char* after) {

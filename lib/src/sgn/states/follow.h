@@ -9,21 +9,21 @@
 #include <vector>
 
 #include "flib/util/math.h"
-#include "states/job.h"
-#include "states/overlap.h"
+#include "sgn/job/job.h"
+#include "sgn/states/overlap.h"
 
-namespace states {
+namespace sgn {
 
 /// Where doubt begins. The square of an overlap is the part of one state that the other holds.
-struct thresholds {
+struct overlap_limits {
     double mixed_below = 0.8;  ///< of a state and the root that continues it
     double lost_below = 0.2;   ///< with less, no root continues the state
 };
 
-enum class verdict { same, exchanged, mixed, lost };
+enum class continuation { same, exchanged, mixed, lost };
 
 /// "same", "exchanged", "mixed" or "lost".
-std::string_view name_of(verdict kind);
+std::string_view name_of(continuation kind);
 
 /// What a job's files say of a root.
 struct root_values {
@@ -60,7 +60,7 @@ reference_set prepare(job&& reference, std::span<const std::int32_t> wanted);
 /// What became of a state.
 struct followed_state {
     std::int32_t state = 0;  ///< of the reference
-    verdict kind = verdict::lost;
+    continuation kind = continuation::lost;
     std::int32_t root = 0;                ///< that continues it; 0 if it is lost, as all else then
     double overlap = 0;                   ///< its magnitude
     std::int32_t sign = 0;                ///< of the overlap
@@ -86,6 +86,6 @@ struct followed_job {
 
 /// Follows the states into a job of the reference's sizes. A singlet is never continued by a
 /// triplet, nor the other way. Throws flib::run_error if its orbitals are linearly dependent.
-followed_job follow(const reference_set& from, const job& now, const thresholds& limits);
+followed_job follow(const reference_set& from, const job& now, const overlap_limits& limits);
 
-}  // namespace states
+}  // namespace sgn

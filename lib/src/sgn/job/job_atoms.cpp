@@ -1,4 +1,4 @@
-#include "numfreq/job_atoms.h"
+#include "sgn/job/job_atoms.h"
 
 #include <cstddef>
 #include <string>
@@ -10,7 +10,7 @@
 #include "flib/qm_file/qm_file_oniom.h"
 #include "flib/text/fixed_text.h"
 
-namespace numfreq {
+namespace sgn {
 namespace {
 
 /// Reads all atoms of the log.
@@ -67,4 +67,4 @@ void read_job_atoms(std::string_view flog, job_atoms& atoms) {
     }
 }
 
-}  // namespace numfreq
+}  // namespace sgn

@@ -1,4 +1,4 @@
-#include "states/job.h"
+#include "sgn/job/job.h"
 
 #include <gtest/gtest.h>
 
@@ -12,8 +12,8 @@
 namespace {
 
 namespace fs = std::filesystem;
-using states::job;
-using states::read_job;
+using sgn::job;
+using sgn::read_job;
 using support::contents_of;
 
 /// A copy of the smaller set's files, in the working directory.
@@ -58,10 +58,10 @@ TEST_F(ReadingAJob, TakesEverythingOfIt) {
     add("amplitudes 1", now.amplitudes(1));
     add("amplitudes 4", now.amplitudes(4));
     EXPECT_EQ(text.str(), contents_of(support::data_file("states/job.txt")));
-    const auto& [name, checkpoint, log, dump] = states::files_of("/some where/a.b.fchk");
+    const auto& [name, checkpoint, log, dump] = sgn::files_of("/some where/a.b.fchk");
     EXPECT_EQ(name + ' ' + checkpoint + ' ' + log + ' ' + dump,
               "a.b /some where/a.b.fchk a.b.log a.b.cis");
-    EXPECT_EQ(support::ending_of([] { states::files_of("there/.fchk"); })->text,
+    EXPECT_EQ(support::ending_of([] { sgn::files_of("there/.fchk"); })->text,
               "there/.fchk: cannot be a job: without directory and extension nothing is left as "
               "its name");
 }

@@ -6,7 +6,7 @@
 
 #include "flib/util/matrix.h"
 
-namespace numfreq {
+namespace sgn {
 
 /// Atoms in the order of the log; of an ONIOM job, those of the high layer.
 struct job_atoms {
@@ -23,4 +23,4 @@ struct job_atoms {
 /// flib::io_error if the high layer of an ONIOM job has another number of atoms.
 void read_job_atoms(std::string_view flog, job_atoms& atoms);
 
-}  // namespace numfreq
+}  // namespace sgn

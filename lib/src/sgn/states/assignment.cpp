@@ -1,10 +1,10 @@
-#include "states/assignment.h"
+#include "sgn/states/assignment.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
-namespace states {
+namespace sgn {
 
 // The Hungarian method, in the form that adds one row after the other along a shortest path: every
 // row and column has a price, the prices of a row and a column never exceed the cost of their pair,
@@ -64,4 +64,4 @@ std::vector<std::optional<std::size_t>> assign(const overlap_rows& rows) {
     return assigned;
 }
 
-}  // namespace states
+}  // namespace sgn

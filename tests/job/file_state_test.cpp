@@ -1,5 +1,5 @@
 // What tells that an input file is no longer what it was, and whether atoms can be in it.
-#include "numfreq/file_state.h"
+#include "sgn/job/file_state.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@
 namespace {
 
 namespace fs = std::filesystem;
-using numfreq::file_state;
+using sgn::file_state;
 
 TEST(FileState, SeesEveryChange) {
     const support::scratch_directory scratch;

@@ -1,4 +1,4 @@
-#include "states/overlap.h"
+#include "sgn/states/overlap.h"
 
 #include <Eigen/Core>
 #include <Eigen/LU>
@@ -10,7 +10,7 @@
 
 #include "flib/io/stop_run.h"
 
-namespace states {
+namespace sgn {
 namespace {
 
 using Eigen::Index;
@@ -65,7 +65,7 @@ class factors {
 }  // namespace
 
 struct overlap_reference::factorised {
-    numfreq::job_counts counts;
+    job_counts counts;
     factors orbitals;
     std::vector<MatrixXd> amplitudes;  // of every state, normalised
 };
@@ -116,4 +116,4 @@ overlap_rows overlap_reference::overlaps(const job& now) const {
     return rows;
 }
 
-}  // namespace states
+}  // namespace sgn

@@ -1,0 +1,52 @@
+#include "sgn/states/follow_jobs.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <numeric>
+
+#include "support/support.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// What was followed, a line per job: name, then root and sign per state, or the reason.
+std::string summary(const std::vector<sgn::job_result>& results) {
+    std::string text;
+    for (const sgn::job_result& each : results) {
+        text += each.name + ":";
+        if (!each.followed) text += " " + each.reason();
+        for (std::size_t i = 0; each.followed && i < each.followed->states.size(); ++i) {
+            const sgn::followed_state& state = each.followed->states[i];
+            text += " " + std::to_string(state.root * state.sign);
+        }
+        text += "\n";
+    }
+    return text;
+}
+
+TEST(FollowJobs, GivesTheSameWithAnyNumberOfWorkers) {
+    const support::scratch_directory scratch;
+    const fs::path home = fs::current_path();
+    fs::copy(support::data_file("crossing"), scratch.path());
+    fs::current_path(scratch.path());
+    const std::vector<std::int32_t> wanted{1, 2, 3};
+    const sgn::reference_set reference = prepare(sgn::read_job("h2ox_ref.fchk"), wanted);
+    const std::vector<std::string> jobs{"h2ox_02yp.fchk", "missing.fchk", "./h2ox_02yp.fchk",
+                                        "h2ox_01zp.fchk"};
+    for (const std::int32_t workers : {1, 3}) {
+        std::vector<std::size_t> told;
+        const auto tell = [&](std::size_t done, std::size_t all) {
+            told.push_back(10 * done + all);
+        };
+        EXPECT_EQ(summary(follow_jobs(reference, jobs, {.workers = workers}, tell)),
+                  "h2ox_02yp: -1 -3 2\n"
+                  "missing: missing.fchk: cannot be opened: No such file or directory\n"
+                  "h2ox_01zp: 1 -2 -3\n");
+        EXPECT_EQ(told, (std::vector<std::size_t>{13, 23, 33}));
+    }
+    fs::current_path(home);
+}
+
+}  // namespace
