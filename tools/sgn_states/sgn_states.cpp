@@ -2,16 +2,22 @@
 
 #include <unistd.h>
 
+#include <set>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "common/output_file.h"
 #include "common/outputs.h"
 #include "common/program.h"
 #include "common/progress.h"
 #include "common/terminal.h"
+#include "flib/io/atomic_file.h"
 #include "flib/io/stop_run.h"
 #include "flib/text/fixed_text.h"
+#include "flib/util/file.h"
 #include "sgn/states/follow_jobs.h"
+#include "sgn/states/state_file.h"
 #include "sgn_states/options.h"
 #include "sgn_states/report.h"
 
@@ -28,21 +34,32 @@ std::vector<std::int32_t> wanted_states(const sgn_states::options& how, const sg
     return tools::numbers_in(how.states, known);
 }
 
+/// Result files of states must not take the place of anything that would be missed. What killed
+/// runs have left of them is removed.
+void prepare_places(const sgn_states::options& how, const sgn::reference_set& reference) {
+    std::vector<tools::planned_output> outputs = outputs_of(how);
+    std::set<std::string> names{reference.reference.files.name};
+    for (const std::string& job : how.jobs) names.insert(flib::name_main(job));
+    for (const std::string& name : names) {
+        for (const sgn::reference_state& state : reference.states) {
+            outputs.push_back({"--write", sgn::state_file_name(name, state.state),
+                               tools::output_kind::result_file});
+        }
+    }
+    tools::require_harmless(outputs, inputs_of(how), how.overwrite);
+    std::set<std::string_view> files;
+    for (const tools::planned_output& each : outputs) files.insert(each.file);
+    flib::remove_left_over(".", [&](std::string_view name) { return files.contains(name); });
+}
+
 sgn_states::set_result follow_all(const sgn_states::options& how) {
     sgn::job reference = sgn::read_job(how.reference);
     const std::vector<std::int32_t> wanted = wanted_states(how, reference);
     sgn_states::set_result result{.reference = prepare(std::move(reference), wanted)};
+    if (how.follow.write) prepare_places(how, result.reference);
     tools::progress progress(STDERR_FILENO, how.jobs.size());
     const auto tell = [&](std::size_t done, std::size_t) { progress.at(done, "jobs done:"); };
-    sgn::follow_options follow = how.follow;
-    follow.may_write = [&](std::span<const std::string> files) {
-        std::vector<tools::planned_output> outputs = outputs_of(how);
-        for (const std::string& file : files) {
-            outputs.push_back({"--write", file, tools::output_kind::result_file});
-        }
-        tools::require_harmless(outputs, inputs_of(how), how.overwrite);
-    };
-    result.jobs = follow_jobs(result.reference, how.jobs, follow, tell);
+    result.jobs = follow_jobs(result.reference, how.jobs, how.follow, tell);
     if (how.follow.write) {
         const std::string reason = why_not_full_digits(result.reference, result.jobs);
         if (!reason.empty()) {

@@ -10,7 +10,6 @@
 #include <thread>
 #include <utility>
 
-#include "flib/io/atomic_file.h"
 #include "flib/io/stop_run.h"
 #include "flib/qm_file/qm_file_type.h"
 #include "flib/qm_file/type_tag.h"
@@ -89,22 +88,6 @@ void require_free_names(const reference_set& reference, const std::vector<job_re
     for (const job_result& each : jobs) require(each.name);
 }
 
-/// The names of all result files.
-std::vector<std::string> files_to_write(const reference_set& reference,
-                                        const std::vector<job_result>& jobs) {
-    std::set<std::string> names{reference.reference.files.name};
-    for (const job_result& each : jobs) {
-        if (!each.failure) names.insert(each.name);
-    }
-    std::vector<std::string> files;
-    for (const std::string& name : names) {
-        for (const reference_state& state : reference.states) {
-            files.push_back(state_file_name(name, state.state));
-        }
-    }
-    return files;
-}
-
 void require_forces(const job& of) {
     if (!of.no_forces.empty()) throw flib::io_error(of.files.log, 0, of.no_forces);
 }
@@ -164,13 +147,6 @@ std::vector<job_result> follow_jobs(const reference_set& reference,
     if (how.write) {
         require_free_names(reference, jobs);
         require_forces(reference.reference);
-        const std::vector<std::string> files = files_to_write(reference, jobs);
-        if (how.may_write) how.may_write(files);
-        // What killed runs have left.
-        const auto is_ours = [&](std::string_view name) {
-            return std::ranges::find(files, name) != files.end();
-        };
-        flib::remove_left_over(".", is_ours);
     }
 
     std::atomic<std::size_t> next = 0;

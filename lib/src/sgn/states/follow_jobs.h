@@ -15,16 +15,12 @@
 
 namespace sgn {
 
-/// Is told, before anything is written, of all result files that will be: throws if one must not.
-using follow_permission = std::function<void(std::span<const std::string> files)>;
-
 struct follow_options {
     overlap_limits limits{};
     bool keep = false;  ///< what result files would hold, in job_result::values
     /// Also written, a result file per job and state, into the working directory: with the
     /// dipoles of the checkpoints if all jobs have them, else with those of the logs.
     bool write = false;
-    follow_permission may_write{};
     std::int32_t workers = 1;  ///< jobs at a time
 };
 
