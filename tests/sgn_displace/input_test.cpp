@@ -22,9 +22,11 @@ std::string text_of(const std::vector<keyword>& keywords) {
 }
 
 std::string text_of(const job_kind& kind) {
+    std::string outside;
+    for (const std::string& each : kind.outside) outside += ", " + each;
     return "root " + std::to_string(kind.root) + (kind.unit == length_unit::bohr ? " bohr" : "") +
            (kind.oniom ? " oniom" : "") + (kind.nosymm ? " nosymm" : "") +
-           (kind.force ? " force" : "") + (kind.reads_checkpoint ? " reads" : "");
+           (kind.force ? " force" : "") + (kind.reads_checkpoint ? " reads" : "") + outside;
 }
 
 TEST(Route, IsTakenApartAndJudged) {

@@ -13,6 +13,7 @@
 #include "sgn/job/same_file.h"
 #include "sgn/result/sgn_file.h"
 #include "sgn/set/input_numbers.h"
+#include "sgn/set/surroundings.h"
 #include "sgn_check/options.h"
 #include "sgn_check/report.h"
 
@@ -56,6 +57,7 @@ int run(std::span<const std::string_view> arguments) {
     }
     sgn::assessment assessment;
     if (!reference.empty()) assessment = sgn::check(reference.front(), files, options.limits);
+    assessment.surroundings = sgn::surroundings_beside(options.reference);
     if (options.form == sgn_check::output::json) {
         tools::show(sgn_check::json(assessment, unreadable, options.limits));
     } else if (options.form == sgn_check::output::csv) {

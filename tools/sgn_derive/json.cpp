@@ -119,6 +119,7 @@ std::string json_of(const sgn::report& of) {
     for (const sgn::normal_mode& each : of.modes) modes.push_back(mode_of(each));
 
     result["excitation"] = excitation_of(of);
+    result["surroundings"] = of.surroundings;
 
     json_value dipole = json_of(of.dipole_rules);
     const auto& flips = of.suspects.flips;
