@@ -7,7 +7,8 @@
 #include "sets.h"
 #include "sgn/check/report.h"
 #include "sgn/set/input_numbers.h"
-#include "sgn/set/set_moments.h"
+#include "sgn/set/listed.h"
+#include "sgn/set/surroundings.h"
 #include "sgn_derive/csv.h"
 #include "sgn_derive/json.h"
 #include "sgn_derive/text.h"
@@ -76,6 +77,67 @@ TEST_F(Oniom, ToolsTellThem) {
         "of 9 directions)\n");
     fs::remove(path("ref.log"));
     EXPECT_THAT(run("sgn_check", {"--no-pairs"}).output, HasSubstr(" 2 O +z 0.0100"));
+}
+
+TEST_F(Oniom, SurroundingsAreTold) {
+    const std::string log = support::contents_of(path("ref.log"));
+    const std::string checkpoint = support::contents_of(path("ref.fchk"));
+    EXPECT_EQ(sgn::surroundings_beside(path("ref.sgn")), std::vector<std::string>{});
+    const struct {
+        std::string route;
+        std::string sections;
+        std::string told;
+    } cases[] = {
+        // The route is cut after 70 columns, within words and at blanks.
+        {" #p oniom(cis(nstates=4,root=1)/6-31+g(d) 5d:amber)=EmbedCh\n arge nosymm fo\n rce\n", "",
+         "electronic embedding"},
+        {" #p cis(nstates=4,root=1)/6-31+g(d) nosymm force iop(9/40=3) scf=tight \n charge 5d\n",
+         "", "point charges"},
+        {" # td hf Field=X+10 nosymm\n", "", "an outer field"},
+        {" # td hf guess=mix nosymm\n", "", ""},
+        {"", "Number of point charges in /Mol/           I                2\n", "point charges"},
+        {"", "Number of point charges in /Mol/           I                0\n", ""},
+        {"",
+         "External E-field                           R   N=           6\n"
+         "  0.00000000E+00  0.00000000E+00  0.00000000E+00  0.00000000E+00  0.00000000E+00\n"
+         "  1.00000000E-03\nLink Atoms                                 I   N=           2\n"
+         "           0           0\n",
+         "an outer field"},
+        {"",
+         "External E-field                           R   N=           1\n  0.00000000E+00\n"
+         "Link Atoms                                 I   N=           2\n"
+         "           0           2\n",
+         "link atoms"},
+        {" # td hf field=x+10 charge\n",
+         "Link Atoms                                 I   N=           1\n"
+         "           2\n",
+         "an outer field, point charges and link atoms"},
+    };
+    for (const auto& [route, sections, told] : cases) {
+        std::string edited = log;
+        if (!route.empty()) {
+            const std::size_t begin = edited.find("\n #") + 1;
+            edited.replace(begin, edited.find(" ---", begin) - begin, route);
+        }
+        support::write_file(path("ref.log"), edited);
+        support::write_file(path("ref.fchk"), checkpoint + sections);
+        EXPECT_EQ(sgn::listed(sgn::surroundings_beside(path("ref.sgn"))), told)
+            << route << sections;
+    }
+    EXPECT_EQ(nlohmann::json::parse(run("sgn_check", {"--json"}).output).at("surroundings").size(),
+              3U);
+    // A charge of a model that is no atomic number.
+    support::write_file(path("ref.fchk"), support::replaced(checkpoint, "  1.80000000E+01  1.0",
+                                                            " -8.34000000E-01  1.0"));
+    fs::remove(path("ref.log"));
+    EXPECT_EQ(sgn::listed(sgn::surroundings_beside(path("ref.sgn"))), "point charges");
+    // In the report only where the sums are judged.
+    for (const bool rules : {true, false}) {
+        sgn::report of = sgn::analyse(sets::water().reference, sets::water().files, rules);
+        of.surroundings = {"link atoms"};
+        const std::string shown = sgn_derive::text_of(of, tools::terminal{});
+        EXPECT_EQ(shown.find("The job has link atoms, which") != std::string::npos, rules);
+    }
 }
 
 TEST_F(Oniom, ReportsTellThem) {

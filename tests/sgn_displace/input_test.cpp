@@ -23,11 +23,12 @@ std::string text_of(const std::vector<keyword>& keywords) {
 }
 
 std::string text_of(const job_kind& kind) {
-    std::string unknown;
-    for (const std::string& each : kind.unknown) unknown += " unknown " + each;
+    std::string more;
+    for (const std::string& each : kind.unknown) more += " unknown " + each;
+    for (const std::string& each : kind.outside) more += ", " + each;
     return "root " + std::to_string(kind.root) + (kind.unit == length_unit::bohr ? " bohr" : "") +
            (kind.oniom ? " oniom" : "") + (kind.nosymm ? " nosymm" : "") +
-           (kind.force ? " force" : "") + (kind.reads_checkpoint ? " reads" : "") + unknown;
+           (kind.force ? " force" : "") + (kind.reads_checkpoint ? " reads" : "") + more;
 }
 
 TEST(Route, IsTakenApartAndJudged) {

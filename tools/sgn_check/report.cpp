@@ -15,6 +15,7 @@
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
 #include "sgn/set/input_numbers.h"
+#include "sgn/set/listed.h"
 
 namespace sgn_check {
 namespace {
@@ -196,6 +197,12 @@ std::string table(const sgn::assessment& of, std::span<const unreadable_file> un
     const bool hold = !of.rules.judged || of.rules.satisfied;
     add(rules_text(of.rules), hold);
     if (const std::string words = failure_text(of); !words.empty()) add(words, false);
+    if (of.rules.judged && !of.surroundings.empty()) {
+        add("The job has " + sgn::listed(of.surroundings) +
+                ", which do not move with the atoms: the sums need not vanish (--no-sum-rules "
+                "leaves them out).",
+            true);
+    }
     for (const sgn::finding& each : of.findings) {
         // What the lines above do not tell.
         if (each.kind == sgn::doubt::dipole_sum_rules) continue;
@@ -224,6 +231,7 @@ std::string json(const sgn::assessment& of, std::span<const unreadable_file> unr
         result["unreadable"].push_back({{"file", each.name}, {"reason", each.reason}});
     }
     result["findings"] = json_of(of.findings);
+    result["surroundings"] = of.surroundings;
     std::vector<std::string> names;
     for (const sgn::verdict& each : of.verdicts) names.push_back(each.file->name);
     result["sum_rules"] = {{"dipole", json_of(of.rules, of.suspects, names)}};

@@ -15,6 +15,7 @@
 #include "sgn/job/same_file.h"
 #include "sgn/result/sgn_file.h"
 #include "sgn/set/input_numbers.h"
+#include "sgn/set/surroundings.h"
 #include "sgn_check/options.h"
 #include "sgn_check/report.h"
 
@@ -61,6 +62,7 @@ int run(std::span<const std::string_view> arguments) {
         tools::tell_better_reference(tool, reference.front(), files);
     }
     if (!reference.empty()) assessment = sgn::check(reference.front(), files, options.limits);
+    assessment.surroundings = sgn::surroundings_beside(options.reference);
     if (options.csv) {
         tools::show(sgn_check::csv(assessment));
     } else if (!reference.empty() && options.json != "-") {

@@ -96,6 +96,7 @@ std::string json_of(const sgn::report& of) {
     for (const sgn::normal_mode& each : of.modes) modes.push_back(mode_of(each));
 
     result["excitation"] = excitation_of(of);
+    result["surroundings"] = of.surroundings;
 
     std::vector<std::string> names;
     for (const sgn::displaced_job& each : set.jobs) names.push_back(each.name);

@@ -26,6 +26,7 @@
 #include "sgn/result/sgn_file.h"
 #include "sgn/set/input_numbers.h"
 #include "sgn/set/set_moments.h"
+#include "sgn/set/surroundings.h"
 #include "sgn_derive/csv.h"
 #include "sgn_derive/json.h"
 #include "sgn_derive/molden.h"
@@ -56,6 +57,7 @@ sgn::report report_on(const sgn_derive::options& options) {
     tools::tell_better_reference(tool, reference, files);
     sgn::report report = sgn::analyse(reference, files, options.sum_rules);
     report.moments = sgn::read_set_moments(report.set);
+    report.surroundings = sgn::surroundings_beside(options.reference);
     return report;
 }
 

@@ -10,6 +10,7 @@
 #include "flib/util/units.h"
 #include "sgn/set/geometry.h"
 #include "sgn/set/input_numbers.h"
+#include "sgn/set/listed.h"
 #include "sgn/set/molecule.h"
 
 namespace sgn_derive {
@@ -184,6 +185,15 @@ std::string modes_text(const sgn::report& of, const tools::terminal& on) {
     return text + '\n' + modes_table(of, on.width.value_or(wide_modes) < wide_modes);
 }
 
+/// Why the sum rules may fail though all signs are right.
+std::string surroundings_text(const sgn::report& of, const tools::terminal& on) {
+    if (of.surroundings.empty() || !of.dipole_rules.judged) return {};
+    return '\n' + paragraph("The job has " + sgn::listed(of.surroundings) +
+                                ", which do not move with the atoms: the sums need not vanish "
+                                "(--no-sum-rules leaves them out).",
+                            on);
+}
+
 /// An indented line, its beginning in red; on a terminal as many as it takes.
 std::string item(const std::string& name, const std::string& rest, const tools::terminal& on) {
     constexpr std::size_t indent = 3;
@@ -251,7 +261,7 @@ std::string residues_text(const sum_rules& rules, std::string_view of_what,
 std::string text_of(const sgn::report& of, const tools::terminal& on, bool by_angstrom) {
     std::string text = what_it_is(of, on) + excitation_text(of, on) +
                        dipole_text(of, on, by_angstrom) +
-                       rules_text(of.dipole_rules, of.force_rules, on);
+                       rules_text(of.dipole_rules, of.force_rules, on) + surroundings_text(of, on);
     if (of.suspects.flips.empty()) text += residues_text(of.dipole_rules, "dipole");
     text += residues_text(of.force_rules, "forces", of.set.atoms) + modes_text(of, on) +
             findings_text(of, on) + '\n';

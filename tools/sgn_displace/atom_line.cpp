@@ -114,6 +114,7 @@ atom parse_atom(std::string_view line, bool oniom) {
     }
     if (result.layer == ' ')
         fail("expected the layer of the atom, H, M or L, behind its coordinates");
+    result.link = items.size() > after + 1;
     return result;
 }
 

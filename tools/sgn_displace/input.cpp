@@ -10,6 +10,7 @@
 #include "flib/io/stop_run.h"
 #include "flib/text/string.h"
 #include "flib/util/file.h"
+#include "sgn/set/listed.h"
 #include "sgn_displace/atom_line.h"
 
 namespace sgn_displace {
@@ -322,6 +323,7 @@ class input_parser {
         }
         tell_layers();
         included_files();
+        tell_outside();
         if (next_ == lines_.size()) {
             if (!text_.ends_with('\n')) result_.body += result_.end_of_line;
             result_.body += result_.end_of_line;
@@ -363,6 +365,16 @@ class input_parser {
             if (result_.atoms[i].layer == 'H') high.push_back(static_cast<std::int32_t>(i) + 1);
         }
         tell("ONIOM: " + tools::high_layer_in_words(high, result_.atoms.size()));
+    }
+
+    /// What is not moved with the atoms, so that the sums over all of them do not vanish.
+    void tell_outside() {
+        std::vector<std::string> outside = result_.kind.outside;
+        if (std::ranges::any_of(result_.atoms, &atom::link)) outside.emplace_back("link atoms");
+        if (outside.empty()) return;
+        tell(sgn::listed(outside) +
+             ": the sum rules do not hold, so sgn_check and sgn_derive are to be run with "
+             "--no-sum-rules");
     }
 
     std::string_view file_;

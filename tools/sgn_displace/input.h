@@ -21,7 +21,8 @@ struct coordinate {
 
 struct atom {
     std::array<coordinate, 3> x;
-    char layer = ' ';  // H, M or L of an ONIOM job
+    char layer = ' ';   // H, M or L of an ONIOM job
+    bool link = false;  // a link atom stands for it where a bond is cut
 };
 
 /// All that the jobs of a set have in common: a job is `link0` with its name put in, its %chk, and

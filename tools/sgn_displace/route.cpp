@@ -274,7 +274,15 @@ void judge_job(const keyword& each, job_kind& kind) {
     }
     if (each.name == "sp") refuse(each, "asks for no forces; leave it out");
     if (each.name.starts_with("forc")) kind.force = true;
-    if (each.name == "oniom") kind.oniom = true;
+    if (each.name == "oniom") {
+        kind.oniom = true;
+        const auto embeds = [](const keyword& option) { return option.name.starts_with("embed"); };
+        if (std::ranges::any_of(each.options, embeds)) {
+            kind.outside.emplace_back("electronic embedding");
+        }
+    }
+    if (each.name.starts_with("charge")) kind.outside.emplace_back("point charges");
+    if (each.name == "field") kind.outside.emplace_back("an outer field");
     if (each.name.starts_with("nosym")) kind.nosymm = true;
     if (each.name.starts_with("symm")) {
         if (each.options.size() != 1 || each.options.front().name != "none") {

@@ -36,6 +36,8 @@ struct job_kind {
     bool reads_checkpoint = false;  // orbitals, states or basis set of an earlier job
     int root = 1;
     std::vector<std::string> unknown{};  // keywords of which nothing is known here
+    /// What is around the atoms that are moved and stays in its place, in words.
+    std::vector<std::string> outside{};
 
     friend bool operator==(const job_kind&, const job_kind&) = default;
 };

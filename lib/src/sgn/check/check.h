@@ -63,6 +63,8 @@ struct assessment {
     sum_rules rules;                ///< of the dipole
     sgn::suspects suspects;         ///< places in `verdicts`
     std::vector<finding> findings;  ///< of the set itself
+    /// What does not move with the set (surroundings_beside()); empty if nobody looked.
+    std::vector<std::string> surroundings;
 
     /// Nothing speaks against any sign.
     bool fine() const;

@@ -32,6 +32,8 @@ struct report {
 
     /// Of the checkpoints beside the result files; none if they were not asked.
     set_moments moments;
+    /// What does not move with the set (surroundings_beside()); empty if nobody looked.
+    std::vector<std::string> surroundings;
 
     std::vector<finding> findings;
 

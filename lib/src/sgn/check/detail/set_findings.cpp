@@ -6,22 +6,13 @@
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
 #include "flib/util/units.h"
+#include "sgn/set/listed.h"
 #include "sgn/set/modes.h"
 
 namespace sgn {
 namespace {
 
 using flib::decimal;
-
-/// "a", "a and b", "a, b and c".
-std::string listed(const std::vector<std::string>& names) {
-    std::string text;
-    for (std::size_t i = 0; i < names.size(); ++i) {
-        if (i > 0) text += i + 1 < names.size() ? ", " : " and ";
-        text += names[i];
-    }
-    return text;
-}
 
 }  // namespace
 
