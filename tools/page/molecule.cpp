@@ -64,9 +64,10 @@ view view_of(const std::vector<sgn::atom>& atoms) {
     const double s = std::sin(-0.45);
     const double up_c = std::cos(0.35);
     const double up_s = std::sin(0.35);
-    const auto [a, b, n] = sgn::principal_axes(atoms);
+    const auto axes = sgn::principal_axes(atoms);
     const auto along = [&](double by_a, double by_b, double by_n) {
-        return sgn::sum(sgn::sum(sgn::scaled(by_a, a), sgn::scaled(by_b, b)), sgn::scaled(by_n, n));
+        return sgn::sum(sgn::sum(sgn::scaled(by_a, axes[0]), sgn::scaled(by_b, axes[1])),
+                        sgn::scaled(by_n, axes[2]));
     };
     view result{
         {along(c, 0, s), along(up_s * s, up_c, -up_s * c), along(-up_c * s, up_s, up_c * c)},
