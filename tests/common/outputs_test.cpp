@@ -20,7 +20,7 @@ TEST(OutputKinds, AreKnownByTheirBeginning) {
     };
     for (const auto& [fixture, kind] : {std::pair{"sgn_check.json", output_kind::json},
                                         {"sgn_derive/water.json", output_kind::json},
-                                        {"sgn_derive/water.html", output_kind::page},
+                                        {"page/diatomic.html", output_kind::page},
                                         {"sgn_derive/water.fchk", output_kind::checkpoint},
                                         {"sgn_derive/whole.fchk", output_kind::checkpoint},
                                         {"sgn_derive/water.molden", output_kind::modes},

@@ -64,7 +64,7 @@ TEST_F(Oniom, NumbersAreThoseOfTheLogOrTheCheckpoint) {
 TEST_F(Oniom, ToolsTellThem) {
     EXPECT_THAT(run("sgn_check", {"--no-pairs"}).output,
                 HasSubstr("4 O (2 of the high layer) +z 0.0100"));
-    const auto moved = nlohmann::json::parse(run("sgn_check", {"--json"}).output)
+    const auto moved = nlohmann::json::parse(run("sgn_check", {"--json=-"}).output)
                            .at("files")
                            .at(0)
                            .at("displacement");
@@ -124,8 +124,8 @@ TEST_F(Oniom, SurroundingsAreTold) {
         EXPECT_EQ(sgn::listed(sgn::surroundings_beside(path("ref.sgn"))), told)
             << route << sections;
     }
-    EXPECT_EQ(nlohmann::json::parse(run("sgn_check", {"--json"}).output).at("surroundings").size(),
-              3U);
+    EXPECT_EQ(
+        nlohmann::json::parse(run("sgn_check", {"--json=-"}).output).at("surroundings").size(), 3U);
     // A charge of a model that is no atomic number.
     support::write_file(path("ref.fchk"), support::replaced(checkpoint, "  1.80000000E+01  1.0",
                                                             " -8.34000000E-01  1.0"));

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "flib/io/stop_run.h"
 #include "flib/facts/file_facts.h"
+#include "flib/io/stop_run.h"
 #include "sgn/set/set_moments.h"
 
 namespace sgn {

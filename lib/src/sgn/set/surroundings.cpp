@@ -6,10 +6,10 @@
 #include <functional>
 #include <string_view>
 
+#include "flib/facts/file_facts.h"
 #include "flib/io/free_format.h"
 #include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
-#include "flib/facts/file_facts.h"
 #include "flib/search/search_word.h"
 #include "flib/text/string.h"
 #include "sgn/set/set_moments.h"

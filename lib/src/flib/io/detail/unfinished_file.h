@@ -3,6 +3,7 @@
 
 #include <string>
 
+#pragma GCC visibility push(hidden)
 namespace flib {
 
 /// A file that stands beside its final name while it is being written: a place in a table of fixed
@@ -24,3 +25,4 @@ class unfinished_file {
 };
 
 }  // namespace flib
+#pragma GCC visibility pop
