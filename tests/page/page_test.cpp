@@ -80,7 +80,7 @@ report plain(const model::molecule& of) {
 report doubtful() {
     report of = analysed(model::bent, [](sgn::result_file& reference, auto& files) {
         files.resize(24);
-        for (const std::size_t i : {2, 3}) {  // put right, the second wrongly so
+        for (const std::size_t i : {2U, 3U}) {  // put right, the second wrongly so
             files[i].contents.parameters.sign = -1;
             files[i].contents.parameters.tden_maxval = -0.4;
         }
