@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <chrono>
 #include <cmath>
 #include <csignal>
@@ -11,6 +12,7 @@
 #include <limits>
 #include <new>
 #include <stdexcept>
+#include <thread>
 
 #include "common/json_text.h"
 #include "common/output_file.h"
@@ -126,25 +128,33 @@ TEST(Program, EndsWithOneLineWhateverIsThrown) {
 
 /// A tool that is interrupted while it writes leaves nothing, and ends by the signal.
 TEST(Program, LeavesNothingBehindWhenASignalEndsIt) {
-    for (const int number : {SIGHUP, SIGINT, SIGTERM}) {
+    for (int round = 0; round < 30; ++round) {
+        const int number = std::array{SIGHUP, SIGINT, SIGTERM}[static_cast<std::size_t>(round) % 3];
         const support::scratch_directory scratch;
         const pid_t child = fork();
         if (child == 0) {
             std::filesystem::current_path(scratch.path());
-            // Writes until it is stopped.
+            // Two threads write until they are stopped.
             ending([](arguments) -> int {
-                const std::string page(1 << 16, 'x');
-                for (;;) tools::write_result("page", page);
+                const auto write = [](const char* name) {
+                    const std::string page(1 << 14, 'x');
+                    while (true) tools::write_result(name, page);
+                };
+                const std::jthread other([&] { write("other"); });
+                write("page");
+                return 0;
             });
             _exit(0);
         }
-        while (!std::filesystem::exists(scratch.path() / "page")) usleep(1000);
-        usleep(20'000);
+        for (const char* name : {"other", "page"}) {
+            while (!std::filesystem::exists(scratch.path() / name)) usleep(1000);
+        }
+        usleep(static_cast<useconds_t>(100 * round));
         kill(child, number);
         int status = 0;
         waitpid(child, &status, 0);
         EXPECT_EQ(WIFSIGNALED(status) ? WTERMSIG(status) : 0, number);
-        EXPECT_EQ(scratch.names(), std::vector<std::string>{"page"});
+        EXPECT_EQ(scratch.names(), (std::vector<std::string>{"other", "page"}));
     }
 }
 

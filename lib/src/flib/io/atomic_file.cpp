@@ -88,8 +88,11 @@ class file_beside {
                                  std::to_string(getpid()) + "-";
         for (int attempt = 0; descriptor_ < 0; ++attempt) {
             path_ = stem + std::to_string(attempt);
-            unfinished_.remember(path_);
+            unfinished_.announce(path_);
             descriptor_ = open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+            const int reason = errno;
+            unfinished_.is_there();
+            errno = reason;
             if (descriptor_ < 0 && (errno != EEXIST || attempt == last_attempt)) {
                 path_.clear();
                 fail_in_directory(target_, errno);
@@ -116,7 +119,11 @@ class file_beside {
     }
 
     void rename_over_target() {
-        if (std::rename(path_.c_str(), target_.c_str()) != 0) fail_in_directory(target_, errno);
+        if (std::rename(path_.c_str(), target_.c_str()) != 0) {
+            const int error = errno;
+            unfinished_.is_there();  // unless it was taken away
+            fail_in_directory(target_, error);
+        }
         path_.clear();
         unfinished_.forget();
     }

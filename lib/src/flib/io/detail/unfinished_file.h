@@ -15,9 +15,13 @@ class unfinished_file {
     unfinished_file(const unfinished_file&) = delete;
     unfinished_file& operator=(const unfinished_file&) = delete;
 
-    /// From now on a signal that ends the program removes the file `path`. Where the table is full,
-    /// or the path too long for it, it would stay.
-    void remember(const std::string& path) noexcept;
+    /// The file `path` is about to be made. From now on a signal that ends the program removes it.
+    /// Where the table is full, or the path too long for it, it would stay.
+    void announce(const std::string& path) noexcept;
+    /// Now it is made, or not.
+    void is_there() const noexcept;
+    /// It is removed, or no longer unfinished. Like the others, does not return if a signal, in
+    /// another thread, is ending the program.
     void forget() noexcept;
 
   private:
