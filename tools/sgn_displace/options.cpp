@@ -30,7 +30,8 @@ options parse_options(std::span<const std::string_view> arguments) {
     tools::add_switch(app, "--one-sided", result.one_sided, "only + displacements");
     tools::add_value(app, "--directory", "DIR", keep(result.directory),
                      "where the files go (the working directory)");
-    tools::add_switch(app, "--force", result.overwrite, "overwrite files that are there; write more than 2000");
+    tools::add_switch(app, "--force", result.overwrite,
+                      "overwrite files that are there; write more than 2000");
     tools::add_switch(app, "--list", result.only_list,
                       "write nothing, show the names of the files");
     tools::parsed_line line = tools::parse_line(app, arguments);
