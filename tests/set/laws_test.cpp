@@ -104,6 +104,50 @@ TEST(Derivatives, AreThoseOfTheModelAndObeyTheSumRules) {
     EXPECT_NEAR(squares / sums, 0.7, 0.3);
 }
 
+TEST(Derivatives, AreExtrapolatedFromSeveralSteps) {
+    for (molecule of : all_molecules) {
+        of.dipole_decimals = of.force_decimals = 10;
+        const auto both = [](std::vector<result_file> files, const std::vector<result_file>& others,
+                             std::size_t of_others) {
+            files.insert(files.end(), others.begin(),
+                         others.begin() + static_cast<std::ptrdiff_t>(of_others));
+            return files;
+        };
+        const auto small = model::displaced(of, 0.01);
+        const auto large = model::displaced(of, 0.02);
+        const judged one(model::reference(of), small);
+        const judged two(model::reference(of), both(large, small, small.size()));
+        const judged part(model::reference(of), both(small, large, 6));
+        const judged oblique(model::reference(of),
+                             both(model::obliquely_displaced(of, 0.01),
+                                  model::obliquely_displaced(of, 0.02), small.size()));
+        const table dipole = exact(of, false);
+        const double central = largest_difference(one.made.dipole, dipole);
+        const double left = largest_difference(two.made.dipole, dipole);
+        EXPECT_LT(left, central / 30);
+        EXPECT_LT(left, 3 * two.made.dipole_step_error);
+        EXPECT_LT(largest_difference(two.made.forces, exact(of, true)),
+                  3 * two.made.force_step_error);
+        EXPECT_LT(largest_difference(oblique.made.dipole, dipole),
+                  3 * oblique.made.dipole_step_error);
+        const auto extrapolated = [](const judged& set) {
+            return std::ranges::count(set.made.extrapolated, true);
+        };
+        const auto all = static_cast<std::ptrdiff_t>(dipole.rows);
+        EXPECT_EQ(extrapolated(one), 0);
+        EXPECT_EQ(extrapolated(two), all);
+        EXPECT_EQ(extrapolated(oblique), all);
+        // Of the first atom the larger steps as well: its derivatives are those of both.
+        EXPECT_EQ(extrapolated(part), 3);
+        for (std::size_t c = 0; c < dipole.rows; ++c) {
+            const judged& like = c < 3 ? two : one;
+            for (std::size_t k = 0; k < 3; ++k) {
+                EXPECT_NEAR(part.made.dipole(c, k), like.made.dipole(c, k), 1e-9);
+            }
+        }
+    }
+}
+
 TEST(Suspects, AreTheSignsThatWereReversed) {
     const auto dark = [](const result_file& of) {
         return length(of.contents.corrected_tdip) < 1e-3;  // some units of the last decimal

@@ -60,6 +60,14 @@ json_value excitation_of(const sgn::report& of) {
     return result;
 }
 
+/// Null where the jobs do not tell the moment.
+json_value json_of(const sgn::moment_derivatives& of) {
+    if (of.values.rows == 0) return nullptr;
+    return {{"values", json_of(of.values)},
+            {"rounding", of.rounding},
+            {"step_errors", json_of(of.step)}};
+}
+
 }  // namespace
 
 std::string json_of(const sgn::report& of) {
@@ -87,6 +95,10 @@ std::string json_of(const sgn::report& of) {
         uncertainty.push_back(std::vector<double>(3, each));
     }
     result["dipole_step_error"] = of.derivatives.dipole_step_error;
+    result["dipole_step_errors"] = json_of(of.derivatives.dipole_step);
+    result["velocity_dipole_derivatives"] = json_of(of.derivatives.velocity_dipole);
+    result["magnetic_dipole_derivatives"] = json_of(of.derivatives.magnetic_dipole);
+    result["velocity_quadrupole_derivatives"] = json_of(of.derivatives.velocity_quadrupole);
     result["forces"] = set.jobs.front().forces;
     result["force_constants"] = json_of(of.force_constants);
     result["force_constants_asymmetry"] = of.asymmetry;

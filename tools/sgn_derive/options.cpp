@@ -4,12 +4,21 @@
 #include <utility>
 
 #include "common/command_line.h"
+#include "common/number_ranges.h"
 #include "common/outputs.h"
 #include "flib/io/stop_run.h"
 #include "sgn/checkpoint/fcc_files.h"
 
 namespace sgn_derive {
 namespace {
+
+std::int32_t state_of(const std::string& text) {
+    const std::vector<tools::number_range> ranges = tools::parse_ranges("--state", text);
+    if (ranges.size() == 1 && ranges.front().first == ranges.front().last) {
+        return ranges.front().first;
+    }
+    throw flib::run_error("--state takes one state, not " + flib::quoted(text));
+}
 
 /// The name of a family of files, in an existing directory or not.
 void take_family(const std::string& name, std::optional<std::string>& into) {
@@ -47,14 +56,20 @@ void check_outputs(const options& of, std::vector<std::string> read) {
 
 }  // namespace
 
+bool is_job(const std::string& name) {
+    return name.ends_with(".fchk");
+}
+
 options parse_options(std::span<const std::string_view> arguments) {
-    constexpr const char* usage = "[OPTIONS] REFERENCE.sgn FILE.sgn...";
+    constexpr const char* usage = "[OPTIONS] REFERENCE FILE...";
     options result;
     tools::command_line app(
         {.name = "sgn_derive",
          .usage = std::string(usage) + "\n--judge=FILE.fchk",
          .purpose = "Differentiates the transition dipole and the forces of a set of result files "
-                    "of stigruz, judges the signs of the whole set by its sum rules, and computes "
+                    "of stigruz (NAME.sgn) or of jobs (NAME.fchk, with NAME.log and NAME.cis in "
+                    "the working directory, whose states are followed), judges the signs of the "
+                    "whole set by its sum rules, and computes "
                     "the harmonic modes and what they do to the dipole.",
          .rest = "FILE may be '-', standard output; nothing else is shown there then.\n"
                  "Status: 0 all fine, 1 something deserves doubt, 2 no result.\n"});
@@ -71,6 +86,9 @@ options parse_options(std::span<const std::string_view> arguments) {
                          "the reference's checkpoint, whose energy and other sections are kept");
     tools::add_output(app, "--molden", result.molden, "write the normal modes for viewers");
     tools::add_output(app, "--html", result.html, "write a page to look at");
+    tools::add_value(
+        app, "--state", "K", [&](const std::string& text) { result.state = state_of(text); },
+        "of jobs, the state of the reference (the one that it was run for)");
     bool no_sum_rules = false;
     tools::add_switch(app, "--no-sum-rules", no_sum_rules,
                       "do not judge the sum rules: outer field, embedding charges, link atoms");
@@ -107,6 +125,9 @@ options parse_options(std::span<const std::string_view> arguments) {
                               std::string(usage) + ")");
     }
     result.reference = std::move(line.names.front());
+    if (result.state && !is_job(result.reference)) {
+        throw flib::run_error("--state is for jobs: NAME.fchk, not result files");
+    }
     result.files.assign(std::make_move_iterator(std::next(line.names.begin())),
                         std::make_move_iterator(line.names.end()));
     return result;

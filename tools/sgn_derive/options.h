@@ -1,6 +1,7 @@
 // The command line of sgn_derive.
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
@@ -13,9 +14,10 @@ struct options {
     std::optional<std::string> shown;  ///< of --help or --version
     std::string reference;
     std::vector<std::string> files;
-    bool sum_rules = true;            ///< they are judged
-    bool by_angstrom = false;         ///< derivatives in the report are, not by Bohr
-    std::optional<std::string> json;  ///< files to be written, or "-"
+    std::optional<std::int32_t> state{};  ///< of the reference, where jobs are given
+    bool sum_rules = true;                ///< they are judged
+    bool by_angstrom = false;             ///< derivatives in the report are, not by Bohr
+    std::optional<std::string> json;      ///< files to be written, or "-"
     std::optional<std::string> fchk;
     std::optional<std::string> fchk_template;  ///< read only
     std::optional<std::string> fcc;            ///< NAME of three files
@@ -26,6 +28,9 @@ struct options {
     std::optional<std::string> judge;  ///< a checkpoint to be judged, instead of a set
     bool overwrite = false;            ///< also files that are no outputs of these tools
 };
+
+/// Whether a name is that of a job's checkpoint, not of a result file.
+bool is_job(const std::string& name);
 
 /// Throws flib::run_error, with one line that says what is wrong.
 options parse_options(std::span<const std::string_view> arguments);

@@ -27,6 +27,7 @@
 #include "sgn/set/input_numbers.h"
 #include "sgn/set/set_moments.h"
 #include "sgn/set/surroundings.h"
+#include "sgn/states/job_set.h"
 #include "sgn_derive/csv.h"
 #include "sgn_derive/json.h"
 #include "sgn_derive/molden.h"
@@ -39,6 +40,27 @@ constexpr std::string_view tool = "sgn_derive";
 
 int status_of(bool fine) {
     return fine ? tools::exit_status::fine : tools::exit_status::doubtful;
+}
+
+/// The report on a set of jobs, and whether all of them go on without a doubt.
+sgn::report report_on_jobs(const sgn_derive::options& options, bool& clear) {
+    tools::progress progress(STDERR_FILENO, options.files.size() + 1);
+    const auto tell = [&](std::size_t done, std::size_t) { progress.at(done, "jobs read:"); };
+    sgn::job_set jobs = sgn::set_of_jobs(options.reference, options.files, options.state, {}, tell);
+    jobs.reference.input_numbers =
+        sgn::input_numbers_beside(jobs.reference.name, jobs.reference.contents.x.size());
+    progress.at(options.files.size() + 1, "computing");
+    sgn::report report = sgn::analyse(jobs.reference, jobs.files, options.sum_rules);
+    report.moments = sgn::read_set_moments(report.set);
+    report.surroundings = sgn::surroundings_beside(options.reference);
+    for (const std::string& line : jobs.mixed) tools::complain(tool, line);
+    clear = jobs.mixed.empty();
+    if (!jobs.no_full_digits.empty()) {
+        tools::complain(tool, jobs.no_full_digits + "; the dipoles are those of the logs");
+        clear = false;
+    }
+    if (!jobs.no_forces.empty()) tools::complain(tool, jobs.no_forces + "; forces are left out");
+    return report;
 }
 
 sgn::report report_on(const sgn_derive::options& options) {
@@ -109,7 +131,9 @@ int run(std::span<const std::string_view> arguments) {
         tools::show(sgn_derive::text_of(judged, *options.judge, terminal));
         return status_of(judged.fine());
     }
-    const sgn::report report = report_on(options);
+    bool clear = true;
+    const sgn::report report =
+        sgn_derive::is_job(options.reference) ? report_on_jobs(options, clear) : report_on(options);
 
     // All results are made before the first is written.
     std::vector<std::pair<std::string, std::string>> results;
@@ -137,7 +161,7 @@ int run(std::span<const std::string_view> arguments) {
     }
     if (!not_written.empty()) tools::complain(tool, not_written);
     if (!streamed) tools::show(sgn_derive::text_of(report, terminal, options.by_angstrom));
-    return status_of(report.fine());
+    return status_of(report.fine() && clear);
 }
 
 }  // namespace

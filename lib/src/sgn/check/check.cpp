@@ -143,7 +143,9 @@ void judge_pair(verdict& one, const std::vector<verdict>& all, const thresholds&
     vec3 second{};
     for (std::size_t k = 0; k < 3; ++k) second[k] = one.change[k] + partner->change[k];
     one.asymmetry = length(second);
-    if (one.asymmetry > limits.max_asymmetry) {
+    // Second derivatives make it grow with the square of the step.
+    const double larger = std::max(1.0, one.moved->distance / usual_step);
+    if (one.asymmetry > limits.max_asymmetry * larger * larger) {
         one.add(doubt::asymmetric_pair,
                 {flib::printable(one.partner->name), decimal(one.asymmetry, 4)});
     }

@@ -31,6 +31,10 @@ struct thresholds {
     bool sum_rules = true;  ///< whether the sum rules of the set are judged
 };
 
+/// Angstrom: limits of second differences are those of displacements by so much, or less; they grow
+/// with the square of larger ones.
+inline constexpr double usual_step = 0.01;
+
 inline constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
 
 /// A smaller rotation of the frame is not told from none (degrees).

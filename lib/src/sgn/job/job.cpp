@@ -222,6 +222,7 @@ void read_full_digits(job& now) {
     std::int32_t info = 0;
     try {
         now.moments = flib::qm_file_state_moments(now.files.checkpoint);
+        if (now.moments) now.forces_of = now.moments->target;
         const std::string reason = now.moments ? other_than_printed(now, *now.moments)
                                                : "has no moments of excited states";
         if (!reason.empty()) fail(now.files.checkpoint, reason);

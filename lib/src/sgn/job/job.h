@@ -44,6 +44,7 @@ struct job {
     job_atoms atoms;
     flib::matrix<double> force;         ///< 3 x natom, Hartree/Bohr
     std::string no_forces{};            ///< why there are none; empty if there are
+    std::int32_t forces_of = 0;         ///< the root that the job was run for; 0: not told
     flib::matrix<double> moc;           ///< nbasis x nbsuse: basis function, orbital
     flib::matrix<double> tdip;          ///< 3 x states, atomic units
     std::vector<double> energy;         ///< of excitation, Hartree

@@ -95,8 +95,8 @@ job_moments moments_of(const displaced_job& of, int decimals) {
 }  // namespace
 
 std::string file_beside(const std::string& name, const std::string& suffix) {
-    const std::size_t dot = name.ends_with(".sgn") ? name.size() - 4 : name.size();
-    const std::string of_job = name.substr(0, dot);
+    const bool of_set = name.ends_with(".sgn") || name.ends_with(".fchk");
+    const std::string of_job = of_set ? name.substr(0, name.rfind('.')) : name;
     const std::string of_state = without_state(of_job) + suffix;
     return !is_file(of_job + suffix) && is_file(of_state) ? of_state : of_job + suffix;
 }

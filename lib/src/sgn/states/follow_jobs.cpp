@@ -102,6 +102,8 @@ void follow_into(job_result& result, const reference_set& reference, const follo
         }
     }
     result.no_full_digits = now.no_moments;
+    result.no_forces = now.no_forces;
+    result.forces_of = now.forces_of;
     result.followed = std::move(followed);
 }
 

@@ -31,6 +31,8 @@ struct job_result {
     std::optional<followed_job> followed{};
     std::vector<result_file> values{};  ///< of each state of the reference, if they are kept
     std::string no_full_digits{};       ///< why they lack those, with the file's name
+    std::string no_forces{};            ///< why there are none, with the file's name
+    std::int32_t forces_of = 0;         ///< the root that the job was run for; 0: not told
     std::size_t written_files = 0;
     std::exception_ptr failure{};  // turned into words where there is time and memory for it
 
