@@ -52,6 +52,9 @@ TEST(BetterReference, IsNotLookedForInWhatIsNoSet) {
         EXPECT_EQ(sgn::better_reference(first, spoilt), std::nullopt);
     }
     EXPECT_EQ(sgn::better_reference(first, {}), std::nullopt);
+    std::vector<result_file> mixed = files;
+    mixed.back().contents.x.emplace_back();
+    EXPECT_EQ(sgn::better_reference(first, mixed), std::nullopt);
 }
 
 }  // namespace
