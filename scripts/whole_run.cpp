@@ -21,7 +21,7 @@ int main(int argc, char** argv) {
     try {
         numfreq::get_sgn_param(mapped, mapped ? argv[3] : argv[1], run.natom, run.nmo, nbsuse,
                                run.mi, run.ma, run.mci, run.nfc, run.nfv, run.tden_maxloc, value);
-        const sgn::density_source source{
+        const flib::density_source source{
             ffch, fcis.padded(), {run.nmo, nbsuse, run.mi, run.ma, run.nfc, run.nfv}, run.mci};
         const flib::extremum chosen =
             support::whole_density(source, mapped ? &run.tden_maxloc : nullptr);

@@ -196,7 +196,7 @@ class input_parser {
             last = next_;
         }
         // "#", then the level of output, which stands alone.
-        const std::size_t separator = keywords.find_first_of(" \t,/", 1);
+        const std::size_t separator = keywords.find_first_of(" \t\r,/", 1);
         const char level = separator == 2 ? flib::to_lower(keywords[1]) : ' ';
         const bool has_level = level == 'n' || level == 'p' || level == 't';
         keywords.erase(0, has_level ? 2 : 1);

@@ -16,8 +16,8 @@ namespace sgn_displace {
 namespace {
 
 /// Blanks, commas and slashes part keywords, the colon parts the methods of an ONIOM job.
-constexpr std::string_view separators = " \t,/:";
-constexpr std::string_view blanks = " \t";
+constexpr std::string_view separators = " \t\r,/:";
+constexpr std::string_view blanks = " \t\r";
 
 class route_parser {
   public:
@@ -57,7 +57,7 @@ class route_parser {
         constexpr int deepest = 20;
         if (depth > deepest) fail();
         keyword result;
-        const std::size_t length = std::min(rest_.find_first_of(" \t,/:=()"), rest_.size());
+        const std::size_t length = std::min(rest_.find_first_of(" \t\r,/:=()"), rest_.size());
         result.name = flib::strlowcase(rest_.substr(0, length));
         rest_.remove_prefix(length);
         for (;;) {
