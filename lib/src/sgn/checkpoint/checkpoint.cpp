@@ -140,16 +140,15 @@ std::vector<std::size_t> places_in(const sections& from, const displaced_set& se
                                      " atoms, in their order");
         }
         if (numbers[i] != atoms[i].number) {
+            std::string what = wrong;
+            what.append(" is a ").append(std::to_string(numbers[i])).append(" instead of the ");
             throw flib::io_error(from.file, 0,
-                                 wrong + " is a " + std::to_string(numbers[i]) +
-                                     " instead of the " + std::to_string(atoms[i].number) +
-                                     reference);
+                                 what.append(std::to_string(atoms[i].number)).append(reference));
         }
-        throw flib::io_error(
-            from.file, 0,
-            wrong + " stands " +
-                flib::decimal(distance(std::span(x).subspan(3 * i, 3), atoms[i]), 4) +
-                " Angstrom from that" + reference);
+        std::string what = wrong;
+        what.append(" stands ");
+        what += flib::decimal(distance(std::span(x).subspan(3 * i, 3), atoms[i]), 4);
+        throw flib::io_error(from.file, 0, what.append(" Angstrom from that").append(reference));
     }
     return places;
 }
