@@ -131,7 +131,7 @@ std::optional<output_kind> kind_that_begins(std::string_view text) {
         beginnings, [&](const beginning& each) { return text.starts_with(each.text); });
     if (found != std::end(beginnings)) return found->kind;
     // Dipoles for FCclasses are nothing but numbers, three a line.
-    constexpr std::size_t line = 3 * 19;
+    constexpr std::size_t line = 57;  // three fields of 19
     const bool numbers = text.size() > line && text[line] == '\n' && text.starts_with(' ') &&
                          text.find_first_not_of(" \n+-.0123456789E") == std::string_view::npos;
     if (numbers) return output_kind::vibronic;
