@@ -44,7 +44,7 @@ std::string number(double value, int decimals) {
 
 /// Classes of cells; one has it always, however it looks.
 constexpr std::string_view of_number = "n";
-constexpr std::string_view of_text = "";
+constexpr std::string_view of_text{};
 
 struct cell {
     std::string text;
