@@ -132,6 +132,7 @@ std::string molecule_drawing(const sgn::report& of) {
     const std::vector<sgn::atom>& atoms = of.set.atoms;
     const view from = view_of(atoms);
     std::vector<vec3> at;
+    at.reserve(atoms.size());
     for (const sgn::atom& each : atoms) at.push_back(from.placed(each.x));
     std::vector<std::size_t> order(atoms.size());
     std::iota(order.begin(), order.end(), 0U);

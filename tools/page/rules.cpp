@@ -81,7 +81,8 @@ std::string rules_drawing(const sgn::report& of) {
     for (std::size_t i = 0; i < 18; ++i) {
         const bool turns = i % 2 == 1;
         const bars& on = turns ? turning : moving;
-        const double y = top + row * static_cast<double>(i / 2);
+        const std::size_t line = i / 2;
+        const double y = top + row * static_cast<double>(line);
         const std::string name{sgn::axis_names[i / 6]};
         text += svg::text({on.begin() - 10, y + 12},
                           (turns ? "about " : "along ") + name + ", component \u03BC" +

@@ -109,7 +109,7 @@ std::string fcc_dipole_text(const vec3& dipole, const table& derivatives) {
 fcc_names fcc_names_of(const std::string& name) {
     const std::size_t base = name.rfind('/') + 1;
     const auto with_prefix = [&](const char* prefix) {
-        return std::string(name).insert(base, prefix);
+        return name.substr(0, base) + prefix + name.substr(base);
     };
     return {name + ".fcc", with_prefix("eldip_"), with_prefix("magdip_")};
 }

@@ -25,6 +25,8 @@ struct equation {
     bool paired = false;
     double longest = 0;  // step, Bohr
     bool extrapolated = false;
+    double length = 0;         // of d
+    Eigen::Index largest = 0;  // component of d
 };
 
 Eigen::RowVectorXd displacement_of(const displaced_set& set, std::size_t plus, std::size_t minus) {
@@ -54,6 +56,8 @@ std::vector<equation> single_equations(const displaced_set& set) {
         made.of_smallest = made.parts;
         made.paired = paired;
         made.longest = each.moved.distance / flib::bohr_radius;
+        made.length = made.d.norm();
+        made.d.cwiseAbs().maxCoeff(&made.largest);
         equations.push_back(std::move(made));
     }
     return equations;
@@ -61,9 +65,13 @@ std::vector<equation> single_equations(const displaced_set& set) {
 
 /// Whether two pairs go along one direction, as exactly as coordinates tell.
 bool are_collinear(const equation& a, const equation& b) {
+    if (!a.paired || !b.paired) return false;
     constexpr double angle = 1e-3;
-    const double cosine = a.d.dot(b.d) / (a.d.norm() * b.d.norm());
-    return a.paired && b.paired && std::abs(cosine) > 1 - angle * angle / 2;
+    // Most directions differ in the component that is the largest of one of them.
+    const double share = std::abs(a.d[a.largest]) / a.length;
+    if (std::abs(std::abs(b.d[a.largest]) / b.length - share) > 2 * angle) return false;
+    const double cosine = a.d.dot(b.d) / (a.length * b.length);
+    return std::abs(cosine) > 1 - angle * angle / 2;
 }
 
 /// Steps less apart than this are repetitions of one step.
@@ -102,17 +110,21 @@ equation extrapolated(std::vector<equation> pairs) {
 }
 
 std::vector<equation> equations_of(const displaced_set& set) {
-    std::vector<equation> left = single_equations(set);
+    std::vector<std::vector<equation>> directions;
+    for (equation& each : single_equations(set)) {
+        const auto along = std::ranges::find_if(
+            directions, [&](const auto& others) { return are_collinear(others.front(), each); });
+        if (along == directions.end()) {
+            directions.push_back({std::move(each)});
+        } else {
+            along->push_back(std::move(each));
+        }
+    }
     std::vector<equation> equations;
-    while (!left.empty()) {
-        const auto others = std::stable_partition(
-            left.begin(), left.end(), [first = left.front()](const equation& each) {
-                return !are_collinear(first, each) && each.d != first.d;
-            });
-        std::vector<equation> together(others, left.end());
-        left.erase(others, left.end());
-        equations.push_back(together.size() > 1 ? extrapolated(std::move(together))
-                                                : std::move(together.front()));
+    equations.reserve(directions.size());
+    for (std::vector<equation>& pairs : directions) {
+        equations.push_back(pairs.size() > 1 ? extrapolated(std::move(pairs))
+                                             : std::move(pairs.front()));
     }
     return equations;
 }
