@@ -42,23 +42,6 @@ std::vector<std::int32_t> states_like(const displaced_job& of, const flib::state
     return found;
 }
 
-/// One state's row; the phase of the state turns all of its moments round.
-flib::moment_rows row_of(const flib::moment_rows& rows, std::int32_t state, double sign) {
-    const auto i = static_cast<std::size_t>(state) - 1;
-    const auto part = [&](const std::vector<double>& values, std::size_t count) {
-        std::vector<double> result(count);
-        std::transform(values.begin() + static_cast<std::ptrdiff_t>(count * i),
-                       values.begin() + static_cast<std::ptrdiff_t>(count * (i + 1)),
-                       result.begin(), [&](double value) { return sign * value; });
-        return result;
-    };
-    return {{rows.energy[i]},
-            part(rows.dipole, 3),
-            part(rows.velocity_dipole, 3),
-            part(rows.magnetic_dipole, 3),
-            part(rows.velocity_quadrupole, 6)};
-}
-
 std::optional<flib::state_moments> moments_in(const std::string& checkpoint) {
     try {
         return flib::qm_file_state_moments(checkpoint);
@@ -88,11 +71,27 @@ job_moments moments_of(const displaced_job& of, int decimals) {
                                  " states whose dipoles round to that of " +
                                  flib::printable(of.name));
     }
-    return {states.front(), moments->target, row_of(moments->of_states, states.front(), of.sign),
+    return {states.front(), moments->target, state_row(moments->of_states, states.front(), of.sign),
             moments->excitation_energy(states.front())};
 }
 
 }  // namespace
+
+flib::moment_rows state_row(const flib::moment_rows& rows, std::int32_t state, double sign) {
+    const auto i = static_cast<std::size_t>(state) - 1;
+    const auto part = [&](const std::vector<double>& values, std::size_t count) {
+        std::vector<double> result(count);
+        std::transform(values.begin() + static_cast<std::ptrdiff_t>(count * i),
+                       values.begin() + static_cast<std::ptrdiff_t>(count * (i + 1)),
+                       result.begin(), [&](double value) { return sign * value; });
+        return result;
+    };
+    return {{rows.energy[i]},
+            part(rows.dipole, 3),
+            part(rows.velocity_dipole, 3),
+            part(rows.magnetic_dipole, 3),
+            part(rows.velocity_quadrupole, 6)};
+}
 
 std::string file_beside(const std::string& name, const std::string& suffix) {
     const bool of_set = name.ends_with(".sgn") || name.ends_with(".fchk");
@@ -121,17 +120,14 @@ set_moments read_set_moments(const displaced_set& set) {
 table derivatives_of(const set_moments& moments, std::vector<double> flib::moment_rows::*moment,
                      std::size_t columns, const derivatives& of) {
     if (!moments.of_all()) return {};
-    table result(of.weights.rows, columns);
-    for (std::size_t c = 0; c < result.rows; ++c) {
-        for (std::size_t j = 0; j < moments.jobs.size(); ++j) {
-            if (moments.jobs[j].state == 0) continue;
-            const std::vector<double>& values = moments.jobs[j].row.*moment;
-            for (std::size_t k = 0; k < columns; ++k) {
-                result(c, k) += of.weights(c, j) * values[k];
-            }
-        }
+    table values(moments.jobs.size(), columns);
+    for (std::size_t j = 0; j < values.rows; ++j) {
+        if (moments.jobs[j].state == 0) continue;
+        const std::vector<double>& row = moments.jobs[j].row.*moment;
+        for (std::size_t k = 0; k < columns; ++k) values(j, k) = row[k];
     }
-    return result;
+    constexpr int decimals = 9;  // of the uncertainties, which nobody asks for here
+    return differentiate(of, values, decimals).values;
 }
 
 std::vector<double> excitation_gradient(const set_moments& moments, const derivatives& of) {

@@ -33,6 +33,10 @@ struct set_moments {
 /// log: NAME.fchk beside NAME.sgn or, where there is none, beside NAME_sK.sgn.
 std::string file_beside(const std::string& name, const std::string& suffix);
 
+/// One row: that of `state` (from 1 on) times `sign`, since the phase of a state turns all of its
+/// moments round.
+flib::moment_rows state_row(const flib::moment_rows& rows, std::int32_t state, double sign);
+
 /// Reads them. Whatever is missing, damaged or of another run is told by `why_not`.
 set_moments read_set_moments(const displaced_set& set);
 

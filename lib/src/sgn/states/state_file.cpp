@@ -9,6 +9,7 @@
 #include "flib/util/units.h"
 #include "sgn/job/job_files.h"
 #include "sgn/result/sgn_file.h"
+#include "sgn/set/set_moments.h"
 
 namespace sgn {
 namespace {
@@ -23,18 +24,14 @@ std::vector<vec3> columns_of(const flib::matrix<double>& of, double unit) {
 
 /// The numbers of `root`, times the sign; zeros of root 0.
 full_digits full_values(const job& now, std::int32_t root, std::int32_t sign) {
-    const flib::moment_rows& rows = now.moments->of_states;
     full_digits values;
     values.x = columns_of(now.full_x, flib::bohr_radius);
     if (root == 0) return values;
-    const std::size_t row = static_cast<std::size_t>(root) - 1;
-    const auto take = [&](const std::vector<double>& from, auto& to) {
-        for (std::size_t k = 0; k < to.size(); ++k) to[k] = from[to.size() * row + k] * sign;
-    };
-    take(rows.dipole, values.dipole);
-    take(rows.velocity_dipole, values.moments.velocity_dipole);
-    take(rows.magnetic_dipole, values.moments.magnetic_dipole);
-    take(rows.velocity_quadrupole, values.moments.velocity_quadrupole);
+    const flib::moment_rows row = state_row(now.moments->of_states, root, sign);
+    std::ranges::copy(row.dipole, values.dipole.begin());
+    std::ranges::copy(row.velocity_dipole, values.moments.velocity_dipole.begin());
+    std::ranges::copy(row.magnetic_dipole, values.moments.magnetic_dipole.begin());
+    std::ranges::copy(row.velocity_quadrupole, values.moments.velocity_quadrupole.begin());
     return values;
 }
 
