@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "model.h"
+#include "sgn/check/check.h"
 #include "sgn/set/suspects.h"
 
 namespace {
@@ -114,7 +115,9 @@ TEST(Derivatives, AreExtrapolatedFromSeveralSteps) {
             return files;
         };
         const auto small = model::displaced(of, 0.01);
-        const auto large = model::displaced(of, 0.02);
+        // The other one of each pair first: what belongs together is seen in the places.
+        auto large = model::displaced(of, 0.02);
+        for (std::size_t i = 0; i < large.size(); i += 2) std::swap(large[i], large[i + 1]);
         const judged one(model::reference(of), small);
         const judged two(model::reference(of), both(large, small, small.size()));
         const judged part(model::reference(of), both(small, large, 6));
@@ -146,6 +149,43 @@ TEST(Derivatives, AreExtrapolatedFromSeveralSteps) {
             }
         }
     }
+}
+
+TEST(Pairs, AreJudgedByTheSquareOfTheStep) {
+    for (const double step : {0.01, 0.02}) {
+        const result_file reference = model::reference(model::bent);
+        auto files = model::displaced(model::bent, step);
+        for (const std::size_t i : {0U, 1U}) {
+            files[i].contents.corrected_tdip = reference.contents.corrected_tdip;
+            files[i].contents.corrected_tdip[0] += 0.005;
+        }
+        const auto verdicts = sgn::check(reference, files, {}).verdicts;
+        EXPECT_EQ(verdicts[1].has(sgn::doubt::asymmetric_pair), step < 0.015) << step;
+    }
+}
+
+TEST(Set, TakesFullDigitsOfAllFilesOrOfNone) {
+    const auto with_digits = [](result_file of) {
+        of.full = sgn::full_digits{of.contents.corrected_tdip, {}, of.contents.x};
+        of.full->dipole[0] += 1e-8;
+        if (of.name != "ref") of.full->x[0][0] += 1e-8;
+        return of;
+    };
+    const result_file reference = with_digits(model::reference(model::bent));
+    std::vector<result_file> files;
+    for (const result_file& each : model::displaced(model::bent)) {
+        files.push_back(with_digits(each));
+    }
+    const auto told = [&] {
+        const sgn::displaced_set set = make_set(reference, files);
+        const double more = set.jobs[1].moved.shift[0][0] - 0.01;
+        return std::to_string(set.has_moments) + ' ' + std::to_string(set.coordinate_decimals) +
+               ' ' + std::to_string(set.jobs[0].dipole[0] != reference.contents.corrected_tdip[0]) +
+               (more > 5e-9 && more < 2e-8 ? " full" : " printed");
+    };
+    EXPECT_EQ(told(), "1 9 1 full");
+    files.back().full.reset();
+    EXPECT_EQ(told(), "0 6 0 printed");
 }
 
 TEST(Suspects, AreTheSignsThatWereReversed) {
