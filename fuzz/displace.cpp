@@ -1,12 +1,12 @@
 // Gaussian inputs taken apart and put together again.
 #include <algorithm>
 
-#include "sgn_displace/input.h"
+#include "sgn/inputs/input.h"
 #include "support.h"
 
 namespace {
 
-using namespace sgn_displace;
+using namespace sgn::inputs;
 
 void check(std::string_view text) {
     const job_template job = parse_input("fuzz.gjf", text);

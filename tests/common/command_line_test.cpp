@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "common/number_text.h"
 #include "common/version.h"
+#include "flib/io/fixed_field.h"
 #include "support/support.h"
 
 namespace {
@@ -44,7 +44,7 @@ struct tool {
             text += text.empty() ? "/" : " /";
             if (quick) text += " quick";
             if (quiet) text += " quiet";
-            if (limit != 2.5) text += " limit " + tools::shortest_real(limit);
+            if (limit != 2.5) text += " limit " + flib::shortest_real(limit);
             if (page) text += " page " + *page;
             if (from) text += " from " + *from;
             return atoms.empty() ? text : text + " atoms " + atoms;

@@ -3,8 +3,9 @@
 
 #include "common/csv.h"
 #include "common/number_ranges.h"
-#include "common/number_text.h"
 #include "common/table.h"
+#include "flib/io/fixed_field.h"
+#include "flib/text/shown_text.h"
 #include "support/support.h"
 
 namespace {
@@ -30,7 +31,7 @@ std::string ranges_text(const std::string& list, std::int32_t most) {
 
 std::string lines_text(const std::string& text, std::size_t width) {
     std::string all;
-    for (const std::string& line : tools::wrapped(text, width)) all += '/' + line;
+    for (const std::string& line : flib::wrapped(text, width)) all += '/' + line;
     return all.substr(1);
 }
 
@@ -43,9 +44,9 @@ std::string made(const std::string& routine, const std::string& text) {
         return table_at(text, number == 0 ? tools::terminal{} : tools::terminal{.width = width});
     }
     if (what == "wrapped") return lines_text(text, width);
-    if (what == "shortened") return tools::shortened(text, width);
-    if (what == "decimal") return tools::decimal(std::stod(text), number);
-    if (what == "real") return tools::shortest_real(std::stod(text));
+    if (what == "shortened") return flib::shortened(text, width);
+    if (what == "decimal") return flib::decimal(std::stod(text), number);
+    if (what == "real") return flib::shortest_real(std::stod(text));
     if (what == "csv") return tools::csv_real(std::stod(text));
     if (what == "csv line") return tools::csv_line(support::words_of(text));
     return support::answer_of("", [&] { return ranges_text(text, number); });

@@ -7,9 +7,9 @@
 #include <limits>
 #include <regex>
 
-#include "page/drawings.h"
-#include "page/svg.h"
 #include "sgn/check/report.h"
+#include "sgn/page/detail/drawings.h"
+#include "sgn/page/detail/svg.h"
 
 namespace {
 
@@ -66,7 +66,7 @@ TEST(DipoleDrawing, ShowsPrintedAndCorrectedValues) {
     of.set.jobs = {job_of("ref.sgn", 1, {0.5, 0, 0}), job_of("d/a_1.sgn", -1, {-1, 0.0005, 0}),
                    job_of("<.sgn", 0, {0.25, 0, 0})};
     of.suspects.flips = {{2}, {1}};
-    const std::string drawing = page::dipole_drawing(of);
+    const std::string drawing = sgn::page::dipole_drawing(of);
     EXPECT_EQ(shapes(drawing, "printed"),
               "529 31.07 4.2: d/a_1.sgn: printed 1.0000, corrected -1.0000\n"
               "529 291.46 4.2: d/a_1.sgn: printed -0.0005, corrected 0.0005\n");
@@ -96,7 +96,7 @@ TEST(DipoleDrawing, ShowsPrintedAndCorrectedValues) {
     // No more names than there is room for, and those of suspects.
     while (of.set.jobs.size() < 61) of.set.jobs.push_back(of.set.jobs.front());
     of.suspects.flips = {{7}};
-    const std::string crowd = page::dipole_drawing(of);
+    const std::string crowd = sgn::page::dipole_drawing(of);
     const std::string names = shapes(crowd, "small") + shapes(crowd, "small bad-text");
     EXPECT_EQ(std::count(names.begin(), names.end(), '('), 32);
     EXPECT_EQ(shapes(crowd, "suspect-ring").substr(0, 16), "184.38 60.54 9.2");
@@ -122,7 +122,7 @@ sgn::sum_rules rules_of(std::initializer_list<sgn::residue> residues) {
 TEST(RulesDrawing, ShowsResiduesOverTheirUncertainties) {
     report of;
     of.dipole_rules = rules_of({{false, 0, 0, 4.5}, {false, 1, 2, -2}, {true, 0, 1, 1.25}});
-    std::string drawing = page::rules_drawing(of);
+    std::string drawing = sgn::page::rules_drawing(of);
     EXPECT_EQ(shapes(drawing, "bar bar-beyond"), "196 43 120 12\n696 67 93.38 12\n");
     EXPECT_EQ(shapes(drawing, "small beyond-text"), "322 53 start: 9.0\n795.38 77 start: 5.0\n");
     const std::string bars = shapes(drawing, "bar");
@@ -142,13 +142,13 @@ TEST(RulesDrawing, ShowsResiduesOverTheirUncertainties) {
     of.dipole_rules.satisfied = false;
     of.suspects.flips = {{1}};
     of.suspects.mended = rules_of({{false, 0, 0, 1.5}});
-    drawing = page::rules_drawing(of);
+    drawing = sgn::page::rules_drawing(of);
     EXPECT_EQ(shapes(drawing, "bar bar-bad"), "196 43 120 7\n696 67 93.38 7\n");
     EXPECT_EQ(shapes(drawing, "small bad-text"), "322 53 start: 9.0\n795.38 77 start: 5.0\n");
     EXPECT_EQ(shapes(drawing, "bar bar-mended").substr(0, 28), "196 52 72.25 5\n696 52 1.5 5\n");
     of.dipole_rules.translation(0, 0) = of.dipole_rules.largest =
         std::numeric_limits<double>::infinity();
-    EXPECT_EQ(shapes(page::rules_drawing(of), "bar bar-bad").substr(0, 12), "196 43 240 7");
+    EXPECT_EQ(shapes(sgn::page::rules_drawing(of), "bar bar-bad").substr(0, 12), "196 43 240 7");
 }
 
 sgn::normal_mode mode_of(double wavenumber, double borrowed) {
@@ -165,7 +165,7 @@ TEST(ModesDrawing, ShowsBorrowedIntensity) {
     report of;
     of.modes = {mode_of(-250, std::nan("")), mode_of(1000, 0.5), mode_of(1010, 0.25),
                 mode_of(4000, 1)};
-    std::string drawing = page::modes_drawing(of);
+    std::string drawing = sgn::page::modes_drawing(of);
     EXPECT_EQ(shapes(drawing, "stick"),
               "935.48 270 935.48 51.48\n327.75 270 327.75 160.74\n329.78 270 329.78 215.37\n");
     EXPECT_EQ(shapes(drawing, "knob"),
@@ -183,7 +183,7 @@ TEST(ModesDrawing, ShowsBorrowedIntensity) {
     // Of a dipole of no intensity the squares of the derivatives, 0.09 + 0.16.
     of.modes = {mode_of(30, 0.16)};
     of.modes[0].borrowed = std::nan("");
-    drawing = page::modes_drawing(of);
+    drawing = sgn::page::modes_drawing(of);
     EXPECT_EQ(shapes(drawing, "knob"), "343.2 51.48 4: mode 1: 30.0 1/cm, 0.250\n");
     EXPECT_THAT(shapes(drawing, "label"), testing::HasSubstr("squared derivative"));
     EXPECT_THAT(shapes(drawing, "small"), testing::HasSubstr("252.8 290 middle: 20\n"));
@@ -203,7 +203,7 @@ TEST(MoleculeDrawing, ShowsWhereTheAtomsAre) {
                                  {"<", 1, 1, {2, 0, 0}},
                                  {"C", 6, 12, {0, 0.6, 0}},
                                  {"C", 6, 12, {0, -0.6, 0}}};
-    std::string drawing = page::molecule_drawing(molecule_of(atoms, {0, 0, 2}));
+    std::string drawing = sgn::page::molecule_drawing(molecule_of(atoms, {0, 0, 2}));
     // 368 for 4 cos(0.45) Angstrom; the far atoms first, the arrow comes towards the reader.
     EXPECT_EQ(everything_after(drawing, "bond"),
               "230 122.41 230 237.59\n"
@@ -220,27 +220,29 @@ TEST(MoleculeDrawing, ShowsWhereTheAtomsAre) {
               "166.67 229.96 middle: \u03BC\n");
     // One that goes away lies behind the atoms; along the line of sight it is a dot; or there is
     // none.
-    drawing = page::molecule_drawing(molecule_of(atoms, {0, 0, -2}));
+    drawing = sgn::page::molecule_drawing(molecule_of(atoms, {0, 0, -2}));
     EXPECT_LT(drawing.find("\"dipole\""), drawing.find("<circle"));
     EXPECT_EQ(shapes(drawing, "dipole").substr(0, 21), "230 180 286.37 139.98");
-    EXPECT_EQ(shapes(page::molecule_drawing(molecule_of(atoms, {0.408592, 0.342898, 0.845847})),
-                     "dipole"),
-              "230 180 3\n");
-    EXPECT_EQ(shapes(page::molecule_drawing(molecule_of(atoms, {})), "dipole"), "");
+    EXPECT_EQ(
+        shapes(sgn::page::molecule_drawing(molecule_of(atoms, {0.408592, 0.342898, 0.845847})),
+               "dipole"),
+        "230 180 3\n");
+    EXPECT_EQ(shapes(sgn::page::molecule_drawing(molecule_of(atoms, {})), "dipole"), "");
 
     // A crowd on one side: all smaller, with numbers alone; not their mean is in the middle.
     for (std::size_t i = 4; i < 41; ++i) atoms.push_back({"H", 1, 1, {1, 0, 0}});
-    drawing = page::molecule_drawing(molecule_of(atoms, {}));
+    drawing = sgn::page::molecule_drawing(molecule_of(atoms, {}));
     EXPECT_THAT(shapes(drawing, "atom el-o"), testing::StartsWith("46 149.52 24.95: O1"));
     atoms.assign(41, {"H", 1, 1, {}});
     for (std::size_t i = 0; i < 41; ++i) atoms[i].x[0] = 0.5 * static_cast<double>(i);
-    drawing = page::molecule_drawing(molecule_of(atoms, {}));
+    drawing = sgn::page::molecule_drawing(molecule_of(atoms, {}));
     EXPECT_EQ(shapes(drawing, "atom-name small-name").substr(0, 42),
               "46 152.52 middle: 1\n55.2 154.05 middle: 2\n");
     EXPECT_EQ(shapes(drawing, "atom el-h").substr(0, 17), "46 149.52 7: H1: ");
     atoms.resize(1);
-    EXPECT_EQ(shapes(page::molecule_drawing(molecule_of(atoms, {})), "atom el-h").substr(0, 13),
-              "230 180 34: H");
+    EXPECT_EQ(
+        shapes(sgn::page::molecule_drawing(molecule_of(atoms, {})), "atom el-h").substr(0, 13),
+        "230 180 34: H");
 }
 
 TEST(MoleculeDrawing, ColoursElements) {
@@ -248,7 +250,7 @@ TEST(MoleculeDrawing, ColoursElements) {
     for (const int number : {1, 2, 6, 7, 8, 9, 15, 16, 17, 35}) {
         atoms.push_back({"E", number, 1, {-3.0 * number, 0, 0}});  // the last one is nearest
     }
-    std::string drawing = page::molecule_drawing(molecule_of(atoms, {}));
+    std::string drawing = sgn::page::molecule_drawing(molecule_of(atoms, {}));
     std::string kinds;
     for (std::size_t at = 0; (at = drawing.find("atom el-", at)) != std::string::npos; ++at) {
         kinds = drawing.substr(at + 8, drawing.find('"', at) - at - 8) + " " + kinds;
@@ -258,9 +260,9 @@ TEST(MoleculeDrawing, ColoursElements) {
 
 TEST(Svg, ChoosesRoundTicks) {
     const auto shown = [](double low, double high, int about) {
-        const auto marks = page::svg::ticks(low, high, about);
-        std::string text = std::to_string(page::svg::decimals_of(marks));
-        for (const double mark : marks) text += " " + page::svg::number(mark);
+        const auto marks = sgn::page::svg::ticks(low, high, about);
+        std::string text = std::to_string(sgn::page::svg::decimals_of(marks));
+        for (const double mark : marks) text += " " + sgn::page::svg::number(mark);
         return text;
     };
     EXPECT_EQ(shown(0, 1, 5), "1 0 0.2 0.4 0.6 0.8 1");

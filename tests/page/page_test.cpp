@@ -5,11 +5,11 @@
 #include <functional>
 #include <set>
 
-#include "page/drawings.h"
-#include "page/html.h"
-#include "page/style.h"
 #include "set/model.h"
 #include "sgn/check/report.h"
+#include "sgn/page/detail/drawings.h"
+#include "sgn/page/detail/style.h"
+#include "sgn/page/html.h"
 #include "support/support.h"
 
 namespace {
@@ -21,7 +21,7 @@ using testing::Not;
 
 /// A page without its style.
 std::string page_of(const report& of) {
-    return support::replaced(page::html_of(of, "sgn_derive 1.2"), page::style, "");
+    return support::replaced(sgn::page::html_of(of, "sgn_derive 1.2"), sgn::page::style, "");
 }
 
 /// The words of a page without its drawings: a line for each paragraph, heading, item and row,
@@ -109,7 +109,7 @@ TEST(Page, IsThatOfTheFixture) {
 
 TEST(Page, SaysWhatDeservesDoubt) {
     EXPECT_EQ(words_of(page_of(doubtful())), fixture("doubtful.txt"));
-    const std::string page = page::html_of(doubtful(), "x");
+    const std::string page = sgn::page::html_of(doubtful(), "x");
     for (const char* foreign : {"<script", "http:", "https:", "src=", "url(", "@import", "<link"}) {
         EXPECT_EQ(page.find(foreign), std::string::npos) << foreign;
     }
@@ -173,7 +173,7 @@ TEST(ShortNames, AreWhatTellsJobsApart) {
             set.jobs.emplace_back();
             set.jobs.back().name = name;
         }
-        return testing::PrintToString(page::short_names(set));
+        return testing::PrintToString(sgn::page::short_names(set));
     };
     EXPECT_EQ(shortened({"a/h2o_ref.sgn", "b/h2o_01xm.sgn", "h2o_01xp.sgn"}),
               R"({ "ref", "01xm", "01xp" })");

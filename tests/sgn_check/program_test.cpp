@@ -6,7 +6,7 @@
 #include <regex>
 #include <sstream>
 
-#include "common/number_text.h"
+#include "flib/io/fixed_field.h"
 #include "sgn/result/sgn_file.h"
 #include "sgn_check/options.h"
 #include "sgn_check/report.h"
@@ -228,7 +228,7 @@ std::string rounded(std::string text) {
     const std::regex real("-?[0-9]+([.][0-9]+(e[-+][0-9]+)?|e[-+][0-9]+)");
     std::string result;
     for (std::smatch found; std::regex_search(text, found, real); text = found.suffix()) {
-        result += found.prefix().str() + tools::decimal(std::stod(found.str()), 6);
+        result += found.prefix().str() + flib::decimal(std::stod(found.str()), 6);
     }
     return result + text;
 }

@@ -7,10 +7,10 @@
 
 #include "common/csv.h"
 #include "common/version.h"
-#include "page/html.h"
 #include "sets.h"
 #include "sgn/checkpoint/checkpoint.h"
 #include "sgn/checkpoint/detail/checkpoint_sections.h"
+#include "sgn/page/html.h"
 #include "sgn_derive/json.h"
 #include "sgn_derive/molden.h"
 
@@ -62,7 +62,7 @@ TEST_F(SgnDerive, WritesAllThatIsAskedFor) {
         {"--json", sgn_derive::json_of(report)},
         {"--fchk", fixture("water.fchk")},
         {"--molden", sgn_derive::molden_of(report)},
-        {"--html", page::html_of(report, "sgn_derive " + std::string(tools::version()))}};
+        {"--html", sgn::page::html_of(report, "sgn_derive " + std::string(tools::version()))}};
     words options;
     for (const auto& [option, contents] : expected) {
         options.push_back(option + "=result" + option);

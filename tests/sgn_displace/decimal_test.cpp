@@ -1,4 +1,4 @@
-#include "sgn_displace/decimal.h"
+#include "sgn/inputs/decimal.h"
 
 #include <gtest/gtest.h>
 
@@ -6,8 +6,8 @@
 
 namespace {
 
-using sgn_displace::decimal;
-using sgn_displace::decimal_error;
+using sgn::inputs::decimal;
+using sgn::inputs::decimal_error;
 
 /// The sum of two numbers, or what is wrong with the first.
 std::string sum_of(const std::string& number, const std::string& another) {

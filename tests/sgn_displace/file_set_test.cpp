@@ -1,4 +1,4 @@
-#include "sgn_displace/file_set.h"
+#include "sgn/inputs/file_set.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -29,7 +29,7 @@ class FileSet : public testing::Test {
                       const std::function<std::string(std::size_t)>& contents = new_text,
                       const std::string& directory = ".") const {
         try {
-            sgn_displace::write_file_set(path(directory), names, contents, overwrite);
+            sgn::inputs::write_file_set(path(directory), names, contents, overwrite);
             return "";
         } catch (const std::exception& error) {
             const std::string what = error.what();

@@ -1,15 +1,15 @@
-#include "sgn_displace/input.h"
+#include "sgn/inputs/input.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "flib/util/gjf.h"
-#include "sgn_displace/displaced_jobs.h"
+#include "sgn/inputs/displaced_jobs.h"
 #include "support/support.h"
 
 namespace {
 
-using namespace sgn_displace;
+using namespace sgn::inputs;
 using support::answer_of;
 using support::table_of;
 

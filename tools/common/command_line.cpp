@@ -1,13 +1,14 @@
 #include "common/command_line.h"
+#include "flib/text/shown_text.h"
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cmath>
 #include <utility>
 
-#include "common/number_text.h"
 #include "common/terminal.h"
 #include "common/version.h"
+#include "flib/io/fixed_field.h"
 #include "flib/io/number.h"
 #include "flib/io/stop_run.h"
 
@@ -34,7 +35,8 @@ std::string option_help(const CLI::Option& option) {
     std::string text = "  " + synopsis(option);
     text.resize(std::max(meaning_column, text.size() + 2), ' ');
     bool first = true;
-    for (const std::string& line : wrapped(option.get_description(), help_width - meaning_column)) {
+    for (const std::string& line :
+         flib::wrapped(option.get_description(), help_width - meaning_column)) {
         if (!std::exchange(first, false)) text.append(meaning_column, ' ');
         text += line + '\n';
     }
@@ -51,7 +53,7 @@ std::string help_of(const CLI::App& app, const tool_description& tool) {
         forms.remove_prefix(std::min(form.size() + 1, forms.size()));
     }
     text += '\n';
-    for (const std::string& line : wrapped(tool.purpose, help_width)) text += line + '\n';
+    for (const std::string& line : flib::wrapped(tool.purpose, help_width)) text += line + '\n';
     // Groups appear in the order of their first options; -h and --version come at the very end.
     std::vector<std::string> groups = app.get_groups();
     std::stable_partition(groups.begin(), groups.end(), [&](const std::string& group) {
@@ -220,12 +222,12 @@ option add_number(command_line& line, const std::string& names, double& number, 
         double value = 0;
         if (flib::parse_real(text, value) != flib::number_error::none || !std::isfinite(value) ||
             value < least) {
-            throw flib::run_error(names + " takes a number, " + shortest_real(least) +
+            throw flib::run_error(names + " takes a number, " + flib::shortest_real(least) +
                                   " or above, not '" + flib::printable(text) + "'");
         }
         number = value;
     };
-    return add_value(line, names, "NUMBER", take, meaning + " (" + shortest_real(number) + ")");
+    return add_value(line, names, "NUMBER", take, meaning + " (" + flib::shortest_real(number) + ")");
 }
 
 parsed_line parse_line(command_line& line, std::span<const std::string_view> arguments) {

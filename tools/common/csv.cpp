@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "common/number_text.h"
+#include "flib/io/fixed_field.h"
 
 namespace tools {
 namespace {
@@ -16,7 +16,7 @@ std::string quoted(std::string_view text) {
 }  // namespace
 
 std::string csv_real(double value) {
-    return std::isfinite(value) ? shortest_real(value) : "";
+    return std::isfinite(value) ? flib::shortest_real(value) : "";
 }
 
 std::string csv_line(const std::vector<std::string>& fields) {

@@ -12,9 +12,9 @@
 #include <string>
 #include <vector>
 
-#include "common/write_out.h"
 #include "flib/io/atomic_file.h"
 #include "flib/io/stop_run.h"
+#include "flib/io/write_out.h"
 
 namespace tools {
 namespace {
@@ -34,7 +34,7 @@ void complain(std::string_view tool, std::string_view reason) noexcept {
 }
 
 void show(std::string_view text) {
-    if (write_out(STDOUT_FILENO, text) || errno == EPIPE) return;
+    if (flib::write_out(STDOUT_FILENO, text) || errno == EPIPE) return;
     throw flib::io_error("standard output", 0, flib::errno_text(errno));
 }
 

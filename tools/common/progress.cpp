@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "common/write_out.h"
+#include "flib/io/write_out.h"
 
 namespace tools {
 namespace {
@@ -20,13 +20,13 @@ progress::progress(int descriptor, std::size_t steps)
       next_(clock::now() + std::chrono::seconds(1)) {}
 
 progress::~progress() {
-    if (written_) (void)write_out(descriptor_, clear_line);
+    if (written_) (void)flib::write_out(descriptor_, clear_line);
 }
 
 void progress::at(std::size_t step, std::string_view what) {
     if (!terminal_ || clock::now() < next_) return;
     next_ = clock::now() + std::chrono::milliseconds(100);
-    written_ = write_out(descriptor_, std::string(clear_line)
+    written_ = flib::write_out(descriptor_, std::string(clear_line)
                                           .append(what)
                                           .append(" ")
                                           .append(std::to_string(step))

@@ -1,4 +1,5 @@
 #include "common/table.h"
+#include "flib/text/shown_text.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -40,8 +41,8 @@ void make_room(layout& how, const std::vector<table_column>& columns, std::size_
 
 std::string padded(const table_cell& cell, const table_column& column, std::size_t width,
                    const terminal& on) {
-    const std::string text = shortened(cell.text, std::max<std::size_t>(width, 5));
-    const std::size_t taken = shown_width(text);
+    const std::string text = flib::shortened(cell.text, std::max<std::size_t>(width, 5));
+    const std::size_t taken = flib::shown_width(text);
     const std::string blanks(width > taken ? width - taken : 0, ' ');
     const std::string words = painted(text, cell.colour, on);
     return column.right ? blanks + words : words + blanks;
@@ -53,8 +54,8 @@ std::string table_text(const table& what, const terminal& on) {
     const std::size_t last = what.columns.size() - 1;
     layout how;
     for (std::size_t i = 0; i <= last; ++i) {
-        std::size_t width = shown_width(what.columns[i].heading);
-        for (const auto& row : what.rows) width = std::max(width, shown_width(row[i].text));
+        std::size_t width = flib::shown_width(what.columns[i].heading);
+        for (const auto& row : what.rows) width = std::max(width, flib::shown_width(row[i].text));
         how.width.push_back(width);
         if (i < last) how.shown.push_back(i);
     }
@@ -86,7 +87,7 @@ std::string table_text(const table& what, const terminal& on) {
         }
         const std::size_t hanging = below ? indentation : how.words_at();
         bool first = !below;
-        for (const std::string& words : wrapped(row[last].text, room)) {
+        for (const std::string& words : flib::wrapped(row[last].text, room)) {
             if (heading && below) break;
             if (!std::exchange(first, false)) line.append(hanging, ' ');
             line += painted(words, row[last].colour, on) + '\n';

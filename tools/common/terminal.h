@@ -1,11 +1,10 @@
-// What a terminal can show, and text made for it.
+// What a terminal can show.
 #pragma once
 
 #include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace tools {
 
@@ -23,14 +22,5 @@ enum class paint { none, good, bad, faint, strong };
 
 /// `text` in a colour, if there are colours.
 std::string painted(std::string_view text, paint colour, const terminal& on);
-
-/// Columns that UTF-8 text takes: its characters, not its bytes.
-std::size_t shown_width(std::string_view text);
-
-/// `text` in lines of at most `width` columns, broken at blanks; a longer word is broken anywhere.
-std::vector<std::string> wrapped(std::string_view text, std::size_t width);
-
-/// `text`, its middle left out ("...") if it is wider than `width`, which must be at least 5.
-std::string shortened(std::string_view text, std::size_t width);
 
 }  // namespace tools

@@ -10,9 +10,9 @@
 #include <string_view>
 #include <vector>
 
-#include "common/write_out.h"
 #include "flib/io/atomic_file.h"
 #include "flib/io/stop_run.h"
+#include "flib/io/write_out.h"
 #include "numfreq/run_driver.h"
 
 namespace {
@@ -29,7 +29,7 @@ class last_words {
     /// Writes as much as can be written.
     void write_to(int descriptor) const {
         // There is nobody to tell of a failure.
-        static_cast<void>(tools::write_out(descriptor, {text_.data(), length_}));
+        static_cast<void>(flib::write_out(descriptor, {text_.data(), length_}));
     }
 
   private:

@@ -1,11 +1,11 @@
 #include "qm_file/show.h"
+#include "flib/text/shown_text.h"
 
 #include <algorithm>
 #include <cmath>
 #include <concepts>
 #include <vector>
 
-#include "common/layers.h"
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
 #include "flib/qm_file/type_tag.h"
@@ -14,6 +14,7 @@
 #include "flib/util/elements.h"
 #include "flib/util/sum_formula.h"
 #include "flib/util/units.h"
+#include "sgn/inputs/layers.h"
 
 namespace qm_file {
 namespace {
@@ -78,7 +79,7 @@ std::string entry(std::string_view heading, std::string_view text, const termina
     lines.append(heading).resize(heading_width, ' ');
     const std::size_t width = std::max(on.width.value_or(usual_width), heading_width + 20);
     bool first = true;
-    for (const std::string& line : tools::wrapped(text, width - heading_width)) {
+    for (const std::string& line : flib::wrapped(text, width - heading_width)) {
         if (!first) lines.append(heading_width, ' ');
         first = false;
         lines += line + '\n';
@@ -197,7 +198,7 @@ std::string dipole_lines(const flib::vector_list& dipoles) {
 }
 
 std::string layers_text(const flib::oniom_layers& layers) {
-    return tools::high_layer_in_words(layers.high.size(), static_cast<std::size_t>(layers.natom));
+    return sgn::inputs::high_layer_in_words(layers.high.size(), static_cast<std::size_t>(layers.natom));
 }
 
 /// What a person should know of a file of this kind, because its rule is a coarse one.
@@ -398,7 +399,7 @@ std::string label_of(const file_facts& facts, std::size_t row_width, const termi
     if (on.width) {
         constexpr std::size_t shortest = 8;
         const std::size_t left = *on.width > row_width + 2 ? *on.width - row_width - 2 : 0;
-        name = tools::shortened(name, std::max(left, shortest));
+        name = flib::shortened(name, std::max(left, shortest));
     }
     return name + ": ";
 }
@@ -532,7 +533,7 @@ std::string rows_of(const file_report& report, const named_quantity& which, bool
             break;
         case quantity::oniom:
             if (facts.oniom) {
-                rows.push_back(tools::high_layer_in_words(
+                rows.push_back(sgn::inputs::high_layer_in_words(
                     facts.oniom->high, static_cast<std::size_t>(facts.oniom->natom)));
             }
             break;
@@ -559,7 +560,7 @@ std::string rows_of(const file_report& report, const named_quantity& which, bool
         }
         // Words go on in the next line.
         bool first = true;
-        for (const std::string& line : tools::wrapped(label + row, width - 2)) {
+        for (const std::string& line : flib::wrapped(label + row, width - 2)) {
             text += (first ? "" : "  ") + line + '\n';
             first = false;
         }

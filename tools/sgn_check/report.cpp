@@ -1,4 +1,5 @@
 #include "sgn_check/report.h"
+#include "flib/text/shown_text.h"
 
 #include <algorithm>
 #include <array>
@@ -9,7 +10,6 @@
 
 #include "common/csv.h"
 #include "common/json_text.h"
-#include "common/number_text.h"
 #include "common/set_json.h"
 #include "common/table.h"
 #include "flib/io/fixed_field.h"
@@ -20,8 +20,8 @@
 namespace sgn_check {
 namespace {
 
+using flib::decimal;
 using tools::csv_real;
-using tools::decimal;
 using tools::json_of;
 using tools::json_value;
 
@@ -189,7 +189,7 @@ std::string table(const sgn::assessment& of, std::span<const unreadable_file> un
     }
     std::string text = table_text(rows, on);
     const auto add = [&](const std::string& words, bool good) {
-        const auto lines = on.width ? tools::wrapped(words, *on.width) : std::vector{words};
+        const auto lines = on.width ? flib::wrapped(words, *on.width) : std::vector{words};
         for (const std::string& line : lines) {
             text += painted(line, good ? tools::paint::none : tools::paint::bad, on) + '\n';
         }

@@ -17,12 +17,12 @@
 #include "common/reference.h"
 #include "common/version.h"
 #include "flib/io/stop_run.h"
-#include "page/html.h"
 #include "sgn/check/judge.h"
 #include "sgn/check/report.h"
 #include "sgn/checkpoint/checkpoint.h"
 #include "sgn/checkpoint/fcc_files.h"
 #include "sgn/job/same_file.h"
+#include "sgn/page/html.h"
 #include "sgn/result/sgn_file.h"
 #include "sgn/set/input_numbers.h"
 #include "sgn/set/set_moments.h"
@@ -152,7 +152,7 @@ int run(std::span<const std::string_view> arguments) {
     if (options.html) {
         results.emplace_back(
             *options.html,
-            page::html_of(report, std::string(tool) + " " + std::string(tools::version())));
+            sgn::page::html_of(report, std::string(tool) + " " + std::string(tools::version())));
     }
     bool streamed = false;
     for (const auto& [name, contents] : results) {

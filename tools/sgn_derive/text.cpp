@@ -1,10 +1,10 @@
 #include "sgn_derive/text.h"
+#include "flib/text/shown_text.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 
-#include "common/number_text.h"
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
 #include "flib/util/units.h"
@@ -16,10 +16,10 @@
 namespace sgn_derive {
 namespace {
 
+using flib::decimal;
 using sgn::axis_names;
 using sgn::role;
 using sgn::sum_rules;
-using tools::decimal;
 using tools::paint;
 
 std::string left(std::string_view text, std::size_t width) {
@@ -42,7 +42,7 @@ std::string paragraph(std::string_view words, const tools::terminal& on) {
     constexpr std::size_t usual = 84;
     std::string text;
     for (const std::string& line :
-         tools::wrapped(words, std::min(usual, on.width.value_or(usual)))) {
+         flib::wrapped(words, std::min(usual, on.width.value_or(usual)))) {
         text += line + '\n';
     }
     return text;
@@ -205,7 +205,7 @@ std::string surroundings_text(const sgn::report& of, const tools::terminal& on) 
 /// An indented line, its beginning in red; on a terminal as many as it takes.
 std::string item(const std::string& name, const std::string& rest, const tools::terminal& on) {
     constexpr std::size_t indent = 3;
-    auto lines = on.width ? tools::wrapped(name + rest, std::max(indent + 1, *on.width) - indent)
+    auto lines = on.width ? flib::wrapped(name + rest, std::max(indent + 1, *on.width) - indent)
                           : std::vector{name + rest};
     if (lines.front().starts_with(name)) {
         lines.front().replace(0, name.size(), painted(name, paint::bad, on));
@@ -275,7 +275,7 @@ std::string text_of(const sgn::report& of, const tools::terminal& on, bool by_an
             findings_text(of, on) + '\n';
     const std::string verdict = verdict_of(of);
     for (const std::string& line :
-         on.width ? tools::wrapped(verdict, *on.width) : std::vector{verdict}) {
+         on.width ? flib::wrapped(verdict, *on.width) : std::vector{verdict}) {
         text += painted(line, of.fine() ? paint::good : paint::bad, on) + '\n';
     }
     return text;

@@ -1,6 +1,7 @@
 #include "sgn_displace/options.h"
 
 #include "common/command_line.h"
+#include "common/number_ranges.h"
 #include "flib/io/stop_run.h"
 
 namespace sgn_displace {
@@ -44,6 +45,17 @@ options parse_options(std::span<const std::string_view> arguments) {
     result.input = line.names.front();
     if (result.directory.empty()) throw flib::run_error("--directory needs a value");
     return result;
+}
+
+std::vector<std::size_t> parse_atom_list(std::string_view text, std::size_t natom) {
+    const auto ranges = tools::parse_ranges("--atoms", text);
+    const std::int32_t largest = tools::largest_in(ranges);
+    if (static_cast<std::size_t>(largest) > natom) {
+        throw flib::run_error("--atoms: there is no atom " + std::to_string(largest) +
+                              ", the input has " + std::to_string(natom));
+    }
+    const std::vector<std::int32_t> atoms = tools::numbers_in(ranges, largest);
+    return {atoms.begin(), atoms.end()};
 }
 
 }  // namespace sgn_displace

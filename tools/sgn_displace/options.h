@@ -1,10 +1,12 @@
 // The command line of sgn_displace.
 #pragma once
 
+#include <cstddef>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace sgn_displace {
 
@@ -21,5 +23,9 @@ struct options {
 
 /// Throws flib::run_error if the arguments make no sense.
 options parse_options(std::span<const std::string_view> arguments);
+
+/// The numbers, counted from 1, of a list like "1-3,7", in ascending order. Throws flib::run_error
+/// if it is no such list or names an atom above `natom`.
+std::vector<std::size_t> parse_atom_list(std::string_view text, std::size_t natom);
 
 }  // namespace sgn_displace

@@ -2,13 +2,14 @@
 
 #include "common/program.h"
 #include "flib/io/stop_run.h"
-#include "sgn_displace/displaced_jobs.h"
-#include "sgn_displace/file_set.h"
+#include "sgn/inputs/displaced_jobs.h"
+#include "sgn/inputs/file_set.h"
 #include "sgn_displace/options.h"
 #include "sgn_displace/summary.h"
 
 namespace {
 
+using namespace sgn::inputs;
 using namespace sgn_displace;
 
 int run(std::span<const std::string_view> arguments) {

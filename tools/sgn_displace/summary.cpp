@@ -1,9 +1,13 @@
 #include "sgn_displace/summary.h"
+#include "flib/text/shown_text.h"
 
 #include "common/terminal.h"
 #include "flib/io/stop_run.h"
 
 namespace sgn_displace {
+
+using namespace sgn::inputs;
+
 namespace {
 
 constexpr std::size_t width = 80;
@@ -39,7 +43,7 @@ std::string summary(const options& from, const job_template& job,
                        (from.one_sided ? "+" : "+-") + from.step + " Angstrom along x, y, z\n";
     for (const std::string& line : job.told) {
         bool first = true;
-        for (const std::string& part : tools::wrapped(line, width - 4)) {
+        for (const std::string& part : flib::wrapped(line, width - 4)) {
             text.append(first ? "  " : "    ").append(part).append("\n");
             first = false;
         }

@@ -4,13 +4,13 @@
 #include <string>
 #include <vector>
 
-#include "sgn_displace/displaced_jobs.h"
+#include "sgn/inputs/displaced_jobs.h"
 #include "sgn_displace/options.h"
 
 namespace sgn_displace {
 
 /// What was written, what was changed against the input, and the commands that come next.
-std::string summary(const options& from, const job_template& job,
-                    const std::vector<displaced_job>& jobs);
+std::string summary(const options& from, const sgn::inputs::job_template& job,
+                    const std::vector<sgn::inputs::displaced_job>& jobs);
 
 }  // namespace sgn_displace

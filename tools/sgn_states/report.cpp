@@ -9,20 +9,20 @@
 
 #include "common/csv.h"
 #include "common/json_text.h"
-#include "common/number_text.h"
 #include "common/program.h"
 #include "common/table.h"
+#include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
 #include "flib/util/units.h"
 
 namespace sgn_states {
 namespace {
 
+using flib::decimal;
 using sgn::continuation;
 using sgn::followed_job;
 using sgn::followed_state;
 using sgn::root_values;
-using tools::decimal;
 
 double electronvolts(const root_values& of) {
     return of.energy * flib::hartree_energy;

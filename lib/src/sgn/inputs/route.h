@@ -12,7 +12,7 @@
 #include <string_view>
 #include <vector>
 
-namespace sgn_displace {
+namespace sgn::inputs {
 
 struct keyword {
     std::string name;  // in lower case
@@ -48,4 +48,4 @@ struct job_kind {
 /// an earlier job.
 job_kind judge_route(const std::vector<keyword>& route);
 
-}  // namespace sgn_displace
+}  // namespace sgn::inputs

@@ -8,10 +8,10 @@
 
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
-#include "page/drawings.h"
-#include "page/svg.h"
+#include "sgn/page/detail/drawings.h"
+#include "sgn/page/detail/svg.h"
 
-namespace page {
+namespace sgn::page {
 namespace {
 
 using sgn::vec3;
@@ -181,4 +181,4 @@ std::string molecule_drawing(const sgn::report& of) {
                         text + circles);
 }
 
-}  // namespace page
+}  // namespace sgn::page

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace sgn_displace {
+namespace sgn::inputs {
 
 /// Writes the files `names` into `directory`; the text of file i is `contents(i)`. A directory that
 /// does not exist is made, its parent must be there. All texts are written to the disk beside their
@@ -21,4 +21,4 @@ namespace sgn_displace {
 void write_file_set(const std::string& directory, const std::vector<std::string>& names,
                     const std::function<std::string(std::size_t)>& contents, bool overwrite);
 
-}  // namespace sgn_displace
+}  // namespace sgn::inputs

@@ -1,17 +1,15 @@
-#include "sgn_displace/displaced_jobs.h"
+#include "sgn/inputs/displaced_jobs.h"
 
 #include <algorithm>
-#include <cstdint>
 
-#include "common/number_ranges.h"
-#include "common/number_text.h"
+#include "flib/io/fixed_field.h"
 #include "flib/io/number.h"
 #include "flib/io/stop_run.h"
 #include "flib/text/string.h"
 #include "flib/util/file.h"
 #include "flib/util/units.h"
 
-namespace sgn_displace {
+namespace sgn::inputs {
 
 std::string name_of_set(const std::string& file) {
     std::string name = flib::name_base(file);
@@ -26,17 +24,6 @@ std::string name_of_set(const std::string& file) {
                               "digits, '_', '.', '+' and '-'");
     }
     return name;
-}
-
-std::vector<std::size_t> parse_atom_list(std::string_view text, std::size_t natom) {
-    const auto ranges = tools::parse_ranges("--atoms", text);
-    const std::int32_t largest = tools::largest_in(ranges);
-    if (static_cast<std::size_t>(largest) > natom) {
-        throw flib::run_error("--atoms: there is no atom " + std::to_string(largest) +
-                              ", the input has " + std::to_string(natom));
-    }
-    const std::vector<std::int32_t> atoms = tools::numbers_in(ranges, largest);
-    return {atoms.begin(), atoms.end()};
 }
 
 std::vector<std::size_t> usual_atoms(const job_template& job) {
@@ -61,7 +48,7 @@ decimal parse_step(const std::string& text, length_unit unit) {
     }
     if (unit == length_unit::angstrom) return exact;
     constexpr int decimals = 10;
-    parse_decimal(tools::decimal(step / flib::bohr_radius, decimals), exact);
+    parse_decimal(flib::decimal(step / flib::bohr_radius, decimals), exact);
     return exact;
 }
 
@@ -93,4 +80,4 @@ std::string input_of(const job_template& from, const displaced_job& job, decimal
                           job.sign > 0 ? step : negative(step));
 }
 
-}  // namespace sgn_displace
+}  // namespace sgn::inputs

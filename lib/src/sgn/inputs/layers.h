@@ -6,7 +6,7 @@
 #include <span>
 #include <string>
 
-namespace tools {
+namespace sgn::inputs {
 
 /// "3 of 5 atoms in the high layer".
 inline std::string high_layer_in_words(std::size_t high, std::size_t all) {
@@ -20,4 +20,4 @@ inline std::string high_layer_in_words(std::span<const std::int32_t> high, std::
     return text;
 }
 
-}  // namespace tools
+}  // namespace sgn::inputs

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-namespace sgn_displace {
+namespace sgn::inputs {
 
 /// The number digits / 10^decimals.
 struct decimal {
@@ -32,4 +32,4 @@ constexpr decimal negative(decimal value) {
 /// In fixed-point notation with all its decimals; zero has no sign.
 std::string text_of(decimal value);
 
-}  // namespace sgn_displace
+}  // namespace sgn::inputs

@@ -1,4 +1,4 @@
-#include "sgn_displace/route.h"
+#include "sgn/inputs/route.h"
 
 #include <algorithm>
 #include <array>
@@ -12,7 +12,7 @@
 #include "flib/io/stop_run.h"
 #include "flib/text/string.h"
 
-namespace sgn_displace {
+namespace sgn::inputs {
 namespace {
 
 /// Blanks, commas and slashes part keywords, the colon parts the methods of an ONIOM job.
@@ -344,4 +344,4 @@ job_kind judge_route(const std::vector<keyword>& route) {
     return kind;
 }
 
-}  // namespace sgn_displace
+}  // namespace sgn::inputs

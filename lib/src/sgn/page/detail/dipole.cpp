@@ -2,13 +2,13 @@
 #include <algorithm>
 #include <cmath>
 
-#include "common/terminal.h"
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
-#include "page/drawings.h"
-#include "page/svg.h"
+#include "flib/text/shown_text.h"
+#include "sgn/page/detail/drawings.h"
+#include "sgn/page/detail/svg.h"
 
-namespace page {
+namespace sgn::page {
 namespace {
 
 using flib::decimal;
@@ -135,8 +135,8 @@ std::string dipole_drawing(const sgn::report& of) {
     double longest = 0;
     for (std::size_t i = 0; i < jobs; ++i) {
         if (i % every != 0 && !is_suspect(of, i)) continue;
-        const std::string name = tools::shortened(flib::printable(names[i]), 18);
-        longest = std::max(longest, static_cast<double>(tools::shown_width(name)));
+        const std::string name = flib::shortened(flib::printable(names[i]), 18);
+        longest = std::max(longest, static_cast<double>(flib::shown_width(name)));
         text += svg::text({place_of(i, jobs) + 4, at - between + 14}, name,
                           is_suspect(of, i) ? "small bad-text" : "small", "end", -55);
     }
@@ -146,4 +146,4 @@ std::string dipole_drawing(const sgn::report& of) {
                         text);
 }
 
-}  // namespace page
+}  // namespace sgn::page

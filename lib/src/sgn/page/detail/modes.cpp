@@ -6,10 +6,10 @@
 #include <numeric>
 
 #include "flib/io/fixed_field.h"
-#include "page/drawings.h"
-#include "page/svg.h"
+#include "sgn/page/detail/drawings.h"
+#include "sgn/page/detail/svg.h"
 
-namespace page {
+namespace sgn::page {
 namespace {
 
 using flib::decimal;
@@ -91,4 +91,4 @@ std::string modes_drawing(const sgn::report& of) {
                         text + names);
 }
 
-}  // namespace page
+}  // namespace sgn::page

@@ -3,7 +3,7 @@
 
 #include <string_view>
 
-namespace page {
+namespace sgn::page {
 
 inline constexpr std::string_view style = R"(
 :root {
@@ -125,4 +125,4 @@ footer { color: var(--soft); font-size: .82rem; margin: 22px 2px 0; overflow-wra
 }
 )";
 
-}  // namespace page
+}  // namespace sgn::page

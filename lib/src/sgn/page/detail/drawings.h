@@ -6,7 +6,7 @@
 
 #include "sgn/check/report.h"
 
-namespace page {
+namespace sgn::page {
 
 /// Names of the jobs as short as they can be told apart: without directory, ".sgn", and what all
 /// begin with.
@@ -31,4 +31,4 @@ double borrowed_by(const sgn::report& of, const sgn::normal_mode& mode);
 /// squares in atomic units.
 bool has_own_intensity(const sgn::report& of);
 
-}  // namespace page
+}  // namespace sgn::page

@@ -1,4 +1,4 @@
-#include "sgn_displace/file_set.h"
+#include "sgn/inputs/file_set.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -10,11 +10,11 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "common/write_out.h"
 #include "flib/io/atomic_file.h"
 #include "flib/io/stop_run.h"
+#include "flib/io/write_out.h"
 
-namespace sgn_displace {
+namespace sgn::inputs {
 namespace {
 
 [[noreturn]] void fail(const std::string& file, const std::string& what) {
@@ -110,7 +110,7 @@ class waiting_room {
         if (descriptor < 0) fail_to_write(output_.file(name), errno);
         written_.push_back(name);
         int error = 0;
-        if (!tools::write_out(descriptor, text)) error = errno;
+        if (!flib::write_out(descriptor, text)) error = errno;
         if (close(descriptor) != 0 && error == 0) error = errno;
         if (error != 0) fail_to_write(output_.file(name), error);
     }
@@ -207,4 +207,4 @@ void write_file_set(const std::string& directory, const std::vector<std::string>
     room.keep();
 }
 
-}  // namespace sgn_displace
+}  // namespace sgn::inputs

@@ -1,11 +1,11 @@
-#include "page/svg.h"
+#include "sgn/page/detail/svg.h"
 
 #include <cmath>
 
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
 
-namespace page::svg {
+namespace sgn::page::svg {
 namespace {
 
 std::string attribute(std::string_view name, std::string_view value) {
@@ -119,4 +119,4 @@ std::string drawing(double width, double height, std::string_view kind, std::str
            "</svg>\n";
 }
 
-}  // namespace page::svg
+}  // namespace sgn::page::svg

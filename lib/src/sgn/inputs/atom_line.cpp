@@ -1,4 +1,4 @@
-#include "sgn_displace/atom_line.h"
+#include "sgn/inputs/atom_line.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -10,7 +10,7 @@
 #include "flib/text/string.h"
 #include "flib/util/elements.h"
 
-namespace sgn_displace {
+namespace sgn::inputs {
 namespace {
 
 using flib::quoted;
@@ -118,4 +118,4 @@ atom parse_atom(std::string_view line, bool oniom) {
     return result;
 }
 
-}  // namespace sgn_displace
+}  // namespace sgn::inputs

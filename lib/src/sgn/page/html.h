@@ -5,7 +5,7 @@
 
 #include "sgn/check/report.h"
 
-namespace page {
+namespace sgn::page {
 
 /// The report as one HTML page that needs nothing else: drawings are inline SVG, there are no
 /// scripts, and nothing is fetched. The verdict of the set comes first; then the molecule, the
@@ -13,4 +13,4 @@ namespace page {
 /// all files. `maker` is named at the end: a program and its version.
 std::string html_of(const sgn::report& of, const std::string& maker);
 
-}  // namespace page
+}  // namespace sgn::page

@@ -8,9 +8,9 @@
 #include <string_view>
 #include <vector>
 
-#include "sgn_displace/input.h"
+#include "sgn/inputs/input.h"
 
-namespace sgn_displace {
+namespace sgn::inputs {
 
 /// What stands between blanks, tabs, commas and slashes; parentheses are not parted.
 std::vector<std::string_view> items_of(std::string_view line);
@@ -20,4 +20,4 @@ std::vector<std::string_view> items_of(std::string_view line);
 /// Throws flib::run_error if it is none.
 atom parse_atom(std::string_view line, bool oniom);
 
-}  // namespace sgn_displace
+}  // namespace sgn::inputs

@@ -7,10 +7,10 @@
 #include <string_view>
 #include <vector>
 
-#include "sgn_displace/decimal.h"
-#include "sgn_displace/route.h"
+#include "sgn/inputs/decimal.h"
+#include "sgn/inputs/route.h"
 
-namespace sgn_displace {
+namespace sgn::inputs {
 
 /// A coordinate as it is printed.
 struct coordinate {
@@ -57,4 +57,4 @@ job_template parse_input(std::string_view file, std::string_view text, std::stri
 /// exist. Throws flib::run_error if it cannot be read.
 job_template read_input(const std::string& file, const std::string& directory);
 
-}  // namespace sgn_displace
+}  // namespace sgn::inputs

@@ -7,9 +7,9 @@
 #include <string_view>
 #include <vector>
 
-#include "sgn_displace/input.h"
+#include "sgn/inputs/input.h"
 
-namespace sgn_displace {
+namespace sgn::inputs {
 
 /// A job of a set: the reference, or one with an atom displaced along an axis.
 struct displaced_job {
@@ -25,10 +25,6 @@ struct displaced_job {
 /// flib::run_error for one that could not stand in %chk, in a list or in a shell's pattern as it
 /// is.
 std::string name_of_set(const std::string& file);
-
-/// The numbers, counted from 1, of a list like "1-3,7", in ascending order. Throws flib::run_error
-/// if it is no such list or names an atom above `natom`.
-std::vector<std::size_t> parse_atom_list(std::string_view text, std::size_t natom);
 
 /// The atoms that are displaced unless others are asked for: all, of an ONIOM job those of the high
 /// layer. Numbers count from 1.
@@ -49,4 +45,4 @@ std::vector<displaced_job> jobs_of_set(std::string_view set, const std::vector<s
 /// The input of a job.
 std::string input_of(const job_template& from, const displaced_job& job, decimal step);
 
-}  // namespace sgn_displace
+}  // namespace sgn::inputs

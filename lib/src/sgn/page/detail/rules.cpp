@@ -4,10 +4,10 @@
 #include <string_view>
 
 #include "flib/io/fixed_field.h"
-#include "page/drawings.h"
-#include "page/svg.h"
+#include "sgn/page/detail/drawings.h"
+#include "sgn/page/detail/svg.h"
 
-namespace page {
+namespace sgn::page {
 namespace {
 
 constexpr double width = 1000;
@@ -111,4 +111,4 @@ std::string rules_drawing(const sgn::report& of) {
                         "Residues of the sum rules in units of their uncertainties", text);
 }
 
-}  // namespace page
+}  // namespace sgn::page

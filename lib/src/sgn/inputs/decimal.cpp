@@ -1,11 +1,11 @@
-#include "sgn_displace/decimal.h"
+#include "sgn/inputs/decimal.h"
 
 #include <cstddef>
 
 #include "flib/io/number.h"
 #include "flib/text/string.h"
 
-namespace sgn_displace {
+namespace sgn::inputs {
 namespace {
 
 constexpr int most_digits = 18;
@@ -84,4 +84,4 @@ std::string text_of(decimal value) {
     return text;
 }
 
-}  // namespace sgn_displace
+}  // namespace sgn::inputs

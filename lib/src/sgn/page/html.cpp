@@ -1,4 +1,4 @@
-#include "page/html.h"
+#include "sgn/page/html.h"
 
 #include <algorithm>
 #include <cmath>
@@ -6,12 +6,12 @@
 #include <vector>
 
 #include "flib/io/fixed_field.h"
-#include "page/drawings.h"
-#include "page/style.h"
-#include "page/svg.h"
+#include "sgn/page/detail/drawings.h"
+#include "sgn/page/detail/style.h"
+#include "sgn/page/detail/svg.h"
 #include "sgn/set/molecule.h"
 
-namespace page {
+namespace sgn::page {
 namespace {
 
 using flib::decimal;
@@ -334,4 +334,4 @@ std::string html_of(const sgn::report& of, const std::string& maker) {
     return text + "</main>\n</body>\n</html>\n";
 }
 
-}  // namespace page
+}  // namespace sgn::page

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace page::svg {
+namespace sgn::page::svg {
 
 using point = std::array<double, 2>;
 
@@ -50,4 +50,4 @@ std::string text(point place, std::string_view words, std::string_view kind,
 std::string drawing(double width, double height, std::string_view kind, std::string_view label,
                     const std::string& contents);
 
-}  // namespace page::svg
+}  // namespace sgn::page::svg

@@ -1,19 +1,19 @@
-#include "sgn_displace/input.h"
+#include "sgn/inputs/input.h"
 
 #include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <optional>
 
-#include "common/layers.h"
 #include "flib/io/number.h"
 #include "flib/io/stop_run.h"
 #include "flib/text/string.h"
 #include "flib/util/file.h"
+#include "sgn/inputs/atom_line.h"
+#include "sgn/inputs/layers.h"
 #include "sgn/set/listed.h"
-#include "sgn_displace/atom_line.h"
 
-namespace sgn_displace {
+namespace sgn::inputs {
 namespace {
 
 namespace fs = std::filesystem;
@@ -364,7 +364,7 @@ class input_parser {
         for (std::size_t i = 0; i < result_.atoms.size(); ++i) {
             if (result_.atoms[i].layer == 'H') high.push_back(static_cast<std::int32_t>(i) + 1);
         }
-        tell("ONIOM: " + tools::high_layer_in_words(high, result_.atoms.size()));
+        tell("ONIOM: " + high_layer_in_words(high, result_.atoms.size()));
     }
 
     /// What is not moved with the atoms, so that the sums over all of them do not vanish.
@@ -440,4 +440,4 @@ job_template read_input(const std::string& file, const std::string& directory) {
     return parse_input(file, *text, way);
 }
 
-}  // namespace sgn_displace
+}  // namespace sgn::inputs
