@@ -87,7 +87,7 @@ TEST(Derivatives, AreThoseOfTheModelAndObeyTheSumRules) {
                 const judged set(model::reference(of), files);
                 const auto& d = set.made;
                 const double sigma =
-                    *std::max_element(d.dipole_uncertainty.begin(), d.dipole_uncertainty.end());
+                    *std::max_element(d.dipole_rounding.begin(), d.dipole_uncertainty.end());
                 EXPECT_LT(largest_difference(d.dipole, exact(of, false)),
                           3 * sigma + d.dipole_step_error);
                 // The rounding of coordinates counts for oblique displacements.

@@ -52,7 +52,7 @@ json_value outcome(const displaced_set& set) {
     const sum_rules dipole = dipole_rules(set, made);
     const suspects found = find_suspects(set, made, dipole);
     json_value result{{"dipole", json_of(made.dipole)},
-                      {"dipole_uncertainty", made.dipole_uncertainty},
+                      {"dipole_rounding", made.dipole_rounding},
                       {"dipole_step_error", made.dipole_step_error},
                       {"dipole_rules", json_of(dipole)},
                       {"force_rules", json_of(force_rules(set, made))},
@@ -66,7 +66,7 @@ json_value outcome(const displaced_set& set) {
     if (!set.has_forces) return result;
     const table constants = force_constants(made.forces);
     result["forces"] = json_of(made.forces);
-    result["force_uncertainty"] = made.force_uncertainty;
+    result["force_rounding"] = made.force_rounding;
     result["force_step_error"] = made.force_step_error;
     result["force_constants"] = json_of(constants);
     result["asymmetry"] = largest_asymmetry(made.forces);

@@ -97,7 +97,7 @@ TEST_F(SgnDerive, WritesTablesForSpreadsheets) {
     EXPECT_EQ(derivatives[0], "atom,input,symbol,axis,dx,dy,dz,uncertainty\r");
     const auto& d = report.derivatives;
     EXPECT_EQ(derivatives[6], "2,2,H,z," + tools::csv_real(d.dipole(5, 0)) + ",0,0," +
-                                  tools::csv_real(d.dipole_uncertainty[5]) + "\r");
+                                  tools::csv_real(d.dipole_rounding[5]) + "\r");
     const words modes = lines_of(text_of("m.csv"));
     ASSERT_EQ(modes.size(), 4U);
     EXPECT_EQ(modes[0],

@@ -46,7 +46,7 @@ TEST(Report, HasTheDerivativesAndModesOfTheTables) {
                 EXPECT_NEAR(one.reduced_mass / std::stod(row[3]), 1, 1e-5);
                 EXPECT_NEAR(std::abs(one.dipole_derivative[0]), std::abs(std::stod(row[4])), 2e-5);
             } else {
-                const double uncertainty = made.derivatives.dipole_uncertainty[coordinate];
+                const double uncertainty = made.derivatives.dipole_rounding[coordinate];
                 for (std::size_t k = 0; k < 3; ++k) {
                     EXPECT_NEAR(made.derivatives.dipole(coordinate, k), std::stod(row[2 + k]),
                                 4 * uncertainty);

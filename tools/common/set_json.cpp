@@ -26,6 +26,8 @@ json_value json_of(const sgn::sum_rules& rules) {
     result["sums"] = rules.sums;
     result["largest"] = rules.largest;
     result["largest_residue"] = rules.largest_residue;
+    result["noise"] = rules.noise;
+    result["step_scale"] = rules.step_scale;
     result["translation"] = json_of(rules.translation);
     result["translation_uncertainty"] = json_of(rules.translation_uncertainty);
     result["rotation"] = json_of(rules.rotation);

@@ -91,7 +91,7 @@ std::string json_of(const sgn::report& of) {
     result["dipole"] = set.jobs.front().dipole;
     result["dipole_derivatives"] = json_of(of.derivatives.dipole);
     json_value& uncertainty = result["dipole_uncertainty"] = json_value::array();
-    for (const double each : of.derivatives.dipole_uncertainty) {
+    for (const double each : of.derivatives.dipole_rounding) {
         uncertainty.push_back(std::vector<double>(3, each));
     }
     result["dipole_step_error"] = of.derivatives.dipole_step_error;

@@ -122,7 +122,7 @@ std::string dipole_text(const sgn::report& of, const tools::terminal& on, bool b
         text += coordinate_text(of, c);
         for (const double value : d.dipole.row(c)) text += number(value / unit, 11, decimals);
         const double step = full ? std::ranges::max(d.dipole_step.row(c)) : 0;
-        text += number(std::hypot(d.dipole_uncertainty[c], step) / unit, full ? 12 : 8, decimals);
+        text += number(std::hypot(d.dipole_rounding[c], step) / unit, full ? 12 : 8, decimals);
         if (c % 3 == 0) text += place_text(of.set.atoms[c / 3], c / 3);
         text += '\n';
     }

@@ -28,13 +28,13 @@ struct derivatives {
     std::vector<coordinate> missing;  ///< not spanned; if there are any, the rest is empty
     std::size_t open_directions = 0;  ///< of 3N, how many are not spanned
 
-    table dipole;                            ///< 3N x 3: coordinate, component
-    std::vector<double> dipole_uncertainty;  ///< 3N: from the rounding, the same for all components
-    table dipole_step;                       ///< 3N x 3: from the size of the displacements
-    double dipole_step_error = 0;            ///< the largest of these
+    table dipole;                         ///< 3N x 3: coordinate, component
+    std::vector<double> dipole_rounding;  ///< 3N: from the rounding, the same for all components
+    table dipole_step;                    ///< 3N x 3: from the size of the displacements
+    double dipole_step_error = 0;         ///< the largest of these
 
     table forces;  ///< 3N x 3N: coordinate, component of the forces; empty without forces
-    std::vector<double> force_uncertainty;  ///< 3N
+    std::vector<double> force_rounding;  ///< 3N
     table force_step;                       ///< 3N x 3N
     double force_step_error = 0;
 
@@ -46,17 +46,13 @@ struct derivatives {
     /// 3N x jobs: the derivatives are these times the values of the jobs, which is how errors of
     /// single jobs go on.
     table weights;
-    /// The same, had there been the smallest step of each direction only.
-    table smallest_step_weights;
-    /// 3N: whether a coordinate's derivatives are extrapolated from several steps to a vanishing
-    /// one.
-    std::vector<bool> extrapolated;
-    /// Errors from the size of the steps: of derivatives with one step, and with several, as a part
-    /// of the largest derivative nearby; and with several, as a part of what the extrapolation
-    /// changed nearby.
-    double relative_single = 0;
-    double relative_several = 0;
-    double part_of_change = 0;
+    // What is known of errors from the size of the steps, in squares.
+    /// 3N x N: of a coordinate's derivative, times the square of the largest derivative by an atom.
+    table step_squares;
+    /// Directions with several steps x jobs: times the values of the jobs, how much the smallest
+    /// step alone is off by along the direction (au), and how much of this is thought to be left.
+    table measured_steps;
+    table measured_squares;  ///< 3N x directions: of a derivative, times the square of that
 
     bool complete() const { return missing.empty(); }
 };
@@ -65,8 +61,8 @@ struct derivatives {
 /// a displacement without partner y - y(0) = J d. Pairs along one direction with several steps s
 /// give one equation, their (y(+) - y(-)) / 2s as a polynomial in the square of s at s = 0: of as
 /// many terms as there are steps, at most three. What the smallest step alone is off by is then
-/// measured, and the error that is left estimated from it. Throws
-/// flib::run_error for a set whose jobs do not have a shift and a force of every atom.
+/// measured, and the error that is left estimated from it; with one step it is estimated from the
+/// derivatives nearby. Throws flib::run_error for a set whose jobs do not have a shift and a force of every atom.
 derivatives differentiate(const displaced_set& set);
 
 /// The derivatives of any numbers: `values` has a row for each job of the set that `by` was made
@@ -76,10 +72,9 @@ moment_derivatives differentiate(const derivatives& by, const table& values, int
 /// "1 O x, y, z; 2 H y", and how many more if the list is long.
 std::string text_of(const std::vector<coordinate>& coordinates, const std::vector<atom>& atoms);
 
-/// What a central difference with a step of `h` Bohr, read from coordinates of six decimals, is off
-/// by, as a part of the largest derivative nearby: the third derivatives, and the rounding of h.
-///
-/// With `coordinate_decimals` above six the rounding of h is less.
+/// What a central difference with a step of `h` Bohr, read from coordinates of so many decimals
+/// (Angstrom), is off by, as a part of the largest derivative nearby: the third derivatives, and
+/// the rounding of h. A standard deviation.
 double relative_step_error(double h, int coordinate_decimals = 6);
 
 }  // namespace sgn

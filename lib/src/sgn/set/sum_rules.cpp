@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
 #include "sgn/set/decimals.h"
+#include "sgn/set/detail/residue_errors.h"
 #include "sgn/set/detail/rigid_motions.h"
 #include "sgn/set/detail/shape.h"
 
@@ -15,57 +17,92 @@ namespace {
 
 /// What is known of the errors, in variances.
 struct errors {
-    Eigen::Vector3d translation;  // of the sum for each axis
+    Eigen::Vector3d translation;  // of the sum for each axis, from the rounding
     Eigen::Vector3d rotation;
     double value = 0;        // of each of the values themselves
     Eigen::MatrixXd step{};  // of each derivative (no variance)
+    /// By how much noise may make those from the rounding larger.
+    double largest_factor = 1;
+    double rounding = 0;  // of a value, au; what the factor is told by
 };
+
+/// Those of the sums: 3 rows for the axes along which all moves, 3 for those about which it turns.
+struct sum_variances {
+    Eigen::MatrixXd rounding;
+    Eigen::MatrixXd step;
+};
+
+sum_variances variances_of(const rigid_motions& motions, const errors& known,
+                           Eigen::Index components) {
+    sum_variances result{Eigen::MatrixXd(6, components), Eigen::MatrixXd(6, components)};
+    const double part = components == 3 ? step_error_in_sums : 1;
+    const Eigen::MatrixXd step = (part * known.step).cwiseAbs2();
+    result.step << motions.translation.cwiseAbs2().transpose() * step,
+        motions.rotation.cwiseAbs2().transpose() * step;
+    for (Eigen::Index l = 0; l < 3; ++l) {
+        result.rounding.row(l).setConstant(known.translation[l]);
+        // The vectors themselves, which turn along, are uncertain too.
+        const Eigen::Vector3d square = motions.axes.col(l).cwiseAbs2();
+        const Eigen::Vector3d across{square[2] + square[1], square[2] + square[0],
+                                     square[1] + square[0]};
+        result.rounding.row(3 + l) =
+            (across * known.value).transpose().replicate(1, components / 3).array() +
+            known.rotation[l];
+    }
+    return result;
+}
+
+/// The noise that explains the sums of a single vector best, and how much larger the errors of the
+/// steps are.
+void explain(const rigid_motions& motions, const Eigen::MatrixXd& sums, const errors& known,
+             sum_variances& of, sum_rules& result) {
+    std::vector<residue_variance> variances;
+    std::vector<double> residues;
+    for (Eigen::Index l = 0; l < 6; ++l) {
+        for (Eigen::Index k = 0; k < sums.cols(); ++k) {
+            if (l >= 3 && !motions.turns(l - 3)) continue;
+            residues.push_back(sums(l, k));
+            variances.push_back({of.rounding(l, k), of.step(l, k)});
+        }
+    }
+    const explanation by =
+        residue_errors(std::move(variances), known.largest_factor).explain(residues);
+    result.noise = known.rounding * std::sqrt(by.noise - 1);
+    result.step_scale = std::sqrt(by.step);
+    of.rounding *= by.noise;
+    of.step *= by.step;
+}
 
 sum_rules evaluate(const rigid_motions& motions, const Eigen::VectorXd& values,
                    const Eigen::MatrixXd& derivatives, const errors& known) {
     const Eigen::Index components = derivatives.cols();
-    const auto [translation, rotation] = motion_sums(motions, derivatives, values);
-    // The vectors themselves, which turn along, are uncertain too.
-    Eigen::MatrixXd value_variance(3, components);
-    for (Eigen::Index l = 0; l < 3; ++l) {
-        const Eigen::Vector3d square = motions.axes.col(l).cwiseAbs2();
-        const Eigen::Vector3d across{square[2] + square[1], square[2] + square[0],
-                                     square[1] + square[0]};
-        value_variance.row(l) = (across * known.value).transpose().replicate(1, components / 3);
-    }
+    const motion_sums made(motions, derivatives, values);
+    Eigen::MatrixXd sums(6, components);
+    sums << made.translation, made.rotation;
+    sum_variances variances = variances_of(motions, known, components);
 
-    const Eigen::MatrixXd step_variance = known.step.cwiseAbs2();
-    Eigen::MatrixXd translation_uncertainty =
-        motions.translation.cwiseAbs2().transpose() * step_variance;
-    translation_uncertainty.colwise() += known.translation;
-    translation_uncertainty = translation_uncertainty.cwiseSqrt();
-    Eigen::MatrixXd rotation_uncertainty =
-        motions.rotation.cwiseAbs2().transpose() * step_variance + value_variance;
-    rotation_uncertainty.colwise() += known.rotation;
-    rotation_uncertainty = rotation_uncertainty.cwiseSqrt();
-
-    constexpr double too_large = std::numeric_limits<double>::infinity();
     sum_rules result;
     result.judged = true;
-    const auto count = [&](double value, double uncertainty) {
-        double ratio = value == 0 ? 0 : std::abs(value) / uncertainty;
-        // Absurd values, whose squares are too large: nothing is known, so nothing holds.
-        if (!std::isfinite(uncertainty) || !std::isfinite(ratio)) ratio = too_large;
-        ++result.sums;
-        result.chi2 += ratio * ratio;
-        result.largest = std::max(result.largest, ratio);
-        result.largest_residue = std::max(result.largest_residue, std::abs(value));
-    };
-    for (Eigen::Index l = 0; l < 3; ++l) {
+    if (components == 3 && sums.allFinite()) explain(motions, sums, known, variances, result);
+    const Eigen::MatrixXd uncertainty = (variances.rounding + variances.step).cwiseSqrt();
+    constexpr double too_large = std::numeric_limits<double>::infinity();
+    for (Eigen::Index l = 0; l < 6; ++l) {
+        if (l >= 3 && !motions.turns(l - 3)) continue;
         for (Eigen::Index k = 0; k < components; ++k) {
-            count(translation(l, k), translation_uncertainty(l, k));
-            if (motions.turns(l)) count(rotation(l, k), rotation_uncertainty(l, k));
+            const double value = std::abs(sums(l, k));
+            double ratio = value == 0 ? 0 : value / uncertainty(l, k);
+            // Absurd values, whose squares are too large: nothing is known, so nothing holds.
+            if (!std::isfinite(uncertainty(l, k)) || !std::isfinite(ratio)) ratio = too_large;
+            ++result.sums;
+            result.chi2 += ratio * ratio;
+            result.largest = std::max(result.largest, ratio);
+            result.largest_residue = std::max(result.largest_residue, value);
         }
     }
-    result.translation = table_of(translation);
-    result.rotation = table_of(rotation);
-    result.translation_uncertainty = table_of(translation_uncertainty);
-    result.rotation_uncertainty = table_of(rotation_uncertainty);
+    result.translation = table_of(made.translation);
+    result.rotation = table_of(made.rotation);
+    result.translation_uncertainty = table_of(uncertainty.topRows(3));
+    result.rotation_uncertainty = table_of(uncertainty.bottomRows(3));
     result.satisfied = components == 3
                            ? result.chi2 <= largest_mean_square * static_cast<double>(result.sums)
                            : result.largest <= largest_force_residue;
@@ -96,6 +133,8 @@ sum_rules rules(const displaced_set& set, const derivatives& of,
     known.rotation = variance_of_sums(motions.rotation, of.weights) * rounding;
     known.value = rounding;
     known.step = view(step);
+    known.largest_factor = largest_noise_factor(decimals);
+    known.rounding = rounding_error(decimals);
     return evaluate(motions, values, values_by_coordinate, known);
 }
 

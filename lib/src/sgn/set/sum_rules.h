@@ -13,9 +13,20 @@
 namespace sgn {
 
 /// The mean square of the residues of the dipole in units of their uncertainties beyond which its
-/// sums fail. Where all signs were right, it was at most 2 in all that was measured; one wrong sign
-/// made it 90 and more.
-inline constexpr double largest_mean_square = 10;
+/// sums fail. Of right sets one in a hundred is beyond TODO.
+inline constexpr double largest_mean_square = 4;
+
+/// Values that are more uncertain than their digits tell, by up to so much (standard deviation,
+/// au): jobs that converged less. More would be seen in the four decimals of a log.
+inline constexpr double largest_noise = 2e-5;
+
+/// In sums the errors of the steps cancel in part: what was measured was never more than this part
+/// of what they would be if they did not.
+inline constexpr double step_error_in_sums = 0.5;
+
+/// The error of the steps is taken to be larger than estimated, by up to so much, where the sums
+/// see it.
+inline constexpr double largest_step_scale = 5;
 
 /// The same for a single residue of the forces, which are too many for their mean to show one.
 inline constexpr double largest_force_residue = 8;
@@ -37,8 +48,10 @@ struct sum_rules {
 
     table translation;              ///< 3 x components: axis j, component k (au, per Bohr)
     table rotation;                 ///< 3 x components: axis l, component k (au, per radian)
-    table translation_uncertainty;  ///< of each, from rounding and step
+    table translation_uncertainty;  ///< of each, from rounding, noise and step
     table rotation_uncertainty;
+    double noise = 0;       ///< beyond the rounding, of every value (standard deviation, au)
+    double step_scale = 1;  ///< by how much the errors of the steps are larger than estimated
 
     std::size_t sums = 0;        ///< how many there are: 18 for the dipole of a molecule off a line
     double chi2 = 0;             ///< sum over all of (residue / uncertainty)^2

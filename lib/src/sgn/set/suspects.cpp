@@ -1,21 +1,29 @@
 #include "sgn/set/suspects.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
+#include <optional>
+#include <span>
+#include <utility>
 
 #include "sgn/set/decimals.h"
+#include "sgn/set/detail/residue_errors.h"
 #include "sgn/set/detail/rigid_motions.h"
 
 namespace sgn {
 namespace {
 
-using residues = Eigen::Matrix<double, 18, 1>;
+/// 18 sums, or fewer of a molecule on a line.
+using residues = Eigen::Matrix<double, Eigen::Dynamic, 1, 0, 18, 1>;
 using signs = std::vector<bool>;  // of every job: whether it is reversed
 
-/// What a further reversed sign costs a guess, in units of chi-squared: one sign in a hundred is
-/// wrong, or fewer.
-constexpr double cost_per_sign = 9;
+/// What a reversed sign costs a guess, in units of chi-squared: of 19 files one sign in a hundred is
+/// wrong, or fewer. Among more files more look wrong by chance.
+double cost_per_sign(std::size_t jobs) {
+    return 9 + 2 * std::log(std::max(1.0, static_cast<double>(jobs) / 19));
+}
 
 /// Second derivatives of a dipole up to some 5 au are nothing special.
 constexpr double usual_curvature = 5;
@@ -24,6 +32,9 @@ constexpr double usual_curvature = 5;
 /// others make it a third or less.
 constexpr double doubtful_pair = 36;
 constexpr double better_pair = 9;
+
+/// Other choices of signs that fit so little worse (chi-squared) fit as well.
+constexpr double as_good = 9;
 
 /// Guesses that are followed further, and how far.
 constexpr std::size_t guesses = 64;
@@ -47,13 +58,23 @@ struct sign_pair {
         const double now = cost[choice(reversed)];
         return now > doubtful_pair && cost[best()] * better_pair <= now;
     }
+    /// Whether the second difference leaves more than one choice.
+    bool is_open() const {
+        const double least = cost[best()];
+        return std::ranges::count_if(
+                   cost, [&](double each) { return each < least + doubtful_pair; }) > 1;
+    }
 };
 
 struct guess {
     signs reversed;
-    residues left;  ///< the sums, each in units of its uncertainty
-    double cost = 0;
+    residues left;    ///< the sums, au
+    double cost = 0;  ///< -2 log(likelihood) less a constant
+    double fit = 0;   ///< the part of it that does not count signs
 };
+
+/// Jobs whose signs are reversed together.
+using move = std::vector<std::size_t>;
 
 class search {
   public:
@@ -62,108 +83,155 @@ class search {
     guess as_given() const { return with(signs(set_.jobs.size(), false)); }
     guess with_best_pairs() const;
     bool has_doubtful_pair(const guess& of) const;
+    /// Whether second differences leave more than one choice anywhere.
+    bool is_open() const { return open_.size() > 1; }
 
-    /// Follows the best guesses from `start` until some mend everything, and adds those to `found`.
+    /// Follows the best guesses from `start` until some that cost less mend everything, and adds
+    /// those to `found`.
     void mend(const guess& start, std::vector<guess>& found) const;
 
+    /// Guesses with many more signs that fit as well as `best`.
+    std::vector<guess> equals_of(const guess& best, const std::vector<std::size_t>& unseen) const;
+
+    /// Jobs whose reversal would not be seen.
+    std::vector<std::size_t> unseen_beside(const guess& best) const;
+
     std::vector<std::size_t> jobs_of(const guess& of) const;
+    double cost_of_sign() const { return cost_of_sign_; }
 
   private:
+    void see_pairs();
+    std::vector<move> whole_directions() const;
     guess with(signs reversed) const;
-    double cost(const signs& reversed, const residues& left) const;
+    double of_sums(const residues& left) const;
+    double of_pairs(const signs& reversed) const;
+    double of_signs(const signs& reversed) const;
     bool mends(const guess& candidate) const;
-    std::vector<guess> next(const std::vector<guess>& from) const;
+    std::vector<guess> next(const std::vector<guess>& from, const std::vector<move>& moves,
+                            double guess::*by) const;
 
     const displaced_set& set_;
     const derivatives& of_;
+    double cost_of_sign_;
+    std::optional<residue_errors> errors_;
     residues given_;
     std::vector<residues> change_;  // of the sums, by reversing each job
     std::vector<sign_pair> pairs_;
-    std::vector<std::vector<std::size_t>> moves_;  // jobs to be reversed together
+    std::vector<std::size_t> pair_of_;  // job: its place in pairs_, or their count
+    std::vector<move> moves_;
+    std::vector<move> open_;  // those that second differences do not decide
 };
 
-/// How far the sums of a set whose signs are right may be off (standard deviations).
-residues uncertainty(const displaced_set& set, const derivatives& of,
-                     const rigid_motions& motions) {
-    // A wrong sign makes the derivatives around it huge; the median knows nothing of it.
+/// The median of the errors of the steps: a wrong sign makes the derivatives around it huge, of
+/// which the median knows nothing.
+double usual_step_error(const derivatives& of) {
     std::vector<double> largest(of.dipole_step.rows);
     for (std::size_t c = 0; c < largest.size(); ++c) {
         largest[c] = std::ranges::max(of.dipole_step.row(c));
     }
     const auto middle = largest.begin() + static_cast<std::ptrdiff_t>(largest.size() / 2);
     std::nth_element(largest.begin(), middle, largest.end());
-    const double step = *middle * *middle;
+    return *middle;
+}
+
+search::search(const displaced_set& set, const derivatives& of)
+    : set_(set), of_(of), cost_of_sign_(cost_per_sign(set.jobs.size())) {
+    const rigid_motions motions(set.atoms);
+    const double step = std::pow(step_error_in_sums * usual_step_error(of), 2);
     const double rounding = std::pow(rounding_error(set.dipole_decimals), 2);
     const Eigen::Vector3d moved = variance_of_sums(motions.translation, of.weights) * rounding;
     const Eigen::Vector3d turned = variance_of_sums(motions.rotation, of.weights) * rounding;
-    residues result;
+    std::vector<residue_variance> variances;
+    const auto add = [&](double by_rounding, const Eigen::VectorXd& motion) {
+        variances.insert(variances.end(), 3, {by_rounding, motion.squaredNorm() * step});
+    };
     for (Eigen::Index l = 0; l < 3; ++l) {
-        const double move = motions.translation.col(l).squaredNorm();
-        const double turn = motions.rotation.col(l).squaredNorm();
-        result.segment<3>(3 * l).setConstant(std::sqrt(moved[l] + move * step));
+        add(moved[l], motions.translation.col(l));
         // The dipole itself, which turns along, is rounded too.
-        result.segment<3>(9 + 3 * l).setConstant(std::sqrt(turned[l] + rounding + turn * step));
+        if (motions.turns(l)) add(turned[l] + rounding, motions.rotation.col(l));
     }
-    return result;
-}
+    const auto sums = index(variances.size());
+    errors_.emplace(std::move(variances), largest_noise_factor(set.dipole_decimals));
 
-search::search(const displaced_set& set, const derivatives& of) : set_(set), of_(of) {
-    const rigid_motions motions(set.atoms);
-    const residues scale = uncertainty(set, of, motions).cwiseInverse();
-    given_.setZero();
+    given_ = residues::Zero(sums);
     for (std::size_t j = 0; j < set.jobs.size(); ++j) {
         const Eigen::Vector3d dipole = vector(set.jobs[j].dipole);
         // What the derivatives owe to this job, and the dipole that turns along.
         const Eigen::MatrixXd owed = view(of.weights).col(index(j)) * dipole.transpose();
-        const motion_sums sums(motions, owed, j == 0 ? dipole : Eigen::Vector3d::Zero());
-        residues share = residues::Zero();
+        const motion_sums shares(motions, owed, j == 0 ? dipole : Eigen::Vector3d::Zero());
+        residues share(sums);
+        Eigen::Index at = 0;
         for (Eigen::Index l = 0; l < 3; ++l) {
-            share.segment<3>(3 * l) = sums.translation.row(l);
-            if (motions.turns(l)) share.segment<3>(9 + 3 * l) = sums.rotation.row(l);
+            share.segment<3>(std::exchange(at, at + 3)) = shares.translation.row(l);
+            if (motions.turns(l)) {
+                share.segment<3>(std::exchange(at, at + 3)) = shares.rotation.row(l);
+            }
         }
-        share = share.cwiseProduct(scale);
         given_ += share;
         change_.emplace_back(-2 * share);
     }
+    see_pairs();
+}
 
-    const vec3& reference = set.jobs.front().dipole;
-    const double rounding = std::pow(rounding_error(set.dipole_decimals), 2);
+void search::see_pairs() {
+    const vec3& reference = set_.jobs.front().dipole;
+    const double rounding = std::pow(rounding_error(set_.dipole_decimals), 2);
     moves_.push_back({0});
-    for (std::size_t j = 1; j < set.jobs.size(); ++j) {
-        const displaced_job& plus = set.jobs[j];
+    open_.push_back({0});
+    std::vector<std::size_t> pair_of(set_.jobs.size());
+    for (std::size_t j = 1; j < set_.jobs.size(); ++j) {
+        const displaced_job& plus = set_.jobs[j];
         if (plus.is != role::paired) continue;
-        moves_.push_back({j});
-        if (plus.other < j) continue;
-        const displaced_job& minus = set.jobs[plus.other];
-        moves_.push_back({j, plus.other});
-        const double h = plus.moved.distance / flib::bohr_radius;
-        const double variance = 6 * rounding + std::pow(usual_curvature * h * h, 2);
+        if (plus.other < j) {
+            pair_of[j] = pair_of[plus.other];
+            continue;
+        }
+        pair_of[j] = pairs_.size();
+        const displaced_job& minus = set_.jobs[plus.other];
+        double step = 0;  // squared, Bohr
+        for (const vec3& shift : plus.moved.shift) {
+            step += std::pow(length(shift) / flib::bohr_radius, 2);
+        }
+        const double variance = 6 * rounding + std::pow(usual_curvature * step, 2);
         sign_pair pair{j, plus.other, {}};
         for (std::size_t i = 0; i < pair.cost.size(); ++i) {
             const vec3 total = sum(scaled((i & 1U) != 0 ? -1 : 1, plus.dipole),
                                    scaled((i & 2U) != 0 ? -1 : 1, minus.dipole));
             pair.cost[i] = std::pow(length(difference(total, scaled(2, reference))), 2) / variance;
         }
+        const std::array<move, 3> moves{move{pair.plus}, {pair.minus}, {pair.plus, pair.minus}};
+        moves_.insert(moves_.end(), moves.begin(), moves.end());
+        if (pair.is_open()) open_.insert(open_.end(), moves.begin(), moves.end());
         pairs_.push_back(pair);
     }
+    pair_of_ = std::move(pair_of);
 }
 
-double search::cost(const signs& reversed, const residues& left) const {
-    double total = left.squaredNorm();
+double search::of_sums(const residues& left) const {
+    const double cost = errors_->cost({left.data(), static_cast<std::size_t>(left.size())});
+    return std::isnan(cost) ? std::numeric_limits<double>::infinity() : cost;
+}
+
+double search::of_pairs(const signs& reversed) const {
+    double total = 0;
     for (const sign_pair& pair : pairs_) total += pair.cost[pair.choice(reversed)];
-    const auto count = static_cast<double>(std::count(reversed.begin(), reversed.end(), true));
-    // All signs reversed are as good as none.
-    const auto all = static_cast<double>(2 * pairs_.size() + 1);
-    total += cost_per_sign * std::min(count, all - count);
     return std::isnan(total) ? std::numeric_limits<double>::infinity() : total;
 }
 
+double search::of_signs(const signs& reversed) const {
+    const auto count = static_cast<double>(std::count(reversed.begin(), reversed.end(), true));
+    // All signs reversed are as good as none.
+    const auto all = static_cast<double>(2 * pairs_.size() + 1);
+    return cost_of_sign_ * std::min(count, all - count);
+}
+
 guess search::with(signs reversed) const {
-    guess result{std::move(reversed), given_, 0};
+    guess result{std::move(reversed), given_, 0, 0};
     for (std::size_t j = 0; j < result.reversed.size(); ++j) {
         if (result.reversed[j]) result.left += change_[j];
     }
-    result.cost = cost(result.reversed, result.left);
+    result.fit = of_sums(result.left) + of_pairs(result.reversed);
+    result.cost = result.fit + of_signs(result.reversed);
     return result;
 }
 
@@ -197,23 +265,37 @@ bool search::mends(const guess& candidate) const {
     return !has_doubtful_pair(candidate) && dipole_rules(set_, of_, jobs_of(candidate)).satisfied;
 }
 
-std::vector<guess> search::next(const std::vector<guess>& from) const {
+std::vector<guess> search::next(const std::vector<guess>& from, const std::vector<move>& moves,
+                                double guess::*by) const {
     struct step {
         const guess* base;
-        const std::vector<std::size_t>* move;
+        const move* made;
         double cost;
     };
     std::vector<step> steps;
+    steps.reserve(from.size() * moves.size());
     for (const guess& base : from) {
         signs reversed = base.reversed;
-        for (const std::vector<std::size_t>& move : moves_) {
+        const double pairs = of_pairs(reversed);
+        for (const move& made : moves) {
+            const auto flip = [&] {
+                for (const std::size_t j : made) reversed[j].flip();
+            };
             residues left = base.left;
-            for (const std::size_t j : move) {
-                left += (reversed[j] ? -1.0 : 1.0) * change_[j];
-                reversed[j].flip();
-            }
-            steps.push_back({&base, &move, cost(reversed, left)});
-            for (const std::size_t j : move) reversed[j].flip();
+            for (const std::size_t j : made) left += (reversed[j] ? -1.0 : 1.0) * change_[j];
+            // Of a single pair only what it costs itself changes.
+            const sign_pair* one = made.front() != 0 && made.size() <= 2
+                                       ? &pairs_[pair_of_[made.front()]]
+                                       : nullptr;
+            const double before = one == nullptr ? pairs : one->cost[one->choice(reversed)];
+            flip();
+            const double after =
+                one == nullptr ? of_pairs(reversed) : one->cost[one->choice(reversed)];
+            double cost = of_sums(left) + pairs - before + after;
+            if (by == &guess::cost) cost += of_signs(reversed);
+            if (std::isnan(cost)) cost = std::numeric_limits<double>::infinity();
+            steps.push_back({&base, &made, cost});
+            flip();
         }
     }
     const std::size_t kept = std::min(4 * guesses, steps.size());
@@ -222,7 +304,7 @@ std::vector<guess> search::next(const std::vector<guess>& from) const {
     std::vector<guess> result;
     for (std::size_t i = 0; i < kept && result.size() < guesses; ++i) {
         signs reversed = steps[i].base->reversed;
-        for (const std::size_t j : *steps[i].move) reversed[j].flip();
+        for (const std::size_t j : *steps[i].made) reversed[j].flip();
         const bool known = std::any_of(result.begin(), result.end(), [&](const guess& earlier) {
             return earlier.reversed == reversed;
         });
@@ -232,15 +314,76 @@ std::vector<guess> search::next(const std::vector<guess>& from) const {
 }
 
 void search::mend(const guess& start, std::vector<guess>& found) const {
+    const double enough = as_given().cost;
     std::vector<guess> at{start};
     for (int depth = 0; depth <= deepest && !at.empty(); ++depth) {
         const std::size_t before = found.size();
         for (const guess& candidate : at) {
-            if (mends(candidate)) found.push_back(candidate);
+            if (candidate.cost < enough && mends(candidate)) found.push_back(candidate);
         }
         if (found.size() > before) return;
-        if (depth < deepest) at = next(at);
+        if (depth < deepest) at = next(at, moves_, &guess::cost);
     }
+}
+
+std::vector<move> search::whole_directions() const {
+    // All that moves along one axis: where the sums of the others need nothing of it, its signs
+    // are not in them.
+    std::vector<move> moves;
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        move plus;
+        move minus;
+        for (const sign_pair& pair : pairs_) {
+            const displacement& moved = set_.jobs[pair.plus].moved;
+            const vec3& shift = moved.shift[moved.farthest];
+            if (std::abs(shift[axis]) < 0.9 * length(shift)) continue;
+            plus.push_back(shift[axis] > 0 ? pair.plus : pair.minus);
+            minus.push_back(shift[axis] > 0 ? pair.minus : pair.plus);
+        }
+        if (plus.size() < 2) continue;
+        move both = plus;
+        both.insert(both.end(), minus.begin(), minus.end());
+        moves.insert(moves.end(), {std::move(plus), std::move(minus), std::move(both)});
+    }
+    return moves;
+}
+
+std::vector<guess> search::equals_of(const guess& best, const std::vector<std::size_t>& unseen)
+    const {
+    std::vector<move> moves = whole_directions();
+    for (const move& each : open_) {
+        const bool seen = std::ranges::none_of(each, [&](std::size_t j) {
+            return std::ranges::find(unseen, j) != unseen.end();
+        });
+        if (seen) moves.push_back(each);
+    }
+    std::vector<guess> found;
+    std::vector<guess> at{best};
+    for (int depth = 0; depth < deepest; ++depth) {
+        at = next(at, moves, &guess::fit);
+        for (const guess& candidate : at) {
+            if (candidate.fit < best.fit + as_good && candidate.reversed != best.reversed &&
+                !has_doubtful_pair(candidate)) {
+                found.push_back(candidate);
+            }
+        }
+        if (!found.empty()) break;
+    }
+    return found;
+}
+
+std::vector<std::size_t> search::unseen_beside(const guess& best) const {
+    std::vector<std::size_t> jobs;
+    for (std::size_t j = 0; j < set_.jobs.size(); ++j) {
+        const role is = set_.jobs[j].is;
+        if ((is != role::reference && is != role::paired) || length(set_.jobs[j].dipole) == 0) {
+            continue;
+        }
+        signs reversed = best.reversed;
+        reversed[j].flip();
+        if (with(std::move(reversed)).fit < best.fit + cost_of_sign_) jobs.push_back(j);
+    }
+    return jobs;
 }
 
 }  // namespace
@@ -250,23 +393,37 @@ suspects find_suspects(const displaced_set& set, const derivatives& of, const su
     if (!dipole.judged) return result;
     const search among(set, of);
     const guess given = among.as_given();
-    if (dipole.satisfied && !among.has_doubtful_pair(given)) return result;
+    const bool holds = dipole.satisfied && !among.has_doubtful_pair(given);
+    guess best = given;
     std::vector<guess> found;
-    among.mend(given, found);
-    among.mend(among.with_best_pairs(), found);
+    // Second differences of a bright state leave nothing to be sought.
+    if (!holds || among.is_open()) {
+        among.mend(given, found);
+        if (!holds) among.mend(among.with_best_pairs(), found);
+    }
     std::sort(found.begin(), found.end(),
               [](const guess& a, const guess& b) { return a.cost < b.cost; });
     for (const guess& each : found) {
-        if (each.cost > found.front().cost + cost_per_sign) break;
+        if (each.cost > found.front().cost + among.cost_of_sign()) break;
         std::vector<std::size_t> jobs = among.jobs_of(each);
         if (std::find(result.flips.begin(), result.flips.end(), jobs) == result.flips.end()) {
             result.flips.push_back(std::move(jobs));
         }
     }
-    if (result.flips.empty()) {
-        result.unsound = true;
-    } else {
+    if (!result.flips.empty()) {
         result.mended = dipole_rules(set, of, result.flips.front());
+        best = found.front();
+    } else if (!holds) {
+        result.unsound = true;
+        return result;
+    }
+    if (!among.is_open()) return result;
+    result.unseen = among.unseen_beside(best);
+    for (const guess& each : among.equals_of(best, result.unseen)) {
+        std::vector<std::size_t> jobs = among.jobs_of(each);
+        const bool known = std::ranges::find(result.flips, jobs) != result.flips.end() ||
+                           std::ranges::find(result.as_good, jobs) != result.as_good.end();
+        if (!known && !jobs.empty()) result.as_good.push_back(std::move(jobs));
     }
     return result;
 }

@@ -38,7 +38,7 @@ std::vector<finding> set_findings(const displaced_set& set, const derivatives& o
     const double asymmetry = largest_asymmetry(of.forces);
     const double uncertainty =
         std::hypot(of.force_step_error,
-                   *std::max_element(of.force_uncertainty.begin(), of.force_uncertainty.end()));
+                   *std::max_element(of.force_rounding.begin(), of.force_rounding.end()));
     if (forces.judged && asymmetry > limit_of(doubt::asymmetric_forces) * uncertainty) {
         add(doubt::asymmetric_forces, {decimal(asymmetry, 4)});
     }

@@ -1,0 +1,317 @@
+// How often the verdict on a set is right, and how well uncertainties tell errors: sets of made-up
+// molecules, whose dipoles are known without rounding, noise and steps.
+//
+//     sign_simulation [sets]
+//
+// Prints three tables: right sets (false alarms, the mean square of the residues), derivatives
+// (how many are off by less than one and two of their uncertainties), and sets with wrong signs.
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <functional>
+#include <random>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "flib/util/units.h"
+#include "sgn/check/report.h"
+
+namespace {
+
+using sgn::result_file;
+using sgn::vec3;
+using geometry = std::vector<vec3>;
+
+std::mt19937_64 dice(20261122);
+
+double uniform(double low, double high) {
+    return std::uniform_real_distribution<double>(low, high)(dice);
+}
+
+double gaussian() {
+    return std::normal_distribution<double>()(dice);
+}
+
+/// A dipole that moves and turns with its molecule: pairs of atoms that exchange charge, the more
+/// the nearer they and their neighbours are.
+struct molecule {
+    geometry x;  // Angstrom, six decimals
+    std::vector<double> exchange;   // of pairs, au
+    std::vector<double> range;      // of pairs, 1/Bohr
+    std::vector<double> neighbour;  // of pairs: what a third atom changes
+    std::vector<double> constant;   // of pairs
+
+    std::size_t size() const { return x.size(); }
+};
+
+vec3 dipole(const molecule& of, const geometry& x) {
+    const std::size_t n = x.size();
+    vec3 total{};
+    std::vector<double> near(n * n);
+    for (std::size_t a = 0; a < n; ++a) {
+        for (std::size_t b = 0; b < n; ++b) {
+            near[a * n + b] = std::exp(
+                -sgn::length(sgn::difference(x[a], x[b])) / (3 * flib::bohr_radius));
+        }
+        near[a * n + a] = 0;
+    }
+    for (std::size_t a = 0; a < n; ++a) {
+        for (std::size_t b = 0; b < a; ++b) {
+            const std::size_t pair = a * n + b;
+            const double r = -3 * std::log(near[pair]);
+            double crowd = 0;
+            for (std::size_t c = 0; c < n; ++c) crowd += near[a * n + c] * near[b * n + c];
+            crowd = 1 + of.neighbour[pair] * crowd;
+            const double charge =
+                of.constant[pair] + of.exchange[pair] * std::exp(-r / 2) * std::cos(of.range[pair] * (r - 2)) * crowd;
+            for (std::size_t k = 0; k < 3; ++k) {
+                total[k] += charge * (x[a][k] - x[b][k]) / flib::bohr_radius;
+            }
+        }
+    }
+    return total;
+}
+
+/// Charges that do not change, by which the dipole vanishes but for `left` of it.
+void darken(molecule& of, double left) {
+    const vec3 bright = dipole(of, of.x);
+    const std::size_t n = of.size();
+    // The gyration tensor, inverted by a few sweeps of steepest descent with exact steps.
+    vec3 rest = sgn::scaled(-(1 - left), bright);
+    for (int sweep = 0; sweep < 2000 && sgn::length(rest) > 1e-14; ++sweep) {
+        vec3 made{};
+        for (std::size_t a = 0; a < n; ++a) {
+            for (std::size_t b = 0; b < a; ++b) {
+                const vec3 arm = sgn::scaled(1 / flib::bohr_radius, sgn::difference(of.x[a], of.x[b]));
+                double part = 0;
+                for (std::size_t k = 0; k < 3; ++k) part += arm[k] * rest[k];
+                made = sgn::sum(made, sgn::scaled(part, arm));
+            }
+        }
+        double up = 0;
+        double down = 0;
+        for (std::size_t k = 0; k < 3; ++k) {
+            up += made[k] * rest[k];
+            down += made[k] * made[k];
+        }
+        const double step = down > 0 ? up / down : 0;
+        for (std::size_t a = 0; a < n; ++a) {
+            for (std::size_t b = 0; b < a; ++b) {
+                const vec3 arm = sgn::scaled(1 / flib::bohr_radius, sgn::difference(of.x[a], of.x[b]));
+                double part = 0;
+                for (std::size_t k = 0; k < 3; ++k) part += arm[k] * rest[k];
+                of.constant[a * n + b] += step * part;
+            }
+        }
+        rest = sgn::difference(rest, sgn::scaled(step, made));
+    }
+}
+
+molecule made_up(std::size_t atoms, bool flat, double left) {
+    molecule result;
+    const double side = 1.1 * std::pow(static_cast<double>(atoms), flat ? 0.5 : 1.0 / 3) + 0.7;
+    while (result.x.size() < atoms) {
+        vec3 place{};
+        for (std::size_t k = 0; k < (flat ? 2U : 3U); ++k) {
+            place[k] = std::round(uniform(0, side) * 1e6) / 1e6;
+        }
+        const bool free = std::ranges::all_of(result.x, [&](const vec3& other) {
+            return sgn::length(sgn::difference(place, other)) > 0.9;
+        });
+        if (free) result.x.push_back(place);
+    }
+    const double sharpness = std::exp(uniform(std::log(1.5), std::log(6)));
+    for (std::size_t i = 0; i < atoms * atoms; ++i) {
+        result.exchange.push_back(gaussian());
+        result.range.push_back(sharpness * uniform(0.5, 1.2));
+        result.neighbour.push_back(uniform(-2, 2));
+        result.constant.push_back(0);
+    }
+    // Derivatives of some tenths are usual.
+    geometry moved = result.x;
+    moved[0][0] += 0.001;
+    const double slope = sgn::length(sgn::difference(dipole(result, moved), dipole(result, result.x))) /
+                         (0.001 / flib::bohr_radius);
+    for (double& each : result.exchange) each *= uniform(0.2, 0.8) / std::max(slope, 1e-3) ;
+    darken(result, left);
+    return result;
+}
+
+/// How values are printed and how well jobs converged.
+struct precision {
+    int decimals = 4;
+    double noise = 0;  // au
+};
+
+result_file file(const molecule& of, const std::string& name, const geometry& x,
+                 const precision& how) {
+    result_file result{name, {}};
+    auto& contents = result.contents;
+    contents.parameters.sign = 1;
+    contents.parameters.natom = static_cast<std::int32_t>(x.size());
+    contents.parameters.nmo = 31;
+    for (std::size_t i = 0; i < x.size(); ++i) {
+        contents.symbol.emplace_back("C");
+        contents.nat.push_back(6);
+        contents.mass.push_back(12);
+    }
+    contents.x = x;
+    contents.frc.assign(x.size(), {0, 0, 0});
+    contents.corrected_tdip = dipole(of, x);
+    const double unit = std::pow(10, how.decimals);
+    for (double& value : contents.corrected_tdip) {
+        value = std::round((value + how.noise * gaussian()) * unit) / unit;
+    }
+    return result;
+}
+
+using set_of_files = std::vector<result_file>;  // the reference first
+
+enum class kind { pairs, two_steps, one_sided, oblique };
+
+set_of_files displaced(const molecule& of, kind what, const precision& how, double step = 0.01) {
+    set_of_files files{file(of, "ref", of.x, how)};
+    const std::size_t coordinates = 3 * of.size() + (what == kind::oblique ? of.size() : 0);
+    for (std::size_t c = 0; c < coordinates; ++c) {
+        geometry shift(of.size());
+        if (what == kind::oblique) {
+            for (vec3& each : shift) {
+                for (double& s : each) s = std::round(uniform(-1, 1) * step * 1e6) / 1e6;
+            }
+        } else {
+            shift[c / 3][c % 3] = step;
+        }
+        for (const int factor : {1, -1, 2, -2}) {
+            if (std::abs(factor) == 2 && what != kind::two_steps) continue;
+            if (factor < 0 && what == kind::one_sided) continue;
+            geometry x = of.x;
+            for (std::size_t a = 0; a < x.size(); ++a) {
+                x[a] = sgn::sum(x[a], sgn::scaled(factor, shift[a]));
+                for (double& each : x[a]) each = std::round(each * 1e6) / 1e6;
+            }
+            std::string name = std::to_string(c / 3 + 1);
+            name += sgn::axis_names[c % 3];
+            files.push_back(file(of, name + std::to_string(factor), x, how));
+        }
+    }
+    return files;
+}
+
+sgn::report judged(const set_of_files& files) {
+    return sgn::analyse(files.front(), {files.begin() + 1, files.end()});
+}
+
+/// The derivatives of the dipole without errors, 3N rows.
+std::vector<vec3> true_derivatives(const molecule& of) {
+    std::vector<vec3> rows;
+    const double h = 0.0015;
+    for (std::size_t c = 0; c < 3 * of.size(); ++c) {
+        const auto at = [&](double factor) {
+            geometry x = of.x;
+            x[c / 3][c % 3] += factor * h * flib::bohr_radius;
+            return dipole(of, x);
+        };
+        const vec3 near = sgn::difference(at(1), at(-1));
+        const vec3 far = sgn::difference(at(2), at(-2));
+        rows.push_back(sgn::scaled(1 / (12 * h),
+                                   sgn::difference(sgn::scaled(8, near), far)));
+    }
+    return rows;
+}
+
+std::size_t drawn_size() {
+    // As many small molecules as large ones.
+    return static_cast<std::size_t>(std::round(3 * std::exp(uniform(0, 1) * std::log(100.0 / 3))));
+}
+
+struct tally {
+    std::vector<double> values;
+    void add(double value) { values.push_back(value); }
+    double part(double share) {
+        if (values.empty()) return 0;
+        std::ranges::sort(values);
+        return values[std::min(values.size() - 1, static_cast<std::size_t>(share * static_cast<double>(values.size())))];
+    }
+    double below(double limit) const {
+        const auto n = std::ranges::count_if(values, [&](double v) { return v < limit; });
+        return 100.0 * static_cast<double>(n) / static_cast<double>(std::max<std::size_t>(1, values.size()));
+    }
+    double mean() const {
+        double sum = 0;
+        for (const double v : values) sum += v;
+        return sum / static_cast<double>(std::max<std::size_t>(1, values.size()));
+    }
+};
+
+void right_sets_and_coverage(int sets) {
+    struct row {
+        const char* name;
+        kind what;
+        precision how;
+        std::size_t most;
+    };
+    const row rows[] = {
+        {"4 decimals", kind::pairs, {4, 0}, 100},
+        {"9 decimals", kind::pairs, {9, 0}, 100},
+        {"9, two steps", kind::two_steps, {9, 0}, 30},
+        {"9, noise 1e-6", kind::pairs, {9, 1e-6}, 100},
+        {"9, noise 1e-5", kind::pairs, {9, 1e-5}, 100},
+        {"9, two steps, noise 1e-6", kind::two_steps, {9, 1e-6}, 30},
+        {"9, two steps, noise 1e-5", kind::two_steps, {9, 1e-5}, 30},
+        {"4, oblique", kind::oblique, {4, 0}, 20},
+        {"9, oblique", kind::oblique, {9, 0}, 20},
+        {"4, one-sided", kind::one_sided, {4, 0}, 30},
+        {"9, one-sided", kind::one_sided, {9, 0}, 30},
+    };
+    std::printf("%-26s %5s %7s %7s %7s | %8s %8s %8s\n", "right sets", "sets", "alarms", "mean",
+                "99 %", "within 1", "within 2", "within 3");
+    for (const row& each : rows) {
+        int alarms = 0;
+        tally mean_square;
+        tally off;
+        int steps = 0, noises = 0;
+        for (int i = 0; i < sets; ++i) {
+            const std::size_t atoms = std::min(each.most, drawn_size());
+            const molecule of = made_up(atoms, i % 5 == 0, i % 3 == 0 ? 0.001 : 1);
+            const sgn::report found = judged(displaced(of, each.what, each.how));
+            const bool sums = found.dipole_rules.judged;
+            if (sums) {
+                steps += found.dipole_rules.step_scale > 1; noises += found.dipole_rules.noise > 0;
+                mean_square.add(found.dipole_rules.chi2 / static_cast<double>(found.dipole_rules.sums));
+                if (!found.dipole_rules.satisfied || !found.suspects.flips.empty() || found.suspects.unsound) {
+                    ++alarms;
+                    if (std::getenv("VERBOSE") != nullptr) std::printf("alarm: %zu atoms, dark %d, chi2 %g flips %zu unsound %d noise %g\n", atoms, i % 3 == 0, found.dipole_rules.chi2, found.suspects.flips.size(), found.suspects.unsound, found.dipole_rules.noise);
+                }
+            }
+            const std::vector<vec3> right = true_derivatives(of);
+            tally of_set;
+            for (std::size_t c = 0; c < right.size(); ++c) {
+                for (std::size_t k = 0; k < 3; ++k) {
+                    const double noise_factor = found.dipole_rules.noise;
+                    const double rounding = found.derivatives.dipole_rounding[c];
+                    const double unit = 1 / std::sqrt(12.0) * std::pow(10, -each.how.decimals);
+                    const double noise = rounding / unit * noise_factor;
+                    const double step = found.derivatives.dipole_step(c, k) * found.dipole_rules.step_scale;
+                    const double total = std::sqrt(rounding * rounding + noise * noise + step * step);
+                    off.add(std::abs(found.derivatives.dipole(c, k) - right[c][k]) / total);
+                }
+            }
+        }
+        std::printf("%-26s %5d %7d %7.2f %7.2f | %8.1f %8.1f %8.1f\n", each.name, sets, alarms,
+                    mean_square.mean(), mean_square.part(0.99), off.below(1), off.below(2),
+                    off.below(3));
+        std::printf("   steps %d noises %d\n", steps, noises);
+    }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    std::setvbuf(stdout, nullptr, _IOLBF, 0);
+    const int sets = argc > 1 ? std::atoi(argv[1]) : 200;
+    right_sets_and_coverage(sets);
+    return 0;
+}
