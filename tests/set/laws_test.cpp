@@ -188,6 +188,62 @@ TEST(Set, TakesFullDigitsOfAllFilesOrOfNone) {
     EXPECT_EQ(told(), "0 6 0 printed");
 }
 
+/// "velocity magnetic": of which moments the sums fail.
+std::string failing(const result_file& reference, const std::vector<result_file>& files) {
+    const displaced_set set = make_set(reference, files);
+    const derivatives made = differentiate(set);
+    const sum_rules velocity = velocity_rules(set, made);
+    const sum_rules magnetic = magnetic_rules(set, made);
+    if (!velocity.judged || !magnetic.judged) return velocity.why_not;
+    return std::string(velocity.satisfied ? "" : "velocity ") +
+           (magnetic.satisfied ? "" : "magnetic");
+}
+
+TEST(OtherMoments, ObeySumRulesWhichSeeWrongSigns) {
+    int visible = 0;
+    for (molecule of : all_molecules) {
+        // Magnetic dipoles are about the origin, wherever it is.
+        for (vec3& x : of.x) x = sum(x, {3, -12, 1});
+        const result_file reference = model::with_moments(of, model::reference(of));
+        std::vector<result_file> files;
+        for (const double step : {0.01, 0.02}) {
+            for (const result_file& each : model::displaced(of, step)) {
+                files.push_back(model::with_moments(of, each));
+            }
+            EXPECT_EQ(failing(reference, files), "") << step;
+        }
+        const auto reversed = [](result_file file, bool magnetic) {
+            other_moments& moments = file.full->moments;
+            vec3& moment = magnetic ? moments.magnetic_dipole : moments.velocity_dipole;
+            moment = scaled(-1, moment);
+            return length(moment) > 1e-4 ? std::optional(file) : std::nullopt;
+        };
+        for (const result_file& each : files) {
+            for (const bool magnetic : {false, true}) {
+                const auto wrong = reversed(each, magnetic);
+                if (!wrong) continue;
+                ++visible;
+                auto others = files;
+                others[static_cast<std::size_t>(&each - files.data())] = *wrong;
+                // Magnetic dipoles are judged with the help of the velocity dipoles.
+                EXPECT_THAT(failing(reference, others),
+                            testing::StartsWith(magnetic ? "magnetic" : "velocity "))
+                    << each.name;
+            }
+        }
+        for (const bool magnetic : {false, true}) {
+            const auto wrong = reversed(reference, magnetic);
+            EXPECT_NE(failing(wrong.value_or(reference), files).empty(), wrong.has_value());
+        }
+        auto some = files;
+        some.back().full.reset();
+        EXPECT_EQ(failing(reference, some), "the files hold no other moments than the dipole");
+        files.pop_back();
+        EXPECT_THAT(failing(reference, files), testing::StartsWith("1 displacement is one-sided"));
+    }
+    EXPECT_GT(visible, 200);
+}
+
 TEST(Suspects, AreTheSignsThatWereReversed) {
     const auto dark = [](const result_file& of) {
         return length(of.contents.corrected_tdip) < 1e-3;  // some units of the last decimal

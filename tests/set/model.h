@@ -33,19 +33,40 @@ inline vec3 arm(const geometry& x, std::size_t a, std::size_t b) {
     return sgn::scaled(1 / flib::bohr_radius, sgn::difference(x[a], x[b]));
 }
 
-/// A sum over pairs of atoms of a vector along the pair (au): it moves and turns along. Atoms of
-/// one kind are as good as equal, so that the state is dark where they stand symmetrically.
+/// What an atom adds to the dipole (au): a sum of vectors along the pairs with the others.
+inline vec3 part_of_dipole(const molecule& of, const geometry& x, std::size_t a) {
+    vec3 total{};
+    for (std::size_t b = 0; b < x.size(); ++b) {
+        const vec3 d = arm(x, a, b);
+        const double r = sgn::length(d);
+        const double charge = 0.05 * of.numbers[a] * std::exp(-r / 3) * of.strength;
+        if (a != b) total = sgn::sum(total, sgn::scaled(charge, d));
+    }
+    return total;
+}
+
+/// It moves and turns along. Atoms of one kind are as good as equal, so that the state is dark
+/// where they stand symmetrically.
 inline vec3 dipole(const molecule& of, const geometry& x) {
     vec3 total{};
     for (std::size_t a = 0; a < x.size(); ++a) {
-        for (std::size_t b = 0; b < x.size(); ++b) {
-            const vec3 d = arm(x, a, b);
-            const double r = sgn::length(d);
-            const double charge = 0.05 * of.numbers[a] * std::exp(-r / 3) * of.strength;
-            if (a != b) total = sgn::sum(total, sgn::scaled(charge, d));
-        }
+        total = sgn::sum(total, part_of_dipole(of, x, a));
     }
     return total;
+}
+
+/// A velocity dipole, and a magnetic dipole about the origin, of the parts where the atoms are.
+inline sgn::other_moments moments(const molecule& of, const geometry& x) {
+    sgn::other_moments result;
+    result.velocity_dipole = sgn::scaled(0.5, dipole(of, x));
+    for (std::size_t a = 0; a < x.size(); ++a) {
+        const vec3 at = sgn::scaled(0.5 / flib::bohr_radius, x[a]);
+        const vec3 v = part_of_dipole(of, x, a);
+        const vec3 moment{at[1] * v[2] - at[2] * v[1], at[2] * v[0] - at[0] * v[2],
+                          at[0] * v[1] - at[1] * v[0]};
+        result.magnetic_dipole = sgn::sum(result.magnetic_dipole, moment);
+    }
+    return result;
 }
 
 /// Springs between all atoms, at rest at 2.5 Bohr.
@@ -86,6 +107,12 @@ inline result_file file(const molecule& of, const std::string& name, geometry x)
         for (double& value : force) value = rounded(value, of.force_decimals);
     }
     return result;
+}
+
+/// A result with the digits of a checkpoint beside it.
+inline result_file with_moments(const molecule& of, result_file file) {
+    file.full = sgn::full_digits{dipole(of, file.contents.x), moments(of, file.contents.x)};
+    return file;
 }
 
 inline result_file reference(const molecule& of) {

@@ -115,7 +115,9 @@ std::string json_of(const sgn::report& of) {
     json_value forces_rules = json_of(of.force_rules);
     forces_rules["suspects"] = json_value::array();
     result["sum_rules"] = {{"dipole", json_of(of.dipole_rules, of.suspects, names)},
-                           {"forces", forces_rules}};
+                           {"forces", forces_rules},
+                           {"velocity_dipole", json_of(of.velocity_rules)},
+                           {"magnetic_dipole", json_of(of.magnetic_rules)}};
 
     json_value& findings = result["findings"] = json_value::array();
     for (const sgn::finding& each : of.findings) {

@@ -14,20 +14,15 @@
 #include "common/output_file.h"
 #include "common/program.h"
 #include "common/progress.h"
-#include "common/reference.h"
 #include "common/version.h"
 #include "flib/io/stop_run.h"
+#include "sgn/check/files_report.h"
 #include "sgn/check/judge.h"
 #include "sgn/check/report.h"
 #include "sgn/checkpoint/checkpoint.h"
 #include "sgn/checkpoint/fcc_files.h"
-#include "sgn/job/same_file.h"
 #include "sgn/page/html.h"
-#include "sgn/result/sgn_file.h"
-#include "sgn/set/input_numbers.h"
 #include "sgn/set/set_moments.h"
-#include "sgn/set/surroundings.h"
-#include "sgn/states/job_set.h"
 #include "sgn_derive/csv.h"
 #include "sgn_derive/json.h"
 #include "sgn_derive/molden.h"
@@ -42,45 +37,16 @@ int status_of(bool fine) {
     return fine ? tools::exit_status::fine : tools::exit_status::doubtful;
 }
 
-/// The report on a set of jobs, and whether all of them go on without a doubt.
-sgn::report report_on_jobs(const sgn_derive::options& options, bool& clear) {
+/// The report; `clear` becomes false if what is complained of beside it deserves doubt.
+sgn::report report_on(const sgn_derive::options& options, bool& clear) {
     tools::progress progress(STDERR_FILENO, options.files.size() + 1);
-    const auto tell = [&](std::size_t done, std::size_t) { progress.at(done, "jobs read:"); };
-    sgn::job_set jobs = sgn::set_of_jobs(options.reference, options.files, options.state, {}, tell);
-    jobs.reference.input_numbers =
-        sgn::input_numbers_beside(jobs.reference.name, jobs.reference.contents.x.size());
-    progress.at(options.files.size() + 1, "computing");
-    sgn::report report = sgn::analyse(jobs.reference, jobs.files, options.sum_rules);
-    report.moments = sgn::read_set_moments(report.set);
-    report.surroundings = sgn::surroundings_beside(options.reference);
-    for (const std::string& line : jobs.mixed) tools::complain(tool, line);
-    clear = jobs.mixed.empty();
-    if (!jobs.no_full_digits.empty()) {
-        tools::complain(tool, jobs.no_full_digits + "; the dipoles are those of the logs");
-        clear = false;
-    }
-    if (!jobs.no_forces.empty()) tools::complain(tool, jobs.no_forces + "; forces are left out");
-    return report;
-}
-
-sgn::report report_on(const sgn_derive::options& options) {
-    tools::progress progress(STDERR_FILENO, options.files.size() + 1);
-    sgn::result_file reference{options.reference, sgn::read_sgn_file(options.reference)};
-    reference.input_numbers =
-        sgn::input_numbers_beside(reference.name, reference.contents.x.size());
-    std::vector<sgn::result_file> files;
-    for (const std::string& name : options.files) {
-        progress.at(files.size() + 1, "reading");
-        // A pattern like *.sgn stands for the reference too.
-        if (sgn::is_same_file(name, options.reference)) continue;
-        files.push_back({name, sgn::read_sgn_file(name)});
-    }
-    progress.at(options.files.size() + 1, "computing");
-    tools::tell_better_reference(tool, reference, files);
-    sgn::report report = sgn::analyse(reference, files, options.sum_rules);
-    report.moments = sgn::read_set_moments(report.set);
-    report.surroundings = sgn::surroundings_beside(options.reference);
-    return report;
+    const sgn::report_listener listener{
+        .progress = [&](std::size_t step, std::string_view what) { progress.at(step, what); },
+        .note = [](const std::string& line) { tools::complain(tool, line); }};
+    sgn::files_report made = sgn::report_on(
+        {options.reference, options.files, options.state, options.sum_rules}, listener);
+    clear = made.clear;
+    return std::move(made.is);
 }
 
 /// The energy of the reference, which no result file tells.
@@ -132,8 +98,7 @@ int run(std::span<const std::string_view> arguments) {
         return status_of(judged.fine());
     }
     bool clear = true;
-    const sgn::report report =
-        sgn_derive::is_job(options.reference) ? report_on_jobs(options, clear) : report_on(options);
+    const sgn::report report = report_on(options, clear);
 
     // All results are made before the first is written.
     std::vector<std::pair<std::string, std::string>> results;

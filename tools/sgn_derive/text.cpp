@@ -143,6 +143,13 @@ std::string rule_line(const char* name, const sum_rules& rules, const tools::ter
            '\n';
 }
 
+/// Of the moments that only checkpoints tell.
+std::string moment_rules_text(const sgn::report& of, const tools::terminal& on) {
+    if (!of.set.has_moments) return {};
+    return rule_line("velocity", of.velocity_rules, on) +
+           rule_line("magnetic", of.magnetic_rules, on);
+}
+
 std::string vector_text(const sgn::vec3& of, int width, int decimals) {
     std::string text;
     for (const double value : of) text += number(value, width, decimals);
@@ -269,8 +276,13 @@ std::string residues_text(const sum_rules& rules, std::string_view of_what,
 std::string text_of(const sgn::report& of, const tools::terminal& on, bool by_angstrom) {
     std::string text = what_it_is(of, on) + excitation_text(of, on) +
                        dipole_text(of, on, by_angstrom) +
-                       rules_text(of.dipole_rules, of.force_rules, on) + surroundings_text(of, on);
-    if (of.suspects.flips.empty()) text += residues_text(of.dipole_rules, "dipole");
+                       rules_text(of.dipole_rules, of.force_rules, on) + moment_rules_text(of, on) +
+                       surroundings_text(of, on);
+    if (of.suspects.flips.empty()) {
+        text += residues_text(of.dipole_rules, "dipole") +
+                residues_text(of.velocity_rules, "velocity dipole") +
+                residues_text(of.magnetic_rules, "magnetic dipole");
+    }
     text += residues_text(of.force_rules, "forces", of.set.atoms) + modes_text(of, on) +
             findings_text(of, on) + '\n';
     const std::string verdict = verdict_of(of);

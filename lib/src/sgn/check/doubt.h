@@ -35,7 +35,9 @@ enum class doubt {
     force_sum_rules,
     asymmetric_forces,
     large_step,
-    no_masses
+    no_masses,
+    velocity_sum_rules,
+    magnetic_sum_rules
 };
 
 /// Nothing is measured.
@@ -141,6 +143,18 @@ inline constexpr std::array doubts{
     doubt_row{doubt::no_masses, "no_masses", no_limit, "",
               "an atom has no mass, so there are no wavenumbers",
               "There are force constants, but no modes.", "Look at the elements of the atoms."},
+    doubt_row{doubt::velocity_sum_rules, "velocity_sum_rules", largest_mean_square,
+              "mean square of residue over uncertainty",
+              "the sum rules of the velocity dipole fail: chi-squared {} for {} sums",
+              "Where those of the dipole hold, velocity dipoles of some checkpoints have other "
+              "signs than its dipoles, or are of other states.",
+              "Use the derivatives of the dipole only; look at the checkpoints."},
+    doubt_row{doubt::magnetic_sum_rules, "magnetic_sum_rules", largest_mean_square,
+              "mean square of residue over uncertainty",
+              "the sum rules of the magnetic dipole fail: chi-squared {} for {} sums",
+              "Where those of the velocity dipole hold, magnetic dipoles of some checkpoints have "
+              "other signs, or are not about the origin of the coordinates.",
+              "Use the derivatives of the other moments only; look at the checkpoints."},
 };
 
 constexpr const doubt_row& row_of(doubt kind) {

@@ -1,6 +1,7 @@
 #include "sgn/check/report.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "flib/io/stop_run.h"
@@ -23,6 +24,9 @@ void add_set_findings(report& of) {
     }
     for (finding& each :
          set_findings(of.set, of.derivatives, of.dipole_rules, of.force_rules, of.suspects)) {
+        of.findings.push_back(std::move(each));
+    }
+    for (finding& each : moment_findings(of.velocity_rules, of.magnetic_rules)) {
         of.findings.push_back(std::move(each));
     }
 }
@@ -78,15 +82,21 @@ report analyse(const result_file& reference, const std::vector<result_file>& fil
     }
     result.dipole_rules = dipole_rules(result.set, d);
     result.force_rules = force_rules(result.set, d);
+    result.velocity_rules = velocity_rules(result.set, d);
+    result.magnetic_rules = magnetic_rules(result.set, d);
     if (sum_rules) {
         result.suspects = find_suspects(result.set, d, result.dipole_rules);
         add_set_findings(result);
     } else {
         // Whether force constants are symmetric is no question of sums.
-        result.dipole_rules.satisfied = result.force_rules.satisfied = true;
+        const std::array all{&result.dipole_rules, &result.force_rules, &result.velocity_rules,
+                             &result.magnetic_rules};
+        for (auto* each : all) each->satisfied = true;
         add_set_findings(result);
-        result.dipole_rules = result.force_rules = {};
-        result.dipole_rules.why_not = result.force_rules.why_not = "sum rules are not wanted";
+        for (auto* each : all) {
+            *each = {};
+            each->why_not = "sum rules are not wanted";
+        }
     }
     if (result.set.has_forces) add_forces(result);
     add_file_findings(result, reference, files);

@@ -22,6 +22,8 @@ struct report {
     sgn::derivatives derivatives;  ///< complete
     sum_rules dipole_rules;
     sum_rules force_rules;
+    sum_rules velocity_rules;  ///< not judged where the jobs do not tell these moments
+    sum_rules magnetic_rules;
     sgn::suspects suspects;
 
     // All of these empty or zero if the files hold no forces.

@@ -209,7 +209,10 @@ std::string rules_part(const sgn::report& of) {
             "dipole along. So sums over the derivatives must vanish but for the rounding of the "
             "printed values: a test of all signs at once.",
             "note") +
-        rule_words("Dipole", rules) + rule_words("Forces", of.force_rules);
+        rule_words("Dipole", rules) + rule_words("Forces", of.force_rules) +
+        (of.set.has_moments ? rule_words("Velocity dipole", of.velocity_rules) +
+                                  rule_words("Magnetic dipole", of.magnetic_rules)
+                            : std::string());
     if (!rules.judged) return section("Sum rules", contents);
     const auto swatch = [](std::string_view kind, std::string_view words) {
         return legend_item(svg::rectangle({0, 2}, 26, 10, kind), words);

@@ -5,6 +5,8 @@
 #include <limits>
 #include <utility>
 
+#include <Eigen/Geometry>
+
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
 #include "sgn/set/decimals.h"
@@ -205,6 +207,56 @@ sum_rules rules_of(std::span<const atom> atoms, std::span<const double> values,
     }
     const Eigen::Map<const Eigen::VectorXd> y(values.data(), index(values.size()));
     return evaluate(motions, y, given, known);
+}
+
+namespace {
+
+/// Of a vector that turns along: `read` gives that of each job, with so many decimals.
+template <class Read>
+sum_rules rules_of_moment(const displaced_set& set, const derivatives& of, Read read,
+                          int decimals) {
+    sum_rules result;
+    result.why_not =
+        set.has_moments ? why_not(set, of) : "the files hold no other moments than the dipole";
+    if (!result.why_not.empty()) return result;
+    require_shape(set, of);
+    table values(set.jobs.size(), 3);
+    for (std::size_t j = 0; j < values.rows; ++j) {
+        const Eigen::Vector3d moment = read(set.jobs[j]);
+        for (std::size_t k = 0; k < 3; ++k) values(j, k) = moment[index(k)];
+    }
+    const moment_derivatives made = differentiate(of, values, decimals);
+    return rules(set, of, view(made.values), read(set.jobs.front()), made.step, decimals);
+}
+
+/// That of the atoms, where a job has them (Bohr).
+Eigen::Vector3d centroid_of(const displaced_set& set, const displaced_job& of) {
+    Eigen::Vector3d total = Eigen::Vector3d::Zero();
+    for (std::size_t i = 0; i < set.atoms.size(); ++i) {
+        total += vector(set.atoms[i].x) + vector(of.moved.shift[i]);
+    }
+    return total / (flib::bohr_radius * static_cast<double>(set.atoms.size()));
+}
+
+}  // namespace
+
+sum_rules velocity_rules(const displaced_set& set, const derivatives& of) {
+    return rules_of_moment(
+        set, of, [](const displaced_job& job) { return vector(job.moments->velocity_dipole); },
+        set.moment_decimals[0]);
+}
+
+sum_rules magnetic_rules(const displaced_set& set, const derivatives& of) {
+    const auto about_centroid = [&](const displaced_job& job) -> Eigen::Vector3d {
+        const Eigen::Vector3d velocity = vector(job.moments->velocity_dipole);
+        return vector(job.moments->magnetic_dipole) - centroid_of(set, job).cross(velocity);
+    };
+    // Far from the origin the digits of the velocity dipole are those that lack.
+    const double far =
+        set.has_moments ? std::max(1.0, centroid_of(set, set.jobs.front()).norm()) : 1;
+    const int lost = static_cast<int>(std::ceil(std::log10(far)));
+    return rules_of_moment(set, of, about_centroid,
+                           std::clamp(set.moment_decimals[0] - lost, 0, set.moment_decimals[1]));
 }
 
 }  // namespace sgn

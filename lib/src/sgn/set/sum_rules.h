@@ -91,4 +91,13 @@ sum_rules force_rules(const displaced_set& set, const derivatives& of);
 sum_rules rules_of(std::span<const atom> atoms, std::span<const double> values,
                    const table& derivatives, double uncertainty, double relative_uncertainty);
 
+/// The sum rules of the velocity dipole <0| del |n>, which are those of the dipole. Not judged
+/// either where the jobs do not tell the other moments.
+sum_rules velocity_rules(const displaced_set& set, const derivatives& of);
+
+/// Those of the magnetic dipole m = <0| r x del |n>, which is about the origin of the frame: where
+/// the molecule moves by d, it changes by d x v, v being the velocity dipole. About the centroid of
+/// each geometry, m - X_0 x v, it obeys the rules of the dipole, which are judged.
+sum_rules magnetic_rules(const displaced_set& set, const derivatives& of);
+
 }  // namespace sgn

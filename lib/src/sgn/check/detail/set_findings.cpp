@@ -63,4 +63,16 @@ std::vector<finding> suspect_findings(const std::vector<std::size_t>& flip,
     return result;
 }
 
+std::vector<finding> moment_findings(const sum_rules& velocity, const sum_rules& magnetic) {
+    std::vector<finding> result;
+    const auto judge = [&](const sum_rules& rules, doubt kind) {
+        if (!rules.judged || rules.satisfied) return;
+        const std::string chi2 = decimal(rules.chi2, 0);
+        result.push_back({kind, text_of(kind, {chi2, std::to_string(rules.sums)})});
+    };
+    judge(velocity, doubt::velocity_sum_rules);
+    judge(magnetic, doubt::magnetic_sum_rules);
+    return result;
+}
+
 }  // namespace sgn

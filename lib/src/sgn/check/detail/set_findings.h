@@ -21,4 +21,7 @@ std::vector<finding> set_findings(const displaced_set& set, const derivatives& o
 std::vector<finding> suspect_findings(const std::vector<std::size_t>& flip,
                                       const std::vector<std::string>& names);
 
+/// Findings of the sum rules of the other moments.
+std::vector<finding> moment_findings(const sum_rules& velocity, const sum_rules& magnetic);
+
 }  // namespace sgn
