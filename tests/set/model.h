@@ -91,6 +91,7 @@ inline result_file file(const molecule& of, const std::string& name, geometry x)
     contents.parameters.sign = 1;
     contents.parameters.natom = static_cast<std::int32_t>(x.size());
     contents.parameters.nmo = 31;
+    contents.parameters.tden_maxval = 0.4;
     for (vec3& place : x) {
         for (double& component : place) component = rounded(component, 6);
     }

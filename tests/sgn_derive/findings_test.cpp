@@ -96,6 +96,10 @@ const std::vector<fault>& faults() {
         {doubt::other_sizes, [](auto& set) { ++file(set).parameters.mci; }, "other_sizes"},
         {doubt::small_element, [](auto& set) { file(set).parameters.tden_maxval *= 0.49; },
          "small_element"},
+        {doubt::large_element, [](auto& set) { file(set).parameters.tden_maxval *= 2.1; },
+         "large_element"},
+        {doubt::zero_element, [](auto& set) { set.reference.contents.parameters.tden_maxval = 0; },
+         "zero_element"},
         {doubt::sign_conflict, [](auto& set) { file(set).parameters.tden_maxval *= -1; },
          "sign_conflict"},
         {doubt::no_partner, [](auto& set) { set.files.erase(set.files.begin() + 5); },
@@ -126,7 +130,7 @@ const std::vector<fault>& faults() {
                  }
              }
          },
-         "dipole_sum_rules force_sum_rules large_step suspect_sign"},
+         "dipole_sum_rules force_sum_rules large_step unsound"},
         {doubt::force_sum_rules, [](auto& set) { file(set).frc[0][0] += 1e-2; },
          "asymmetric_forces force_sum_rules"},
         {doubt::asymmetric_forces,

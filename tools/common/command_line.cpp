@@ -227,7 +227,8 @@ option add_number(command_line& line, const std::string& names, double& number, 
         }
         number = value;
     };
-    return add_value(line, names, "NUMBER", take, meaning + " (" + flib::shortest_real(number) + ")");
+    return add_value(line, names, "NUMBER", take,
+                     meaning + " (" + flib::shortest_real(number) + ")");
 }
 
 parsed_line parse_line(command_line& line, std::span<const std::string_view> arguments) {

@@ -27,11 +27,11 @@ void progress::at(std::size_t step, std::string_view what) {
     if (!terminal_ || clock::now() < next_) return;
     next_ = clock::now() + std::chrono::milliseconds(100);
     written_ = flib::write_out(descriptor_, std::string(clear_line)
-                                          .append(what)
-                                          .append(" ")
-                                          .append(std::to_string(step))
-                                          .append(" of ")
-                                          .append(std::to_string(steps_)));
+                                                .append(what)
+                                                .append(" ")
+                                                .append(std::to_string(step))
+                                                .append(" of ")
+                                                .append(std::to_string(steps_)));
 }
 
 }  // namespace tools

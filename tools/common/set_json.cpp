@@ -36,17 +36,26 @@ json_value json_of(const sgn::sum_rules& rules) {
 }
 
 json_value json_of(const sgn::sum_rules& rules, const sgn::suspects& suspects,
-                   std::span<const std::string> names) {
-    std::vector<std::vector<std::string>> guesses;
-    for (const auto& flip : suspects.flips) {
-        auto& guess = guesses.emplace_back();
-        for (const std::size_t job : flip) guess.push_back(names[job]);
-    }
-    const std::span all(guesses);
+                   const sgn::proof& signs, std::span<const std::string> names) {
+    const auto named = [&](const std::vector<std::size_t>& jobs) {
+        json_value files = json_value::array();
+        for (const std::size_t job : jobs) files.push_back(names[job]);
+        return files;
+    };
+    const auto all_named = [&](std::span<const std::vector<std::size_t>> guesses) {
+        json_value files = json_value::array();
+        for (const auto& jobs : guesses) files.push_back(named(jobs));
+        return files;
+    };
+    const std::span flips(suspects.flips);
     json_value result = json_of(rules);
-    result["suspects"] = all.empty() ? json_value::array() : json_value(all.front());
-    result["alternatives"] = all.empty() ? json_value::array() : json_value(all.subspan(1));
+    result["suspects"] = flips.empty() ? json_value::array() : named(flips.front());
+    result["alternatives"] = flips.empty() ? json_value::array() : all_named(flips.subspan(1));
     result["unsound"] = suspects.unsound;
+    result["unseen"] = named(signs.unseen);
+    result["unseen_error"] = signs.largest_error;
+    result["reference_unseen"] = signs.reference_unseen;
+    result["as_good"] = all_named(signs.as_good);
     return result;
 }
 

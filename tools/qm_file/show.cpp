@@ -198,7 +198,8 @@ std::string dipole_lines(const flib::vector_list& dipoles) {
 }
 
 std::string layers_text(const flib::oniom_layers& layers) {
-    return sgn::inputs::high_layer_in_words(layers.high.size(), static_cast<std::size_t>(layers.natom));
+    return sgn::inputs::high_layer_in_words(layers.high.size(),
+                                            static_cast<std::size_t>(layers.natom));
 }
 
 /// What a person should know of a file of this kind, because its rule is a coarse one.

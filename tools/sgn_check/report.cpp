@@ -102,7 +102,11 @@ std::string summary(const sgn::assessment& of, std::size_t unreadable) {
                (unreadable > 0 ? "; " + lost : "") + ".";
     }
     if (unreadable > 0) return "Of " + all + " files " + lost + ", the others are fine.";
-    return "All " + all + " files are fine.";
+    const std::string fine = "All " + all + " files are fine";
+    if (of.signs.complete()) return fine + ".";
+    std::vector<std::string> names;
+    for (const sgn::verdict& each : of.verdicts) names.push_back(each.file->name);
+    return fine + ": no sign is wrong that could be seen. " + reservation_of(of.signs, names);
 }
 
 json_value displacement_json(const sgn::verdict& of, const sgn::result_file& reference) {
@@ -234,7 +238,7 @@ std::string json(const sgn::assessment& of, std::span<const unreadable_file> unr
     result["surroundings"] = of.surroundings;
     std::vector<std::string> names;
     for (const sgn::verdict& each : of.verdicts) names.push_back(each.file->name);
-    result["sum_rules"] = {{"dipole", json_of(of.rules, of.suspects, names)}};
+    result["sum_rules"] = {{"dipole", json_of(of.rules, of.suspects, of.signs, names)}};
     result["thresholds"] = {
         {"min_ratio", limits.min_ratio},         {"max_rotation", limits.max_rotation},
         {"max_turn", limits.max_turn},           {"min_dipole", limits.min_dipole},

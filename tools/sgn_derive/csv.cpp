@@ -1,5 +1,6 @@
 #include "sgn_derive/csv.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "common/csv.h"
@@ -27,7 +28,7 @@ std::string derivatives_csv(const sgn::report& of) {
             std::to_string(c / 3 + 1), std::to_string(number_of(of.set.atoms[c / 3], c / 3)),
             flib::printable(of.set.atoms[c / 3].symbol), std::string(1, sgn::axis_names[c % 3])};
         add(fields, d.dipole.row(c));
-        fields.push_back(csv_real(d.dipole_rounding[c]));
+        fields.push_back(csv_real(std::ranges::max(of.uncertainties.total.row(c))));
         text += tools::csv_line(fields);
     }
     return text;

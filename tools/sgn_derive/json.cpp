@@ -90,10 +90,9 @@ std::string json_of(const sgn::report& of) {
     result["decimals"] = {{"dipole", set.dipole_decimals}, {"forces", set.force_decimals}};
     result["dipole"] = set.jobs.front().dipole;
     result["dipole_derivatives"] = json_of(of.derivatives.dipole);
-    json_value& uncertainty = result["dipole_uncertainty"] = json_value::array();
-    for (const double each : of.derivatives.dipole_rounding) {
-        uncertainty.push_back(std::vector<double>(3, each));
-    }
+    result["dipole_uncertainty"] = json_of(of.uncertainties.total);
+    result["dipole_rounding"] = of.derivatives.dipole_rounding;
+    result["dipole_sign_errors"] = json_of(of.uncertainties.signs);
     result["dipole_step_error"] = of.derivatives.dipole_step_error;
     result["dipole_step_errors"] = json_of(of.derivatives.dipole_step);
     result["velocity_dipole_derivatives"] = json_of(of.derivatives.velocity_dipole);
@@ -114,7 +113,7 @@ std::string json_of(const sgn::report& of) {
     for (const sgn::displaced_job& each : set.jobs) names.push_back(each.name);
     json_value forces_rules = json_of(of.force_rules);
     forces_rules["suspects"] = json_value::array();
-    result["sum_rules"] = {{"dipole", json_of(of.dipole_rules, of.suspects, names)},
+    result["sum_rules"] = {{"dipole", json_of(of.dipole_rules, of.suspects, of.signs, names)},
                            {"forces", forces_rules},
                            {"velocity_dipole", json_of(of.velocity_rules)},
                            {"magnetic_dipole", json_of(of.magnetic_rules)}};

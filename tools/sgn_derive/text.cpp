@@ -100,17 +100,17 @@ std::string dipole_text(const sgn::report& of, const tools::terminal& on, bool b
     const auto& d = of.derivatives;
     const sgn::vec3& dipole = of.set.jobs.front().dipole;
     const double unit = by_angstrom ? flib::bohr_radius : 1;
-    // Of dipoles with nine digits the size of the step is what derivatives are uncertain by.
+    // Dipoles with nine digits are worth more decimals.
     const bool full = of.set.has_moments;
     const int decimals = full ? 6 : 4;
-    const std::string uncertain =
-        full ? "), and what the rounding of the dipoles to " +
-                   std::to_string(of.set.dipole_decimals) +
-                   " decimals and the size of the steps make them uncertain by"
-             : "), and what the rounding of the dipoles to " +
-                   std::to_string(of.set.dipole_decimals) +
-                   " decimals makes them uncertain by; the finite step adds some " +
-                   decimal(d.dipole_step_error / unit, 4);
+    std::string uncertain = "), and what makes them uncertain: the rounding of the dipoles to " +
+                            std::to_string(of.set.dipole_decimals) + " decimals";
+    if (of.dipole_rules.noise > 0) {
+        uncertain += ", noise of " + flib::scientific_field(of.dipole_rules.noise, 7, 1) + " au";
+    }
+    uncertain += of.signs.unseen.empty() ? " and the size of the steps"
+                                         : ", the size of the steps, and signs that would not be "
+                                           "seen if they were wrong";
     std::string text =
         '\n' +
         paragraph(std::string("Derivatives of the transition dipole (") +
@@ -121,8 +121,8 @@ std::string dipole_text(const sgn::report& of, const tools::terminal& on, bool b
     for (std::size_t c = 0; c < d.dipole.rows; ++c) {
         text += coordinate_text(of, c);
         for (const double value : d.dipole.row(c)) text += number(value / unit, 11, decimals);
-        const double step = full ? std::ranges::max(d.dipole_step.row(c)) : 0;
-        text += number(std::hypot(d.dipole_rounding[c], step) / unit, full ? 12 : 8, decimals);
+        text +=
+            number(std::ranges::max(of.uncertainties.total.row(c)) / unit, full ? 12 : 8, decimals);
         if (c % 3 == 0) text += place_text(of.set.atoms[c / 3], c / 3);
         text += '\n';
     }

@@ -60,6 +60,9 @@ void judge_element(verdict& result, const sgn_parameters& file, const sgn_parame
         if (result.ratio < limits.min_ratio) {
             result.add(doubt::small_element, {decimal(result.ratio, 3)});
         }
+        if (std::isfinite(result.ratio) && result.ratio * limits.min_ratio > 1) {
+            result.add(doubt::large_element, {decimal(result.ratio, 1)});
+        }
     }
     // With its sign, the element has to have the phase of the reference's.
     const bool same_phase = std::signbit(file.tden_maxval) == std::signbit(reference.tden_maxval);
@@ -171,6 +174,10 @@ assessment check(const result_file& reference, const std::vector<result_file>& f
     }
     assessment result;
     result.verdicts.push_back(judge_alone(reference));
+    const sgn_parameters& told = reference.contents.parameters;
+    if (told.tden_maxval == 0 && told.sign != 0) {
+        result.verdicts.front().add(doubt::zero_element);
+    }
     for (const result_file& file : files) result.verdicts.push_back(judge(file, reference, limits));
     judge_place(result.verdicts, limits);
     for (verdict& one : result.verdicts) {

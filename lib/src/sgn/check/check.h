@@ -12,6 +12,7 @@
 
 #include "sgn/check/doubt.h"
 #include "sgn/check/frame.h"
+#include "sgn/check/proof.h"
 #include "sgn/set/displaced_set.h"
 #include "sgn/set/sum_rules.h"
 #include "sgn/set/suspects.h"
@@ -66,6 +67,7 @@ struct assessment {
     std::vector<verdict> verdicts;  ///< the reference's first
     sum_rules rules;                ///< of the dipole
     sgn::suspects suspects;         ///< places in `verdicts`
+    proof signs;                    ///< places in `verdicts`
     std::vector<finding> findings;  ///< of the set itself
     /// What does not move with the set (surroundings_beside()); empty if nobody looked.
     std::vector<std::string> surroundings;

@@ -61,6 +61,10 @@ void add_file_findings(report& of, const result_file& reference,
     }
 }
 
+std::string signs_in_words(const std::vector<std::size_t>& jobs, const report& of) {
+    return (jobs.size() == 1 ? "sign of " : "signs of ") + names_of(jobs, of);
+}
+
 }  // namespace
 
 report analyse(const result_file& reference, const std::vector<result_file>& files,
@@ -98,6 +102,8 @@ report analyse(const result_file& reference, const std::vector<result_file>& fil
             each->why_not = "sum rules are not wanted";
         }
     }
+    result.signs = proof_of(result.set, d, result.dipole_rules, result.suspects);
+    result.uncertainties = uncertainties_of(result.set, d, result.dipole_rules, result.signs);
     if (result.set.has_forces) add_forces(result);
     add_file_findings(result, reference, files);
     return result;
@@ -113,6 +119,13 @@ std::string names_of(const std::vector<std::size_t>& jobs, const report& of) {
 
 std::string verdict_of(const report& of) {
     const auto& flips = of.suspects.flips;
+    if (!flips.empty() && flips.size() + of.signs.as_good.size() > 1) {
+        return "Reversing the " + signs_in_words(flips.front(), of) +
+               " mends the sums, and so do " +
+               (flips.size() > 1 ? "the " + signs_in_words(flips[1], of)
+                                 : std::string("more of them at once")) +
+               ": which of them are wrong the dipoles do not tell.";
+    }
     if (!flips.empty()) {
         const std::size_t wrong = flips.front().size();
         return (wrong == 1 ? std::string("One sign is wrong: ")
@@ -120,12 +133,15 @@ std::string verdict_of(const report& of) {
                names_of(flips.front(), of);
     }
     if (of.suspects.unsound) return "The derivatives of the dipole are unsound.";
+    const std::string all = "All " + std::to_string(of.set.jobs.size()) + " files are fine";
     if (of.fine() && !of.dipole_rules.judged) {
-        return "All " + std::to_string(of.set.jobs.size()) +
-               " files are fine by themselves; the signs were not judged by the sum rules.";
+        return all + " by themselves; the signs were not judged by the sum rules.";
     }
+    if (of.fine() && of.signs.complete()) return all + ": no sign is wrong.";
     if (of.fine()) {
-        return "All " + std::to_string(of.set.jobs.size()) + " files are fine: no sign is wrong.";
+        std::vector<std::string> names;
+        for (const displaced_job& each : of.set.jobs) names.push_back(each.name);
+        return all + ": no sign is wrong that could be seen. " + reservation_of(of.signs, names);
     }
     const bool signs = of.dipole_rules.judged && of.dipole_rules.satisfied;
     return signs ? "The signs fit together, but something else deserves doubt."

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "sgn/check/doubt.h"
+#include "sgn/check/proof.h"
 #include "sgn/set/derivatives.h"
 #include "sgn/set/displaced_set.h"
 #include "sgn/set/modes.h"
@@ -25,6 +26,8 @@ struct report {
     sum_rules velocity_rules;  ///< not judged where the jobs do not tell these moments
     sum_rules magnetic_rules;
     sgn::suspects suspects;
+    proof signs;                         ///< how far it reaches that no other sign is wrong
+    dipole_uncertainties uncertainties;  ///< of the derivatives of the dipole
 
     // All of these empty or zero if the files hold no forces.
     table force_constants;           ///< 3N x 3N, Hartree/Bohr^2

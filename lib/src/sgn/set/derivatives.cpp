@@ -23,10 +23,10 @@ struct equation {
     /// What the smallest step alone would contribute: differs where there are several.
     Eigen::RowVectorXd of_smallest{};
     bool paired = false;
-    double longest = 0;  // step, Bohr
+    double longest = 0;         // step, Bohr
     bool extrapolated = false;  // of_smallest differs
-    double length = 0;         // of d
-    Eigen::Index largest = 0;  // component of d
+    double length = 0;          // of d
+    Eigen::Index largest = 0;   // component of d
 };
 
 Eigen::RowVectorXd displacement_of(const displaced_set& set, std::size_t plus, std::size_t minus) {
@@ -140,8 +140,8 @@ std::vector<coordinate> missing_coordinates(const Eigen::MatrixXd& spanned) {
     return missing;
 }
 
-/// Errors of the steps, as parts of the largest derivative by the displaced atom: of a difference of
-/// two sides times the square of the step (Bohr), of one side times the step, and of an
+/// Errors of the steps, as parts of the largest derivative by the displaced atom: of a difference
+/// of two sides times the square of the step (Bohr), of one side times the step, and of an
 /// extrapolation, times the square of the longest step, as a part of what the smallest alone is off
 /// by. Two thirds of the derivatives of four states of water are off by less, all by less than
 /// three times that but for differences of one side, the tail of which is longer.
@@ -193,8 +193,8 @@ void see_steps(derivatives& result, const displaced_set& set,
     for (Eigen::Index s = 0; s < measured.rows(); ++s) {
         const auto e = several[static_cast<std::size_t>(s)];
         const equation& each = equations[static_cast<std::size_t>(e)];
-        measured.row(s) = fifth_derivatives * each.longest * each.longest *
-                          (each.of_smallest - each.parts);
+        measured.row(s) =
+            fifth_derivatives * each.longest * each.longest * (each.of_smallest - each.parts);
         measured_squares.col(s) = through.col(e);
     }
     result.measured_steps = table_of(measured);
@@ -217,8 +217,7 @@ Eigen::MatrixXd step_errors(const derivatives& by, const Eigen::Ref<const Eigen:
     const Eigen::MatrixXd nearby = largest_of_three(largest_of_three(all, true), false);
     Eigen::MatrixXd squares = view(by.step_squares) * nearby.cwiseAbs2();
     if (by.measured_steps.rows > 0) {
-        const Eigen::MatrixXd change =
-            largest_of_three(view(by.measured_steps) * values, false);
+        const Eigen::MatrixXd change = largest_of_three(view(by.measured_steps) * values, false);
         squares += view(by.measured_squares) * change.cwiseAbs2();
     }
     Eigen::MatrixXd errors(all.rows(), all.cols());
@@ -315,9 +314,8 @@ moment_derivatives differentiate(const derivatives& by, const table& values, int
     }
     const Eigen::MatrixXd all = view(by.weights) * view(values);
     const Eigen::VectorXd error = view(by.weights).rowwise().norm() * rounding_error(decimals);
-    return {table_of(all),
-            {error.begin(), error.end()},
-            table_of(step_errors(by, view(values), all))};
+    return {
+        table_of(all), {error.begin(), error.end()}, table_of(step_errors(by, view(values), all))};
 }
 
 std::string text_of(const std::vector<coordinate>& coordinates, const std::vector<atom>& atoms) {

@@ -35,7 +35,7 @@ struct derivatives {
 
     table forces;  ///< 3N x 3N: coordinate, component of the forces; empty without forces
     std::vector<double> force_rounding;  ///< 3N
-    table force_step;                       ///< 3N x 3N
+    table force_step;                    ///< 3N x 3N
     double force_step_error = 0;
 
     /// Of the other moments; empty where the jobs do not tell them.
@@ -62,7 +62,8 @@ struct derivatives {
 /// give one equation, their (y(+) - y(-)) / 2s as a polynomial in the square of s at s = 0: of as
 /// many terms as there are steps, at most three. What the smallest step alone is off by is then
 /// measured, and the error that is left estimated from it; with one step it is estimated from the
-/// derivatives nearby. Throws flib::run_error for a set whose jobs do not have a shift and a force of every atom.
+/// derivatives nearby. Throws flib::run_error for a set whose jobs do not have a shift and a force
+/// of every atom.
 derivatives differentiate(const displaced_set& set);
 
 /// The derivatives of any numbers: `values` has a row for each job of the set that `by` was made

@@ -118,9 +118,15 @@ void take_full_digits(displaced_set& set, const std::vector<const result_file*>&
 
 void see_decimals(displaced_set& set) {
     decimals_seen dipole(usual_dipole_decimals);
+    std::vector<int> of_each;
     decimals_seen forces(usual_force_decimals);
     for (const displaced_job& each : set.jobs) {
-        for (const double value : each.dipole) dipole.look_at(value);
+        decimals_seen alone(0);
+        for (const double value : each.dipole) {
+            dipole.look_at(value);
+            alone.look_at(value);
+        }
+        if (alone.decimals() > 0) of_each.push_back(alone.decimals());
         for (const vec3& force : each.forces) {
             for (const double value : force) {
                 forces.look_at(value);
@@ -129,6 +135,13 @@ void see_decimals(displaced_set& set) {
         }
     }
     set.dipole_decimals = dipole.decimals();
+    // A file with more decimals than the rest, which somebody made otherwise, says nothing of
+    // those.
+    if (const std::size_t few = of_each.size() / 4; few > 0) {
+        std::ranges::nth_element(of_each, of_each.begin() + static_cast<std::ptrdiff_t>(few));
+        set.dipole_decimals =
+            std::min(set.dipole_decimals, std::max(usual_dipole_decimals, of_each[few]));
+    }
     set.force_decimals = forces.decimals();
 }
 

@@ -25,7 +25,8 @@ struct errors {
     Eigen::MatrixXd step{};  // of each derivative (no variance)
     /// By how much noise may make those from the rounding larger.
     double largest_factor = 1;
-    double rounding = 0;  // of a value, au; what the factor is told by
+    double rounding = 0;      // of a value, au; what the factor is told by
+    double part_of_step = 1;  // that is left of its errors in sums
 };
 
 /// Those of the sums: 3 rows for the axes along which all moves, 3 for those about which it turns.
@@ -37,8 +38,7 @@ struct sum_variances {
 sum_variances variances_of(const rigid_motions& motions, const errors& known,
                            Eigen::Index components) {
     sum_variances result{Eigen::MatrixXd(6, components), Eigen::MatrixXd(6, components)};
-    const double part = components == 3 ? step_error_in_sums : 1;
-    const Eigen::MatrixXd step = (part * known.step).cwiseAbs2();
+    const Eigen::MatrixXd step = (known.part_of_step * known.step).cwiseAbs2();
     result.step << motions.translation.cwiseAbs2().transpose() * step,
         motions.rotation.cwiseAbs2().transpose() * step;
     for (Eigen::Index l = 0; l < 3; ++l) {
@@ -85,7 +85,8 @@ sum_rules evaluate(const rigid_motions& motions, const Eigen::VectorXd& values,
 
     sum_rules result;
     result.judged = true;
-    if (components == 3 && sums.allFinite()) explain(motions, sums, known, variances, result);
+    if (components == 3 && known.rounding > 0 && sums.allFinite())
+        explain(motions, sums, known, variances, result);
     const Eigen::MatrixXd uncertainty = (variances.rounding + variances.step).cwiseSqrt();
     constexpr double too_large = std::numeric_limits<double>::infinity();
     for (Eigen::Index l = 0; l < 6; ++l) {
@@ -125,9 +126,10 @@ std::string why_not(const displaced_set& set, const derivatives& of) {
            first + (set.one_sided == 1 ? ")" : ", ...)");
 }
 
+/// Of values with so many decimals, and with noise up to so much.
 sum_rules rules(const displaced_set& set, const derivatives& of,
                 const Eigen::MatrixXd& values_by_coordinate, const Eigen::VectorXd& values,
-                const table& step, int decimals) {
+                const table& step, int decimals, double noise, double part_of_step = 1) {
     const rigid_motions motions(set.atoms);
     const double rounding = std::pow(rounding_error(decimals), 2);
     errors known;
@@ -135,8 +137,9 @@ sum_rules rules(const displaced_set& set, const derivatives& of,
     known.rotation = variance_of_sums(motions.rotation, of.weights) * rounding;
     known.value = rounding;
     known.step = view(step);
-    known.largest_factor = largest_noise_factor(decimals);
+    known.largest_factor = noise_factor(noise, decimals);
     known.rounding = rounding_error(decimals);
+    known.part_of_step = part_of_step;
     return evaluate(motions, values, values_by_coordinate, known);
 }
 
@@ -175,7 +178,8 @@ sum_rules dipole_rules(const displaced_set& set, const derivatives& of,
     }
     const moment_derivatives dipole = differentiate(of, values, set.dipole_decimals);
     const Eigen::VectorXd reference = view(values).row(0);
-    return rules(set, of, view(dipole.values), reference, dipole.step, set.dipole_decimals);
+    return rules(set, of, view(dipole.values), reference, dipole.step, set.dipole_decimals,
+                 largest_noise, step_error_in_sums);
 }
 
 sum_rules force_rules(const displaced_set& set, const derivatives& of) {
@@ -187,7 +191,7 @@ sum_rules force_rules(const displaced_set& set, const derivatives& of) {
     for (std::size_t i = 0; i < set.atoms.size(); ++i) {
         forces.segment<3>(index(3 * i)) = vector(set.jobs.front().forces[i]);
     }
-    return rules(set, of, view(of.forces), forces, of.force_step, set.force_decimals);
+    return rules(set, of, view(of.forces), forces, of.force_step, set.force_decimals, 0);
 }
 
 sum_rules rules_of(std::span<const atom> atoms, std::span<const double> values,
@@ -211,10 +215,18 @@ sum_rules rules_of(std::span<const atom> atoms, std::span<const double> values,
 
 namespace {
 
-/// Of a vector that turns along: `read` gives that of each job, with so many decimals.
+/// What converged less is as noisy in all moments: by up to so much of the noise of the dipole.
+constexpr double moment_noise = 3;
+
+/// In sums of magnetic dipoles, which change more along with the places of the atoms, errors of the
+/// steps add up rather than cancel.
+constexpr double moment_step = 2;
+
+/// Of a vector that turns along: `read` gives that of each job, with so many decimals; `lever` are
+/// errors from the size of the steps beside its own, or nothing.
 template <class Read>
-sum_rules rules_of_moment(const displaced_set& set, const derivatives& of, Read read,
-                          int decimals) {
+sum_rules rules_of_moment(const displaced_set& set, const derivatives& of, Read read, int decimals,
+                          const table& lever = {}) {
     sum_rules result;
     result.why_not =
         set.has_moments ? why_not(set, of) : "the files hold no other moments than the dipole";
@@ -225,8 +237,12 @@ sum_rules rules_of_moment(const displaced_set& set, const derivatives& of, Read 
         const Eigen::Vector3d moment = read(set.jobs[j]);
         for (std::size_t k = 0; k < 3; ++k) values(j, k) = moment[index(k)];
     }
-    const moment_derivatives made = differentiate(of, values, decimals);
-    return rules(set, of, view(made.values), read(set.jobs.front()), made.step, decimals);
+    moment_derivatives made = differentiate(of, values, decimals);
+    for (std::size_t i = 0; i < lever.values.size(); ++i) {
+        made.step.values[i] = std::hypot(made.step.values[i], lever.values[i]);
+    }
+    return rules(set, of, view(made.values), read(set.jobs.front()), made.step, decimals,
+                 moment_noise * dipole_rules(set, of).noise, moment_step);
 }
 
 /// That of the atoms, where a job has them (Bohr).
@@ -255,8 +271,15 @@ sum_rules magnetic_rules(const displaced_set& set, const derivatives& of) {
     const double far =
         set.has_moments ? std::max(1.0, centroid_of(set, set.jobs.front()).norm()) : 1;
     const int lost = static_cast<int>(std::ceil(std::log10(far)));
+    // Magnetic dipoles are velocities with the lever of the atoms' places: what those are off by
+    // goes into them even where their own derivatives vanish.
+    table lever = of.velocity_dipole.step;
+    const Eigen::Matrix3Xd x = centred(set.atoms, Eigen::VectorXd::Ones(index(set.atoms.size())));
+    const double size = x.colwise().norm().maxCoeff();
+    for (double& each : lever.values) each *= size;
     return rules_of_moment(set, of, about_centroid,
-                           std::clamp(set.moment_decimals[0] - lost, 0, set.moment_decimals[1]));
+                           std::clamp(set.moment_decimals[0] - lost, 0, set.moment_decimals[1]),
+                           lever);
 }
 
 }  // namespace sgn

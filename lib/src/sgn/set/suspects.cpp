@@ -19,8 +19,8 @@ namespace {
 using residues = Eigen::Matrix<double, Eigen::Dynamic, 1, 0, 18, 1>;
 using signs = std::vector<bool>;  // of every job: whether it is reversed
 
-/// What a reversed sign costs a guess, in units of chi-squared: of 19 files one sign in a hundred is
-/// wrong, or fewer. Among more files more look wrong by chance.
+/// What a reversed sign costs a guess, in units of chi-squared: of 19 files one sign in a hundred
+/// is wrong, or fewer. Among more files more look wrong by chance.
 double cost_per_sign(std::size_t jobs) {
     return 9 + 2 * std::log(std::max(1.0, static_cast<double>(jobs) / 19));
 }
@@ -32,6 +32,10 @@ constexpr double usual_curvature = 5;
 /// others make it a third or less.
 constexpr double doubtful_pair = 36;
 constexpr double better_pair = 9;
+
+/// Where sums and pairs hold, other signs have to fit so much better (chi-squared) to be believed:
+/// in symmetric molecules many values are rounded alike, and sums are off by more than chance.
+constexpr double much_better = 25;
 
 /// Other choices of signs that fit so little worse (chi-squared) fit as well.
 constexpr double as_good = 9;
@@ -61,8 +65,8 @@ struct sign_pair {
     /// Whether the second difference leaves more than one choice.
     bool is_open() const {
         const double least = cost[best()];
-        return std::ranges::count_if(
-                   cost, [&](double each) { return each < least + doubtful_pair; }) > 1;
+        return std::ranges::count_if(cost,
+                                     [&](double each) { return each < least + doubtful_pair; }) > 1;
     }
 };
 
@@ -86,9 +90,9 @@ class search {
     /// Whether second differences leave more than one choice anywhere.
     bool is_open() const { return open_.size() > 1; }
 
-    /// Follows the best guesses from `start` until some that cost less mend everything, and adds
-    /// those to `found`.
-    void mend(const guess& start, std::vector<guess>& found) const;
+    /// Follows the best guesses from `start` until some that cost less than `enough` mend
+    /// everything, and adds those to `found`.
+    void mend(const guess& start, double enough, std::vector<guess>& found) const;
 
     /// Guesses with many more signs that fit as well as `best`.
     std::vector<guess> equals_of(const guess& best, const std::vector<std::size_t>& unseen) const;
@@ -102,6 +106,8 @@ class search {
   private:
     void see_pairs();
     std::vector<move> whole_directions() const;
+    /// Not only in signs of dipoles that vanish.
+    bool differ(const guess& a, const guess& b) const;
     guess with(signs reversed) const;
     double of_sums(const residues& left) const;
     double of_pairs(const signs& reversed) const;
@@ -151,7 +157,7 @@ search::search(const displaced_set& set, const derivatives& of)
         if (motions.turns(l)) add(turned[l] + rounding, motions.rotation.col(l));
     }
     const auto sums = index(variances.size());
-    errors_.emplace(std::move(variances), largest_noise_factor(set.dipole_decimals));
+    errors_.emplace(std::move(variances), noise_factor(largest_noise, set.dipole_decimals));
 
     given_ = residues::Zero(sums);
     for (std::size_t j = 0; j < set.jobs.size(); ++j) {
@@ -284,9 +290,8 @@ std::vector<guess> search::next(const std::vector<guess>& from, const std::vecto
             residues left = base.left;
             for (const std::size_t j : made) left += (reversed[j] ? -1.0 : 1.0) * change_[j];
             // Of a single pair only what it costs itself changes.
-            const sign_pair* one = made.front() != 0 && made.size() <= 2
-                                       ? &pairs_[pair_of_[made.front()]]
-                                       : nullptr;
+            const sign_pair* one =
+                made.front() != 0 && made.size() <= 2 ? &pairs_[pair_of_[made.front()]] : nullptr;
             const double before = one == nullptr ? pairs : one->cost[one->choice(reversed)];
             flip();
             const double after =
@@ -313,8 +318,7 @@ std::vector<guess> search::next(const std::vector<guess>& from, const std::vecto
     return result;
 }
 
-void search::mend(const guess& start, std::vector<guess>& found) const {
-    const double enough = as_given().cost;
+void search::mend(const guess& start, double enough, std::vector<guess>& found) const {
     std::vector<guess> at{start};
     for (int depth = 0; depth <= deepest && !at.empty(); ++depth) {
         const std::size_t before = found.size();
@@ -348,12 +352,19 @@ std::vector<move> search::whole_directions() const {
     return moves;
 }
 
-std::vector<guess> search::equals_of(const guess& best, const std::vector<std::size_t>& unseen)
-    const {
+bool search::differ(const guess& a, const guess& b) const {
+    for (std::size_t j = 0; j < set_.jobs.size(); ++j) {
+        if (a.reversed[j] != b.reversed[j] && length(set_.jobs[j].dipole) > 0) return true;
+    }
+    return false;
+}
+
+std::vector<guess> search::equals_of(const guess& best,
+                                     const std::vector<std::size_t>& unseen) const {
     std::vector<move> moves = whole_directions();
     for (const move& each : open_) {
         const bool seen = std::ranges::none_of(each, [&](std::size_t j) {
-            return std::ranges::find(unseen, j) != unseen.end();
+            return length(set_.jobs[j].dipole) == 0 || std::ranges::find(unseen, j) != unseen.end();
         });
         if (seen) moves.push_back(each);
     }
@@ -362,7 +373,7 @@ std::vector<guess> search::equals_of(const guess& best, const std::vector<std::s
     for (int depth = 0; depth < deepest; ++depth) {
         at = next(at, moves, &guess::fit);
         for (const guess& candidate : at) {
-            if (candidate.fit < best.fit + as_good && candidate.reversed != best.reversed &&
+            if (candidate.fit < best.fit + as_good && differ(candidate, best) &&
                 !has_doubtful_pair(candidate)) {
                 found.push_back(candidate);
             }
@@ -381,7 +392,8 @@ std::vector<std::size_t> search::unseen_beside(const guess& best) const {
         }
         signs reversed = best.reversed;
         reversed[j].flip();
-        if (with(std::move(reversed)).fit < best.fit + cost_of_sign_) jobs.push_back(j);
+        if (with(std::move(reversed)).fit < best.fit + std::max(much_better, cost_of_sign_))
+            jobs.push_back(j);
     }
     return jobs;
 }
@@ -398,8 +410,9 @@ suspects find_suspects(const displaced_set& set, const derivatives& of, const su
     std::vector<guess> found;
     // Second differences of a bright state leave nothing to be sought.
     if (!holds || among.is_open()) {
-        among.mend(given, found);
-        if (!holds) among.mend(among.with_best_pairs(), found);
+        const double worse = holds ? std::max(0.0, much_better - among.cost_of_sign()) : 0;
+        among.mend(given, given.cost - worse, found);
+        if (!holds) among.mend(among.with_best_pairs(), given.cost, found);
     }
     std::sort(found.begin(), found.end(),
               [](const guess& a, const guess& b) { return a.cost < b.cost; });

@@ -103,6 +103,7 @@ void judge_set(assessment& of, bool pairs) {
         const derivatives made = differentiate(set);
         of.rules = dipole_rules(set, made);
         of.suspects = find_suspects(set, made, of.rules);
+        of.signs = proof_of(set, made, of.rules, of.suspects);
         if (pairs && made.complete()) {
             of.findings = set_findings(set, made, of.rules, force_rules(set, made), of.suspects);
         }
@@ -115,9 +116,14 @@ void judge_set(assessment& of, bool pairs) {
         of.rules.why_not = "no file is displaced";
         return;
     }
-    for (auto& flip : of.suspects.flips) {
-        for (std::size_t& job : flip) job = taking_part.place[job];
-    }
+    const auto put_in_place = [&](std::vector<std::size_t>& jobs) {
+        for (std::size_t& job : jobs) job = taking_part.place[job];
+    };
+    std::ranges::for_each(of.suspects.flips, put_in_place);
+    std::ranges::for_each(of.suspects.as_good, put_in_place);
+    std::ranges::for_each(of.signs.as_good, put_in_place);
+    put_in_place(of.suspects.unseen);
+    put_in_place(of.signs.unseen);
     add_suspects(of);
 }
 

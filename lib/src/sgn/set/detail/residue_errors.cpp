@@ -40,8 +40,8 @@ double cost_of(std::span<const double> residues, const Weights& weights, double 
 
 }  // namespace
 
-double largest_noise_factor(int decimals) {
-    return 1 + std::pow(largest_noise / rounding_error(decimals), 2);
+double noise_factor(double noise, int decimals) {
+    return 1 + std::pow(noise / rounding_error(decimals), 2);
 }
 
 residue_errors::residue_errors(std::vector<residue_variance> variances, double largest_noise_factor)

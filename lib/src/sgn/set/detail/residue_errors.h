@@ -14,8 +14,9 @@ struct residue_variance {
     double step = 0;
 };
 
-/// By how much the largest noise makes the variance by rounding to so many decimals larger.
-double largest_noise_factor(int decimals);
+/// By how much noise (standard deviation, au) makes the variance by rounding to so many decimals
+/// larger.
+double noise_factor(double noise, int decimals);
 
 /// What explains residues.
 struct explanation {

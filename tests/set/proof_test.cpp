@@ -1,0 +1,187 @@
+// Noise, the size of steps and signs that nobody can see: what derivatives are uncertain by, and
+// how far a verdict reaches.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+#include "model.h"
+#include "sgn/check/report.h"
+
+namespace {
+
+using namespace sgn;
+using model::molecule;
+using testing::HasSubstr;
+
+/// Of noise with a standard deviation of 1; the same with every library.
+double noise() {
+    static std::mt19937 random(11);
+    double sum = 0;
+    for (int i = 0; i < 12; ++i) sum += static_cast<double>(random()) / 4294967296.0;
+    return sum - 6;
+}
+
+struct noisy_set {
+    result_file reference;
+    std::vector<result_file> files;
+
+    noisy_set(const molecule& of, double by)
+        : reference(model::reference(of)), files(model::displaced(of)) {
+        const auto add = [&](result_file& file) {
+            for (double& each : file.contents.corrected_tdip) each += by * noise();
+        };
+        add(reference);
+        for (result_file& each : files) add(each);
+    }
+};
+
+TEST(Noise, IsToldFromWrongSigns) {
+    for (molecule of : {model::bent, model::line}) {
+        of.dipole_decimals = 9;
+        for (const double by : {1e-6, 1e-5}) {
+            const noisy_set set(of, by);
+            const report all = analyse(set.reference, set.files);
+            EXPECT_TRUE(all.dipole_rules.satisfied && all.suspects.flips.empty()) << by;
+            EXPECT_TRUE(all.signs.complete());
+            // The size of the steps hides the smaller one.
+            if (by > 5e-6) {
+                EXPECT_GT(all.dipole_rules.noise, by / 2);
+                EXPECT_LT(all.dipole_rules.noise, by * 2);
+            }
+            for (std::size_t i = 0; i < set.files.size(); ++i) {
+                auto files = set.files;
+                model::reverse(files[i]);
+                EXPECT_EQ(verdict_of(analyse(set.reference, files)),
+                          "One sign is wrong: " + files[i].name);
+            }
+        }
+        // More than four decimals would hide is no noise.
+        const noisy_set wrong(of, 2e-4);
+        EXPECT_FALSE(analyse(wrong.reference, wrong.files).dipole_rules.satisfied);
+    }
+}
+
+/// Per cent of the derivatives that are off by less than so many of their uncertainties.
+double within(double uncertainties, const report& of, const report& exact) {
+    int inside = 0;
+    const table& made = of.derivatives.dipole;
+    for (std::size_t i = 0; i < made.values.size(); ++i) {
+        inside += std::abs(made.values[i] - exact.derivatives.dipole.values[i]) <=
+                  uncertainties * of.uncertainties.total.values[i];
+    }
+    return 100.0 * inside / static_cast<double>(made.values.size());
+}
+
+/// Of all models, against pairs so near that nothing but the limit is left.
+TEST(Uncertainties, AreWhatDerivativesAreOffBy) {
+    const struct {
+        const char* name;
+        int decimals;
+        double noise;
+        bool one_sided;
+        double least, most;  // per cent within one of them
+    } cases[] = {{"rounding", 4, 0, false, 60, 80},
+                 {"step", 9, 0, false, 60, 100},
+                 {"noise", 9, 1e-5, false, 60, 85},
+                 {"one-sided", 9, 0, true, 60, 100}};
+    for (const auto& [name, decimals, by, one_sided, least, most] : cases) {
+        double one = 0;
+        double three = 0;
+        double largest = 0;
+        const std::vector<molecule> all{model::bent, model::line, model::diatomic};
+        for (molecule of : all) {
+            molecule sharp = of;
+            sharp.dipole_decimals = 10;
+            of.dipole_decimals = decimals;
+            noisy_set set(of, by);
+            if (one_sided) {
+                for (std::size_t i = set.files.size(); i > 0; i -= 2) {
+                    set.files.erase(set.files.begin() + static_cast<std::ptrdiff_t>(i) - 1);
+                }
+            }
+            const report made = analyse(set.reference, set.files);
+            auto near = model::displaced(sharp, 0.01);
+            const auto far = model::displaced(sharp, 0.02);
+            near.insert(near.end(), far.begin(), far.end());
+            const report exact = analyse(model::reference(sharp), near);
+            const auto count = static_cast<double>(all.size());
+            one += within(1, made, exact) / count;
+            three += within(3, made, exact) / count;
+            for (std::size_t i = 0; i < made.derivatives.dipole.values.size(); ++i) {
+                largest = std::max(largest, std::abs(made.derivatives.dipole.values[i] -
+                                                     exact.derivatives.dipole.values[i]) /
+                                                made.uncertainties.total.values[i]);
+            }
+        }
+        EXPECT_GE(one, least) << name;
+        EXPECT_LE(one, most) << name;
+        EXPECT_GE(three, 98) << name;
+        EXPECT_GT(largest, 0.03) << name << ": they are far too large";
+    }
+}
+
+TEST(Proof, EndsWhereDipolesAreTooSmall) {
+    molecule dim = model::dark;
+    dim.strength = 0.01;
+    const report small = analyse(model::reference(dim), model::displaced(dim));
+    ASSERT_TRUE(small.fine()) << verdict_of(small);
+    EXPECT_THAT(verdict_of(small),
+                HasSubstr("no sign is wrong that could be seen. 6 files have dipoles too small to "
+                          "tell (up to 0.00010 au); their derivatives may be off by 0.0053 au."));
+    // Reversed, each of them is believed; and the others are named.
+    for (std::size_t i = 1; i < small.set.jobs.size(); ++i) {
+        auto files = model::displaced(dim);
+        model::reverse(files[i - 1]);
+        if (length(files[i - 1].contents.corrected_tdip) == 0) continue;
+        const report wrong = analyse(model::reference(dim), files);
+        const bool unseen = std::ranges::count(small.suspects.unseen, i) > 0;
+        EXPECT_EQ(wrong.suspects.flips.empty() && !wrong.suspects.unsound, unseen)
+            << files[i - 1].name;
+        if (!unseen) continue;
+        // The uncertainty has it in it.
+        for (std::size_t k = 0; k < wrong.derivatives.dipole.values.size(); ++k) {
+            EXPECT_LE(
+                std::abs(wrong.derivatives.dipole.values[k] - small.derivatives.dipole.values[k]),
+                1.001 * small.uncertainties.total.values[k]);
+        }
+    }
+    // On the sign of a reference against all the others no derivative depends.
+    molecule line = model::line;
+    line.strength = 6e-4;
+    EXPECT_EQ(verdict_of(analyse(model::reference(line), model::displaced(line))),
+              "All 19 files are fine: no sign is wrong that could be seen. The dipole of the "
+              "reference is too small to tell its sign against all the others.");
+    EXPECT_EQ(verdict_of(analyse(model::reference(model::bent), model::displaced(model::bent))),
+              "All 25 files are fine: no sign is wrong.");
+    // What symmetry rounds alike is no wrong sign.
+    dim.strength = 0.02;
+    EXPECT_TRUE(analyse(model::reference(dim), model::displaced(dim)).fine());
+}
+
+/// A flat molecule in a dark state: no sum knows the signs of what moves out of its plane.
+TEST(Proof, NamesSignsThatFitAsWell) {
+    molecule flat = model::dark;
+    for (vec3& x : flat.x) x[2] = 0;
+    for (int d : {4, 9}) {
+        flat.dipole_decimals = d;
+        auto files = model::displaced(flat);
+        const report all = analyse(model::reference(flat), files);
+        EXPECT_TRUE(all.fine()) << verdict_of(all);
+        EXPECT_FALSE(all.signs.as_good.empty());
+        EXPECT_THAT(verdict_of(all), HasSubstr("could be seen. The reference is dark: the sums "
+                                               "hold as well with the signs of "));
+    }
+}
+
+/// What a single file with more digits says of the others: nothing.
+TEST(Decimals, AreThoseOfMostFiles) {
+    auto files = model::displaced(model::bent);
+    files[3].contents.corrected_tdip[0] += 1.234e-6;
+    const report all = analyse(model::reference(model::bent), files);
+    EXPECT_EQ(all.set.dipole_decimals, 4);
+    EXPECT_TRUE(all.fine());
+}
+
+}  // namespace
