@@ -66,7 +66,7 @@ std::vector<line> lines_of(const displaced_set& set) {
     std::vector<direction> directions;
     for (std::size_t j = 1; j < set.jobs.size(); ++j) {
         const Eigen::VectorXd shift = shift_of(set.jobs[j]);
-        const double length = set.jobs[j].is == role::undisplaced ? 0 : shift.norm();
+        const double length = shift.norm();
         const auto along = std::ranges::find_if(directions, [&](const direction& of) {
             constexpr double angle = 1e-3;
             if (length == 0 || of.unit.size() == 0) return false;
