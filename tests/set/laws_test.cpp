@@ -183,7 +183,7 @@ TEST(Set, TakesFullDigitsOfAllFilesOrOfNone) {
                ' ' + std::to_string(set.jobs[0].dipole[0] != reference.contents.corrected_tdip[0]) +
                (more > 5e-9 && more < 2e-8 ? " full" : " printed");
     };
-    EXPECT_EQ(told(), "1 9 1 full");
+    EXPECT_EQ(told(), "1 8 1 full");
     files.back().full.reset();
     EXPECT_EQ(told(), "0 6 0 printed");
 }

@@ -3,7 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "support/support.h"
+#include "sets.h"
 
 namespace {
 
@@ -114,6 +114,19 @@ TEST_F(DeriveJobs, JudgesTheSumsOfAllMoments) {
     EXPECT_THAT(unwanted.output, HasSubstr("   magnetic not judged: sum rules are not wanted\n"));
 }
 
+TEST_F(DeriveJobs, AreAsGoodAsResultFilesBesideCheckpoints) {
+    const auto numbers = [&](const std::string& file) {
+        auto json = nlohmann::json::parse(contents_of(file));
+        for (const char* of_files : {"reference", "files"}) json.erase(of_files);
+        return json;
+    };
+    derive({"--json=jobs.json"});
+    words files{"--json=d.json", "h2o_ref.sgn"};
+    for (const std::string& job : jobs_) files.push_back(job.substr(0, job.size() - 4) + "sgn");
+    EXPECT_EQ(support::run({"sgn_derive", files, sets::water_directory()}).status, 0);
+    EXPECT_EQ(numbers(scratch_.path() / "jobs.json"), numbers(sets::water_directory() / "d.json"));
+}
+
 TEST_F(DeriveJobs, FollowsTheStateAskedFor) {
     const auto second = derive({"--state=2", "--json=d.json"});
     EXPECT_EQ(second.status, 0);
@@ -132,7 +145,8 @@ TEST_F(DeriveJobs, SaysWhatIsWrongWithAJob) {
     // Another dipole than the log's: all dipoles are those of the logs. Behind the energy, the
     // first of the numbers is the dipole's x.
     const std::string path = scratch_.path() / "h2o_01xm.fchk";
-    std::string contents = contents_of(path);
+    const std::string right = contents_of(path);
+    std::string contents = right;
     const std::size_t heading = contents.find("ETran state values");
     ASSERT_NE(heading, contents.npos);
     contents.replace(contents.find('\n', heading) + 1 + 16, 16, "  1.00000000E+00");
@@ -144,6 +158,11 @@ TEST_F(DeriveJobs, SaysWhatIsWrongWithAJob) {
         "sgn_derive: h2o_01xm.fchk: has a transition dipole of state 1 that does not round to "
         "that of h2o_01xm.log: they are not of one run; the dipoles are those of the logs\n");
     EXPECT_THAT(printed.output, HasSubstr("dipoles to 4 decimals"));
+    // Those of another geometry.
+    write_file(path, support::replaced(right, "  2.22987683E-01", "  2.41884943E-01"));
+    EXPECT_EQ(derive({}).errors,
+              "sgn_derive: h2o_01xm.fchk: has coordinates that are 0.0100 Angstrom from those of "
+              "h2o_01xm.log: they are not of one run; the dipoles are those of the logs\n");
     fs::remove(scratch_.path() / "h2o_01xm.cis");
     const auto missing = derive({});
     EXPECT_EQ(std::to_string(missing.status) + missing.output, "2");

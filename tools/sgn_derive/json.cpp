@@ -7,6 +7,7 @@
 #include "common/json_text.h"
 #include "common/set_json.h"
 #include "sgn/set/input_numbers.h"
+#include "sgn/set/set_moments.h"
 
 namespace sgn_derive {
 namespace {
@@ -47,11 +48,11 @@ json_value mode_of(const sgn::normal_mode& mode) {
 
 /// Of the transition that the dipole belongs to; null if no checkpoint tells.
 json_value excitation_of(const sgn::report& of) {
-    if (of.moments.jobs.empty()) return nullptr;
-    const sgn::job_moments& reference = of.moments.jobs.front();
-    const std::vector<double> gradient = excitation_gradient(of.moments, of.derivatives);
-    json_value result{{"state", reference.state}, {"state_of_forces", reference.target}};
-    result["energy"] = reference.excitation ? json_value(*reference.excitation) : nullptr;
+    const auto& reference = of.set.jobs.front().excited;
+    if (!reference) return nullptr;
+    const std::vector<double> gradient = excitation_gradient(of.set, of.derivatives);
+    json_value result{{"state", reference->state}, {"state_of_forces", reference->target}};
+    result["energy"] = reference->energy ? json_value(*reference->energy) : nullptr;
     std::vector<sgn::vec3> by_atom;
     for (std::size_t c = 0; c < gradient.size(); c += 3) {
         by_atom.push_back({gradient[c], gradient[c + 1], gradient[c + 2]});
@@ -87,7 +88,10 @@ std::string json_of(const sgn::report& of) {
                          {"input", number_of(each, i)}});
     }
     result["step"] = {{"smallest", set.smallest_step}, {"largest", set.largest_step}};
-    result["decimals"] = {{"dipole", set.dipole_decimals}, {"forces", set.force_decimals}};
+    result["decimals"] = {{"dipole", set.dipole_decimals},
+                          {"forces", set.force_decimals},
+                          {"coordinates", set.coordinate_decimals}};
+    result["dipole_source"] = source_of_dipoles(set);
     result["dipole"] = set.jobs.front().dipole;
     result["dipole_derivatives"] = json_of(of.derivatives.dipole);
     json_value& uncertainty = result["dipole_uncertainty"] = json_value::array();

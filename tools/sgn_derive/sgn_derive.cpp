@@ -42,28 +42,39 @@ int status_of(bool fine) {
     return fine ? tools::exit_status::fine : tools::exit_status::doubtful;
 }
 
-/// The report on a set of jobs, and whether all of them go on without a doubt.
-sgn::report report_on_jobs(const sgn_derive::options& options, bool& clear) {
+struct outcome {
+    sgn::report report;
+    bool clear = true;         ///< what was read has no doubt in it
+    bool source_told = false;  ///< why the dipoles are not those of the checkpoints
+};
+
+/// Checkpoints that do not count, though they are there.
+void tell_source(outcome& of) {
+    tools::complain(tool, of.report.no_full_digits + "; the dipoles are those of the " +
+                              std::string(source_of_dipoles(of.report.set)));
+    of.source_told = true;
+    of.clear = false;
+}
+
+outcome report_on_jobs(const sgn_derive::options& options) {
     tools::progress progress(STDERR_FILENO, options.files.size() + 1);
     const auto tell = [&](std::size_t done, std::size_t) { progress.at(done, "jobs read:"); };
     sgn::job_set jobs = sgn::set_of_jobs(options.reference, options.files, options.state, {}, tell);
     jobs.reference.input_numbers =
         sgn::input_numbers_beside(jobs.reference.name, jobs.reference.contents.x.size());
     progress.at(options.files.size() + 1, "computing");
-    sgn::report report = sgn::analyse(jobs.reference, jobs.files, options.sum_rules);
-    report.moments = sgn::read_set_moments(report.set);
-    report.surroundings = sgn::surroundings_beside(options.reference);
+    outcome result{sgn::analyse(jobs.reference, jobs.files, options.sum_rules)};
+    result.report.no_full_digits = jobs.no_full_digits;
+    result.report.surroundings = sgn::surroundings_beside(options.reference);
+    result.clear = jobs.mixed.empty();
     for (const std::string& line : jobs.mixed) tools::complain(tool, line);
-    clear = jobs.mixed.empty();
-    if (!jobs.no_full_digits.empty()) {
-        tools::complain(tool, jobs.no_full_digits + "; the dipoles are those of the logs");
-        clear = false;
-    }
+    if (!jobs.no_full_digits.empty()) tell_source(result);
     if (!jobs.no_forces.empty()) tools::complain(tool, jobs.no_forces + "; forces are left out");
-    return report;
+    return result;
 }
 
-sgn::report report_on(const sgn_derive::options& options) {
+outcome report_on(const sgn_derive::options& options) {
+    if (sgn_derive::is_job(options.reference)) return report_on_jobs(options);
     tools::progress progress(STDERR_FILENO, options.files.size() + 1);
     sgn::result_file reference{options.reference, sgn::read_sgn_file(options.reference)};
     reference.input_numbers =
@@ -77,10 +88,12 @@ sgn::report report_on(const sgn_derive::options& options) {
     }
     progress.at(options.files.size() + 1, "computing");
     tools::tell_better_reference(tool, reference, files);
-    sgn::report report = sgn::analyse(reference, files, options.sum_rules);
-    report.moments = sgn::read_set_moments(report.set);
-    report.surroundings = sgn::surroundings_beside(options.reference);
-    return report;
+    const sgn::no_full_digits none = sgn::add_full_digits(reference, files);
+    outcome result{sgn::analyse(reference, files, options.sum_rules)};
+    result.report.no_full_digits = none.reason;
+    result.report.surroundings = sgn::surroundings_beside(options.reference);
+    if (none.doubtful) tell_source(result);
+    return result;
 }
 
 /// The energy of the reference, which no result file tells.
@@ -98,24 +111,23 @@ double energy_of(const sgn_derive::options& options, const sgn::report& report) 
 }
 
 /// The files of a state for FCclasses, and what is said of one that cannot be made.
-std::string add_fcc_files(const sgn_derive::options& options, const sgn::report& report,
+std::string add_fcc_files(const sgn_derive::options& options, const outcome& from,
                           std::vector<std::pair<std::string, std::string>>& results) {
+    const sgn::report& report = from.report;
     const sgn::displaced_set& set = report.set;
     const sgn::derivatives& of = report.derivatives;
     const sgn::fcc_names names = sgn::fcc_names_of(*options.fcc);
     const sgn::fcc_state state = sgn::fcc_state_of(set, of, energy_of(options, report));
     results.emplace_back(names.state, sgn::fcc_state_text(state));
     results.emplace_back(names.electric, sgn::fcc_dipole_text(set.jobs.front().dipole, of.dipole));
-    const sgn::table magnetic =
-        derivatives_of(report.moments, &flib::moment_rows::magnetic_dipole, 3, of);
-    if (magnetic.rows == 0) {
+    if (!set.has_moments) {
         return flib::printable(names.magnetic) +
-               " is not written: it takes magnetic dipoles from the checkpoints of all jobs, and " +
-               report.moments.why_not;
+               " is not written: it takes magnetic dipoles from the checkpoints of all jobs" +
+               (from.source_told ? "" : ", and " + report.no_full_digits);
     }
-    const auto& dipole = report.moments.jobs.front().row.magnetic_dipole;
-    results.emplace_back(names.magnetic,
-                         sgn::fcc_dipole_text({dipole[0], dipole[1], dipole[2]}, magnetic));
+    results.emplace_back(
+        names.magnetic,
+        sgn::fcc_dipole_text(set.jobs.front().moments->magnetic_dipole, of.magnetic_dipole.values));
     return {};
 }
 
@@ -131,9 +143,8 @@ int run(std::span<const std::string_view> arguments) {
         tools::show(sgn_derive::text_of(judged, *options.judge, terminal));
         return status_of(judged.fine());
     }
-    bool clear = true;
-    const sgn::report report =
-        sgn_derive::is_job(options.reference) ? report_on_jobs(options, clear) : report_on(options);
+    const outcome found = report_on(options);
+    const sgn::report& report = found.report;
 
     // All results are made before the first is written.
     std::vector<std::pair<std::string, std::string>> results;
@@ -147,7 +158,7 @@ int run(std::span<const std::string_view> arguments) {
                                                 : checkpoint_of(report.set, report.derivatives));
     }
     const std::string not_written =
-        options.fcc ? add_fcc_files(options, report, results) : std::string();
+        options.fcc ? add_fcc_files(options, found, results) : std::string();
     if (options.molden) results.emplace_back(*options.molden, sgn_derive::molden_of(report));
     if (options.html) {
         results.emplace_back(
@@ -161,7 +172,7 @@ int run(std::span<const std::string_view> arguments) {
     }
     if (!not_written.empty()) tools::complain(tool, not_written);
     if (!streamed) tools::show(sgn_derive::text_of(report, terminal, options.by_angstrom));
-    return status_of(report.fine() && clear);
+    return status_of(report.fine() && found.clear);
 }
 
 }  // namespace

@@ -12,6 +12,7 @@
 #include "sgn/set/input_numbers.h"
 #include "sgn/set/listed.h"
 #include "sgn/set/molecule.h"
+#include "sgn/set/set_moments.h"
 
 namespace sgn_derive {
 namespace {
@@ -70,25 +71,35 @@ std::string what_it_is(const sgn::report& of, const tools::terminal& on) {
 }
 
 /// Which transition it is, where a checkpoint tells.
-std::string excitation_text(const sgn::report& of, const tools::terminal& on) {
-    if (of.moments.jobs.empty()) return {};
-    const sgn::job_moments& reference = of.moments.jobs.front();
-    std::string text = "The dipole is that of state " + std::to_string(reference.state);
-    if (reference.excitation) {
-        text += ", " + decimal(*reference.excitation * flib::hartree_energy, 4) +
+std::string excitation_text(const sgn::report& of) {
+    const auto& reference = of.set.jobs.front().excited;
+    if (!reference) return {};
+    std::string text = " The dipole is that of state " + std::to_string(reference->state);
+    if (reference->energy) {
+        text += ", " + decimal(*reference->energy * flib::hartree_energy, 4) +
                 " eV above the ground state";
     }
-    const std::vector<double> gradient = excitation_gradient(of.moments, of.derivatives);
+    const std::vector<double> gradient = excitation_gradient(of.set, of.derivatives);
     if (!gradient.empty()) {
         double largest = 0;
         for (const double each : gradient) largest = std::max(largest, std::abs(each));
         text += "; the gradient of this energy has components of up to " + decimal(largest, 4) +
                 " Hartree/Bohr";
     }
-    if (of.set.has_forces && reference.state != reference.target) {
-        text += "; the forces are those of state " + std::to_string(reference.target);
+    if (of.set.has_forces && reference->target != 0 && reference->state != reference->target) {
+        text += "; the forces are those of state " + std::to_string(reference->target);
     }
-    return '\n' + paragraph(text + '.', on);
+    return text + '.';
+}
+
+/// Where the dipoles come from, and which they are.
+std::string source_text(const sgn::report& of, const tools::terminal& on) {
+    std::string text = "The dipoles are those of the " + std::string(source_of_dipoles(of.set)) +
+                       ", with " + std::to_string(of.set.dipole_decimals) + " decimals";
+    // Where not even the reference has one, nobody asks for checkpoints.
+    const bool some = of.set.jobs.front().excited.has_value();
+    if (some && !of.no_full_digits.empty()) text += " (" + of.no_full_digits + ")";
+    return '\n' + paragraph(text + '.' + excitation_text(of), on);
 }
 
 std::string coordinate_text(const sgn::report& of, std::size_t c) {
@@ -274,8 +285,7 @@ std::string residues_text(const sum_rules& rules, std::string_view of_what,
 }
 
 std::string text_of(const sgn::report& of, const tools::terminal& on, bool by_angstrom) {
-    std::string text = what_it_is(of, on) + excitation_text(of, on) +
-                       dipole_text(of, on, by_angstrom) +
+    std::string text = what_it_is(of, on) + source_text(of, on) + dipole_text(of, on, by_angstrom) +
                        rules_text(of.dipole_rules, of.force_rules, on) + moment_rules_text(of, on) +
                        surroundings_text(of, on);
     if (of.suspects.flips.empty()) {
