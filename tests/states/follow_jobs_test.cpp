@@ -49,4 +49,26 @@ TEST(FollowJobs, GivesTheSameWithAnyNumberOfWorkers) {
     fs::current_path(home);
 }
 
+TEST(FollowJobs, FindsLogAndDumpBesideTheCheckpoint) {
+    const support::scratch_directory scratch;
+    // Every job in a directory of its own, under one name.
+    const auto put = [&](const std::string& directory, const std::string& from) {
+        fs::create_directory(scratch.path() / directory);
+        for (const char* suffix : {".fchk", ".log", ".cis"}) {
+            fs::copy_file(support::data_file("crossing/" + from + suffix),
+                          scratch.path() / directory / (std::string("job") + suffix));
+        }
+        return (scratch.path() / directory / "job.fchk").string();
+    };
+    const std::string first = put("ref", "h2ox_ref");
+    const std::vector<std::string> jobs{put("a", "h2ox_02yp"), put("b", "h2ox_01zp")};
+    const std::vector<std::int32_t> wanted{1, 2, 3};
+    const sgn::reference_set reference = prepare(sgn::read_job(sgn::files_beside(first)), wanted);
+    EXPECT_EQ(summary(follow_jobs(reference, jobs, {.find = sgn::files_beside})),
+              "job: -1 -3 2\njob: 1 -2 -3\n");
+    // In the working directory all of them would be one job.
+    EXPECT_THAT(summary(follow_jobs(reference, jobs, {.find = sgn::files_of})),
+                testing::HasSubstr("has the name of"));
+}
+
 }  // namespace

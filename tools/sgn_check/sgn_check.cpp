@@ -9,11 +9,11 @@
 
 #include "common/output_file.h"
 #include "common/program.h"
-#include "common/reference.h"
 #include "flib/io/stop_run.h"
 #include "sgn/check/check.h"
 #include "sgn/job/same_file.h"
 #include "sgn/result/sgn_file.h"
+#include "sgn/set/centre.h"
 #include "sgn/set/input_numbers.h"
 #include "sgn/set/surroundings.h"
 #include "sgn_check/options.h"
@@ -59,7 +59,8 @@ int run(std::span<const std::string_view> arguments) {
     }
     sgn::assessment assessment;
     if (!reference.empty() && options.limits.pairs) {
-        tools::tell_better_reference(tool, reference.front(), files);
+        const std::string better = sgn::better_reference_text(reference.front(), files);
+        if (!better.empty()) tools::complain(tool, better);
     }
     if (!reference.empty()) assessment = sgn::check(reference.front(), files, options.limits);
     assessment.surroundings = sgn::surroundings_beside(options.reference);

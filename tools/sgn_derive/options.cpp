@@ -7,6 +7,7 @@
 #include "common/number_ranges.h"
 #include "common/outputs.h"
 #include "flib/io/stop_run.h"
+#include "sgn/check/files_report.h"
 #include "sgn/checkpoint/fcc_files.h"
 
 namespace sgn_derive {
@@ -55,10 +56,6 @@ void check_outputs(const options& of, std::vector<std::string> read) {
 }
 
 }  // namespace
-
-bool is_job(const std::string& name) {
-    return name.ends_with(".fchk");
-}
 
 options parse_options(std::span<const std::string_view> arguments) {
     constexpr const char* usage = "[OPTIONS] REFERENCE FILE...";
@@ -125,7 +122,7 @@ options parse_options(std::span<const std::string_view> arguments) {
                               std::string(usage) + ")");
     }
     result.reference = std::move(line.names.front());
-    if (result.state && !is_job(result.reference)) {
+    if (result.state && !sgn::is_job(result.reference)) {
         throw flib::run_error("--state is for jobs: NAME.fchk, not result files");
     }
     result.files.assign(std::make_move_iterator(std::next(line.names.begin())),

@@ -29,9 +29,6 @@ struct options {
     bool overwrite = false;            ///< also files that are no outputs of these tools
 };
 
-/// Whether a name is that of a job's checkpoint, not of a result file.
-bool is_job(const std::string& name);
-
 /// Throws flib::run_error, with one line that says what is wrong.
 options parse_options(std::span<const std::string_view> arguments);
 

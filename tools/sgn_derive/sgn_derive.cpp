@@ -14,20 +14,15 @@
 #include "common/output_file.h"
 #include "common/program.h"
 #include "common/progress.h"
-#include "common/reference.h"
 #include "common/version.h"
 #include "flib/io/stop_run.h"
+#include "sgn/check/files_report.h"
 #include "sgn/check/judge.h"
 #include "sgn/check/report.h"
 #include "sgn/checkpoint/checkpoint.h"
 #include "sgn/checkpoint/fcc_files.h"
-#include "sgn/job/same_file.h"
 #include "sgn/page/html.h"
-#include "sgn/result/sgn_file.h"
-#include "sgn/set/input_numbers.h"
 #include "sgn/set/set_moments.h"
-#include "sgn/set/surroundings.h"
-#include "sgn/states/job_set.h"
 #include "sgn_derive/csv.h"
 #include "sgn_derive/json.h"
 #include "sgn_derive/molden.h"
@@ -42,58 +37,14 @@ int status_of(bool fine) {
     return fine ? tools::exit_status::fine : tools::exit_status::doubtful;
 }
 
-struct outcome {
-    sgn::report report;
-    bool clear = true;         ///< what was read has no doubt in it
-    bool source_told = false;  ///< why the dipoles are not those of the checkpoints
-};
-
-/// Checkpoints that do not count, though they are there.
-void tell_source(outcome& of) {
-    tools::complain(tool, of.report.no_full_digits + "; the dipoles are those of the " +
-                              std::string(source_of_dipoles(of.report.set)));
-    of.source_told = true;
-    of.clear = false;
-}
-
-outcome report_on_jobs(const sgn_derive::options& options) {
+/// The report, and what is complained of beside it.
+sgn::files_report report_on(const sgn_derive::options& options) {
     tools::progress progress(STDERR_FILENO, options.files.size() + 1);
-    const auto tell = [&](std::size_t done, std::size_t) { progress.at(done, "jobs read:"); };
-    sgn::job_set jobs = sgn::set_of_jobs(options.reference, options.files, options.state, {}, tell);
-    jobs.reference.input_numbers =
-        sgn::input_numbers_beside(jobs.reference.name, jobs.reference.contents.x.size());
-    progress.at(options.files.size() + 1, "computing");
-    outcome result{sgn::analyse(jobs.reference, jobs.files, options.sum_rules)};
-    result.report.no_full_digits = jobs.no_full_digits;
-    result.report.surroundings = sgn::surroundings_beside(options.reference);
-    result.clear = jobs.mixed.empty();
-    for (const std::string& line : jobs.mixed) tools::complain(tool, line);
-    if (!jobs.no_full_digits.empty()) tell_source(result);
-    if (!jobs.no_forces.empty()) tools::complain(tool, jobs.no_forces + "; forces are left out");
-    return result;
-}
-
-outcome report_on(const sgn_derive::options& options) {
-    if (sgn_derive::is_job(options.reference)) return report_on_jobs(options);
-    tools::progress progress(STDERR_FILENO, options.files.size() + 1);
-    sgn::result_file reference{options.reference, sgn::read_sgn_file(options.reference)};
-    reference.input_numbers =
-        sgn::input_numbers_beside(reference.name, reference.contents.x.size());
-    std::vector<sgn::result_file> files;
-    for (const std::string& name : options.files) {
-        progress.at(files.size() + 1, "reading");
-        // A pattern like *.sgn stands for the reference too.
-        if (sgn::is_same_file(name, options.reference)) continue;
-        files.push_back({name, sgn::read_sgn_file(name)});
-    }
-    progress.at(options.files.size() + 1, "computing");
-    tools::tell_better_reference(tool, reference, files);
-    const sgn::no_full_digits none = sgn::add_full_digits(reference, files);
-    outcome result{sgn::analyse(reference, files, options.sum_rules)};
-    result.report.no_full_digits = none.reason;
-    result.report.surroundings = sgn::surroundings_beside(options.reference);
-    if (none.doubtful) tell_source(result);
-    return result;
+    const sgn::report_listener listener{
+        .progress = [&](std::size_t step, std::string_view what) { progress.at(step, what); },
+        .note = [](const std::string& line) { tools::complain(tool, line); }};
+    return sgn::report_on({options.reference, options.files, options.state, options.sum_rules},
+                          listener);
 }
 
 /// The energy of the reference, which no result file tells.
@@ -111,9 +62,9 @@ double energy_of(const sgn_derive::options& options, const sgn::report& report) 
 }
 
 /// The files of a state for FCclasses, and what is said of one that cannot be made.
-std::string add_fcc_files(const sgn_derive::options& options, const outcome& from,
+std::string add_fcc_files(const sgn_derive::options& options, const sgn::files_report& from,
                           std::vector<std::pair<std::string, std::string>>& results) {
-    const sgn::report& report = from.report;
+    const sgn::report& report = from.is;
     const sgn::displaced_set& set = report.set;
     const sgn::derivatives& of = report.derivatives;
     const sgn::fcc_names names = sgn::fcc_names_of(*options.fcc);
@@ -123,7 +74,7 @@ std::string add_fcc_files(const sgn_derive::options& options, const outcome& fro
     if (!set.has_moments) {
         return flib::printable(names.magnetic) +
                " is not written: it takes magnetic dipoles from the checkpoints of all jobs" +
-               (from.source_told ? "" : ", and " + report.no_full_digits);
+               (from.without_digits ? "" : ", and " + report.no_full_digits);
     }
     results.emplace_back(
         names.magnetic,
@@ -143,8 +94,8 @@ int run(std::span<const std::string_view> arguments) {
         tools::show(sgn_derive::text_of(judged, *options.judge, terminal));
         return status_of(judged.fine());
     }
-    const outcome found = report_on(options);
-    const sgn::report& report = found.report;
+    const sgn::files_report found = report_on(options);
+    const sgn::report& report = found.is;
 
     // All results are made before the first is written.
     std::vector<std::pair<std::string, std::string>> results;

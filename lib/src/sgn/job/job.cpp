@@ -296,6 +296,14 @@ job_files files_of(const std::string& checkpoint) {
             name + std::string(suffix::amplitudes)};
 }
 
+job_files files_beside(const std::string& checkpoint) {
+    job_files files = files_of(checkpoint);
+    const std::string directory = checkpoint.substr(0, checkpoint.rfind('/') + 1);
+    files.log.insert(0, directory);
+    files.dump.insert(0, directory);
+    return files;
+}
+
 job::job(job_files its_files, const job_counts& sizes, std::int32_t its_states)
     : files(std::move(its_files)),
       counts(sizes),
@@ -317,8 +325,7 @@ std::optional<flib::root_spin> job::spin_of(std::int32_t root) const {
     return spin[static_cast<std::size_t>(root) - 1];
 }
 
-job read_job(const std::string& checkpoint, const job* reference) {
-    const job_files files = files_of(checkpoint);
+job read_job(const job_files& files, const job* reference) {
     const std::array states{file_state(files.log), file_state(files.checkpoint),
                             file_state(files.dump)};
     require_kind(files.checkpoint, flib::tag::gaussian_fchk, "a formatted checkpoint");
@@ -358,6 +365,10 @@ job read_job(const std::string& checkpoint, const job* reference) {
     require_numbers(now);
     reading(files.dump, [&] { judge_amplitudes(now, layout); });
     return now;
+}
+
+job read_job(const std::string& checkpoint, const job* reference) {
+    return read_job(files_of(checkpoint), reference);
 }
 
 }  // namespace sgn

@@ -15,7 +15,7 @@
 
 namespace sgn {
 
-/// A job's name and files: the checkpoint as given, log and dump in the working directory.
+/// A job's name and files.
 struct job_files {
     std::string name;  ///< of the checkpoint, without directory and last extension
     std::string checkpoint;
@@ -23,8 +23,12 @@ struct job_files {
     std::string dump;
 };
 
-/// The files of the job with this checkpoint. Throws flib::run_error if its name is blank.
+/// The files of the job with this checkpoint, which stays as given: log and dump in the working
+/// directory, as stigruz looks for them. Throws flib::run_error if its name is blank.
 job_files files_of(const std::string& checkpoint);
+
+/// The same with log and dump in the directory of the checkpoint.
+job_files files_beside(const std::string& checkpoint);
 
 /// What a job's files hold of its states: of all roots those that converged and that the log
 /// prints.
@@ -58,12 +62,15 @@ struct job {
     flib::matrix<double> full_x;
 };
 
-/// Reads the job with this checkpoint. Throws flib::run_error, which names the file, if one of its
+/// Reads the job with these files. Throws flib::run_error, which names the file, if one of its
 /// files is of another kind, cannot be read or changes meanwhile, and if overlaps make no sense
 /// with what it holds: a dump of another record or with fewer roots than the log has states, counts
 /// that contradict each other, numbers that are not finite, amplitudes that are not normalised as
 /// amplitudes are, a root that is neither a singlet nor a triplet. With a `reference`, the job must
 /// also have its atoms and sizes; only the numbers of states and roots may be others.
+job read_job(const job_files& files, const job* reference = nullptr);
+
+/// The same of files_of() a checkpoint.
 job read_job(const std::string& checkpoint, const job* reference = nullptr);
 
 }  // namespace sgn

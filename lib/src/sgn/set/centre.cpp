@@ -61,4 +61,13 @@ std::optional<std::size_t> better_reference(const result_file& reference,
     return nearest - 1;
 }
 
+std::string better_reference_text(const result_file& reference,
+                                  std::span<const result_file> files) {
+    const auto better = better_reference(reference, files);
+    if (!better) return {};
+    return flib::printable(reference.name) +
+           " does not look like the reference: " + flib::printable(files[*better].name) +
+           " does, the other files lie in pairs around it. The reference comes first.";
+}
+
 }  // namespace sgn

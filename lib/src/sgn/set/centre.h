@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <optional>
 #include <span>
+#include <string>
 
 #include "sgn/set/displaced_set.h"
 
@@ -15,5 +16,8 @@ namespace sgn {
 /// is wrong with the files.
 std::optional<std::size_t> better_reference(const result_file& reference,
                                             std::span<const result_file> files);
+
+/// The same in words, which name both files; empty if there is none.
+std::string better_reference_text(const result_file& reference, std::span<const result_file> files);
 
 }  // namespace sgn

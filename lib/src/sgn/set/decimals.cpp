@@ -10,7 +10,7 @@ namespace {
 
 /// As many as a result file gives of a number below 1.
 constexpr std::array powers{1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10};
-constexpr int most = static_cast<int>(powers.size()) - 1;
+static_assert(powers.size() == most_decimals + 1);
 
 /// So many different values do not end in zeros by chance.
 constexpr std::size_t enough = 8;
@@ -26,7 +26,7 @@ void decimals_seen::look_at(double value) {
     const double magnitude = std::abs(value);
     if (magnitude == 0) return;
     if (magnitudes_.size() < enough) magnitudes_.insert(magnitude);
-    while (needed_ < most && !has_decimals(magnitude, needed_)) ++needed_;
+    while (needed_ < most_decimals && !has_decimals(magnitude, needed_)) ++needed_;
 }
 
 int decimals_seen::decimals() const {

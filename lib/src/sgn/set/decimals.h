@@ -21,6 +21,9 @@ class decimals_seen {
     std::set<double> magnitudes_;  // some of them
 };
 
+/// More are not looked for.
+inline constexpr int most_decimals = 10;
+
 /// The standard deviation of what rounding to so many decimals adds.
 double rounding_error(int decimals);
 

@@ -16,7 +16,6 @@ namespace {
 
 constexpr int usual_dipole_decimals = 4;
 constexpr int usual_force_decimals = 9;
-constexpr int most_decimals = 10;
 
 [[noreturn]] void fail(const result_file& file, std::string_view message) {
     throw flib::io_error(file.name, 0, message);

@@ -31,14 +31,19 @@ bool is_checkpoint(const std::string& name) {
     }
 }
 
-/// Why a checkpoint cannot be a job beside the others, of which `first` is the one of each name.
-/// Jobs of one name share their log and dump, so only one of them is whole.
-std::exception_ptr refusal_of(const std::string& checkpoint,
+/// What no two jobs may share: log and dump, of which one job at most is whole, or the names of
+/// their result files.
+const std::string& key_of(const job_files& files, const follow_options& how) {
+    return how.write ? files.name : files.log;
+}
+
+/// Why a checkpoint cannot be a job beside the others, of which `first` is the one of each key.
+std::exception_ptr refusal_of(const std::string& checkpoint, const follow_options& how,
                               std::map<std::string, std::string>& first) {
     try {
-        const std::string name = files_of(checkpoint).name;
+        const job_files files = how.find(checkpoint);
         if (!is_checkpoint(checkpoint)) return {};
-        const std::string& known = first.try_emplace(name, checkpoint).first->second;
+        const std::string& known = first.try_emplace(key_of(files, how), checkpoint).first->second;
         if (is_same_file(known, checkpoint)) return {};
         throw flib::io_error(
             checkpoint, 0,
@@ -50,8 +55,8 @@ std::exception_ptr refusal_of(const std::string& checkpoint,
 
 /// The jobs to be done, each once.
 std::vector<job_result> jobs_of(std::span<const std::string> checkpoints,
-                                const job_files& reference) {
-    std::map<std::string, std::string> first{{reference.name, reference.checkpoint}};
+                                const job_files& reference, const follow_options& how) {
+    std::map<std::string, std::string> first{{key_of(reference, how), reference.checkpoint}};
     std::map<std::string, std::vector<std::string>> listed;  // by name
     std::vector<job_result> jobs;
     for (const std::string& checkpoint : checkpoints) {
@@ -62,8 +67,9 @@ std::vector<job_result> jobs_of(std::span<const std::string> checkpoints,
         };
         if (std::ranges::any_of(others, is_this)) continue;
         others.push_back(checkpoint);
-        jobs.push_back(
-            {.checkpoint = checkpoint, .name = name, .failure = refusal_of(checkpoint, first)});
+        jobs.push_back({.checkpoint = checkpoint,
+                        .name = name,
+                        .failure = refusal_of(checkpoint, how, first)});
     }
     return jobs;
 }
@@ -94,7 +100,7 @@ void require_forces(const job& of) {
 }
 
 void follow_into(job_result& result, const reference_set& reference, const follow_options& how) {
-    const job now = read_job(result.checkpoint, &reference.reference);
+    const job now = read_job(how.find(result.checkpoint), &reference.reference);
     followed_job followed = follow(reference, now, how.limits);
     if (how.write) require_forces(now);
     if (how.keep || how.write) {
@@ -146,7 +152,7 @@ std::string job_result::reason() const {
 std::vector<job_result> follow_jobs(const reference_set& reference,
                                     std::span<const std::string> checkpoints,
                                     const follow_options& how, const follow_progress& tell) {
-    std::vector<job_result> jobs = jobs_of(checkpoints, reference.reference.files);
+    std::vector<job_result> jobs = jobs_of(checkpoints, reference.reference.files, how);
     if (how.write) {
         require_free_names(reference, jobs);
         require_forces(reference.reference);

@@ -22,6 +22,8 @@ struct follow_options {
     /// dipoles of the checkpoints if all jobs have them, else with those of the logs.
     bool write = false;
     std::int32_t workers = 1;  ///< jobs at a time
+    /// Where the log and the dump of a checkpoint are: files_of or files_beside.
+    job_files (*find)(const std::string& checkpoint) = files_of;
 };
 
 /// A job, or why there is nothing to say of it.

@@ -40,7 +40,7 @@ std::string without_forces(const std::string& checkpoint, const std::string& non
 job_set set_of_jobs(const std::string& reference, std::span<const std::string> checkpoints,
                     std::optional<std::int32_t> state, const follow_options& how,
                     const follow_progress& tell) {
-    job first = read_job(reference);
+    job first = read_job(how.find(reference));
     job_set made;
     made.state = wanted_state(first, state);
     const reference_set from = prepare(std::move(first), std::array{made.state});

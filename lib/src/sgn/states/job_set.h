@@ -26,9 +26,8 @@ struct job_set {
     std::vector<std::string> mixed;  ///< a line for each job in which the state is mixed
 };
 
-/// Reads the jobs with these checkpoints, their logs and dumps in the working directory, and
-/// follows `state` of the reference into all of them; without, the state that the reference was run
-/// for. A job given twice, and the reference among the jobs, count once. Throws flib::run_error,
+/// Reads the jobs with these checkpoints and follows `state` of the reference into all of them;
+/// without, the state that the reference was run for. A job given twice, and the reference among the jobs, count once. Throws flib::run_error,
 /// which names the file, if a job cannot be read or no root of it continues the state.
 job_set set_of_jobs(const std::string& reference, std::span<const std::string> checkpoints,
                     std::optional<std::int32_t> state, const follow_options& how = {},

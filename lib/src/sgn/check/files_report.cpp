@@ -1,0 +1,80 @@
+#include "sgn/check/files_report.h"
+
+#include <utility>
+
+#include "sgn/job/same_file.h"
+#include "sgn/result/sgn_file.h"
+#include "sgn/set/centre.h"
+#include "sgn/set/input_numbers.h"
+#include "sgn/set/set_moments.h"
+#include "sgn/set/surroundings.h"
+#include "sgn/states/job_set.h"
+
+namespace sgn {
+namespace {
+
+report report_on_results(result_file& reference, const std::vector<result_file>& files,
+                         bool sum_rules) {
+    reference.input_numbers = input_numbers_beside(reference.name, reference.contents.x.size());
+    report result = analyse(reference, files, sum_rules);
+    result.surroundings = surroundings_beside(reference.name);
+    return result;
+}
+
+/// Notes that checkpoints do not count, though they are there.
+void note_source(files_report& of, const report_listener& listener) {
+    listener.note(of.is.no_full_digits + "; the dipoles are those of the " +
+                  std::string(source_of_dipoles(of.is.set)));
+    of.without_digits = true;
+    of.clear = false;
+}
+
+files_report report_on_jobs(const set_files& wanted, const report_listener& listener) {
+    const auto tell = [&](std::size_t done, std::size_t) { listener.progress(done, "jobs read:"); };
+    job_set jobs =
+        set_of_jobs(wanted.reference, wanted.files, wanted.state, {.find = wanted.find}, tell);
+    listener.progress(wanted.files.size() + 1, "computing");
+    files_report result{report_on_results(jobs.reference, jobs.files, wanted.sum_rules)};
+    for (const std::string& line : jobs.mixed) listener.note(line);
+    result.clear = jobs.mixed.empty();
+    result.is.no_full_digits = jobs.no_full_digits;
+    if (!jobs.no_full_digits.empty()) note_source(result, listener);
+    if (!jobs.no_forces.empty()) listener.note(jobs.no_forces + "; forces are left out");
+    return result;
+}
+
+files_report report_on_result_files(const set_files& wanted, const report_listener& listener) {
+    result_file reference{wanted.reference, read_sgn_file(wanted.reference)};
+    std::vector<result_file> files;
+    for (const std::string& name : wanted.files) {
+        listener.progress(files.size() + 1, "reading");
+        // A pattern like *.sgn stands for the reference too.
+        if (is_same_file(name, wanted.reference)) continue;
+        files.push_back({name, read_sgn_file(name)});
+    }
+    listener.progress(wanted.files.size() + 1, "computing");
+    if (const std::string line = better_reference_text(reference, files); !line.empty()) {
+        listener.note(line);
+    }
+    const no_full_digits none = add_full_digits(reference, files);
+    files_report result{report_on_results(reference, files, wanted.sum_rules)};
+    result.is.no_full_digits = none.reason;
+    if (none.doubtful) note_source(result, listener);
+    return result;
+}
+
+}  // namespace
+
+bool is_job(std::string_view name) {
+    return name.ends_with(".fchk");
+}
+
+files_report report_on(const set_files& wanted, const report_listener& listener) {
+    report_listener all = listener;
+    if (!all.progress) all.progress = [](std::size_t, std::string_view) {};
+    if (!all.note) all.note = [](const std::string&) {};
+    return is_job(wanted.reference) ? report_on_jobs(wanted, all)
+                                    : report_on_result_files(wanted, all);
+}
+
+}  // namespace sgn
