@@ -127,6 +127,37 @@ TEST_F(DeriveJobs, AreAsGoodAsResultFilesBesideCheckpoints) {
     EXPECT_EQ(numbers(scratch_.path() / "jobs.json"), numbers(sets::water_directory() / "d.json"));
 }
 
+TEST_F(DeriveJobs, ShowsAllMomentsWhenAsked) {
+    const auto told = derive({"--moments", "--units=angstrom", "--csv=d.csv"});
+    for (const char* line :
+         {"\nDerivatives of the velocity dipole (au, by Angstrom)\n\n   Atom             x         "
+          " y  "
+          "        z          +-\n    1 O  x   0.000000   0.000000  -0.427754  ",
+          "\n    2 H  y   0.000000  -0.431309  -0.917019  ",
+          "\n   moment    0.000000  -0.107078   0.000000\n",
+          "\n   Atom           xx        yy        zz        xy        xz        yz       +-\n",
+          "\n    2 H  x   0.15685  -0.00001  -0.08747   0.00000   0.00000   0.03396  "}) {
+        EXPECT_THAT(told.output, HasSubstr(line));
+    }
+    EXPECT_THAT(derive({}).output, testing::Not(HasSubstr("Derivatives of the velocity")));
+    const std::string table = contents_of(scratch_.path() / "d.csv");
+    EXPECT_THAT(table, HasSubstr("dz,uncertainty,velocity_x,velocity_y,velocity_z,magnetic_x,"));
+    EXPECT_EQ(std::ranges::count(table, ','), 10 * 19);
+    EXPECT_THAT(table, HasSubstr("\n2,2,H,y,"));
+    const auto fields = table.substr(table.find("\n2,2,H,y,"));
+    EXPECT_THAT(fields, HasSubstr(",-0.228239"));
+    fs::copy(sets::water_directory() / "h2o_ref.sgn", scratch_.path());
+    words files{"--moments", "h2o_ref.sgn"};
+    for (const std::string& job : jobs_) {
+        files.push_back(job.substr(0, job.size() - 4) + "sgn");
+        fs::copy(sets::water_directory() / files.back(), scratch_.path());
+    }
+    fs::remove(scratch_.path() / "h2o_01xm.fchk");
+    EXPECT_THAT(support::run({"sgn_derive", files, scratch_.path()}).output,
+                HasSubstr("\nThere are no derivatives of velocity and magnetic moments: the result "
+                          "files do not\ntell them.\n"));
+}
+
 TEST_F(DeriveJobs, FollowsTheStateAskedFor) {
     const auto second = derive({"--state=2", "--json=d.json"});
     EXPECT_EQ(second.status, 0);

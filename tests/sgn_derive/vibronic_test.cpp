@@ -126,6 +126,67 @@ TEST_F(Vibronic, FilesOfAStateAreThoseOfTheCheckpoint) {
     }
 }
 
+/// The numbers of --fcc, --fchk and --json are the same, whoever reads them.
+TEST_F(Vibronic, AllMomentsAreThoseOfTheCheckpoint) {
+    EXPECT_EQ(
+        derive({"--fcc=w", "--fchk=s.fchk", "--template=h2o_ref.fchk", "--json=d.json"}).status, 0);
+    const auto json = nlohmann::json::parse(text_of("d.json"));
+    const auto written = flib::qm_file_state_moments(path("s.fchk"));
+    const auto reference = flib::qm_file_state_moments(path("h2o_ref.fchk"));
+    ASSERT_TRUE(written && written->derivatives && reference);
+    EXPECT_EQ(written->states, 1);
+    using rows = flib::moment_rows;
+    const struct {
+        std::vector<double> rows::*moment;
+        const char* key;
+        const char* by_mode;
+        std::string file;
+    } cases[] = {
+        {&rows::dipole, "/dipole_derivatives", "dipole_derivative", "eldip_w"},
+        {&rows::velocity_dipole, "/velocity_dipole_derivatives/values",
+         "velocity_dipole_derivative", ""},
+        {&rows::magnetic_dipole, "/magnetic_dipole_derivatives/values",
+         "magnetic_dipole_derivative", "magdip_w"},
+        {&rows::velocity_quadrupole, "/velocity_quadrupole_derivatives/values",
+         "velocity_quadrupole_derivative", ""},
+    };
+    for (const auto& [moment, key, by_mode, file] : cases) {
+        const std::vector<double>& of_reference = written->of_states.*moment;
+        const std::vector<double>& derivatives = *written->derivatives.*moment;
+        const std::size_t components = of_reference.size();
+        ASSERT_EQ(derivatives.size(), 9 * components) << key;
+        const auto& values = json.at(nlohmann::json::json_pointer(key));
+        std::vector<double> shown;
+        for (const auto& row : values) shown.insert(shown.end(), row.begin(), row.end());
+        ASSERT_EQ(shown.size(), derivatives.size()) << key;
+        for (std::size_t k = 0; k < components; ++k) {
+            EXPECT_NEAR(of_reference[k], (reference->of_states.*moment)[k], 1e-12) << key << k;
+        }
+        for (std::size_t i = 0; i < shown.size(); ++i) {
+            EXPECT_NEAR(derivatives[i], shown[i], 1e-8) << key << i;
+        }
+        EXPECT_EQ(json["modes"][2][by_mode].size(), components);
+        EXPECT_EQ(json["modes"][2][std::string(by_mode) + "_q"].size(), components);
+        if (file.empty()) continue;
+        const std::vector<double> numbers = numbers_of(text_of(file));
+        ASSERT_EQ(numbers.size(), 6U + 27U);
+        for (std::size_t i = 0; i < 27; ++i) EXPECT_NEAR(numbers[6 + i], derivatives[i], 1e-8);
+    }
+    // By the third mode, as its displacements have it.
+    const auto& by_mode = json["modes"][2]["magnetic_dipole_derivative"];
+    double expected = 0;
+    for (std::size_t c = 0; c < 9; ++c) {
+        expected += double(json["magnetic_dipole_derivatives"]["values"][c][1]) *
+                    double(json["modes"][2]["displacement"][c / 3][c % 3]) /
+                    std::sqrt(double(json["modes"][2]["reduced_mass"]) * 1822.888486);
+    }
+    EXPECT_NEAR(by_mode[1], expected, 1e-12);
+    const double ratio = double(json["modes"][2]["dipole_derivative_q"][0]) /
+                         double(json["modes"][2]["dipole_derivative"][0]);
+    EXPECT_NEAR(json["modes"][2]["magnetic_dipole_derivative_q"][1], ratio * expected, 1e-12);
+    EXPECT_GT(std::abs(expected), 1e-4);
+}
+
 /// Magnetic dipoles of the example, of the files as they are.
 TEST_F(Vibronic, MagneticDipoleTurnsRoundWithTheSign) {
     EXPECT_EQ(derive({"--fcc=water"}).status, 0);

@@ -37,13 +37,25 @@ json_value file_of(const sgn::report& of, std::size_t at) {
     return result;
 }
 
-json_value mode_of(const sgn::normal_mode& mode) {
-    return {{"wavenumber", mode.wavenumber},
-            {"reduced_mass", mode.reduced_mass},
-            {"displacement", mode.displacement},
-            {"dipole_derivative", mode.dipole_derivative},
-            {"dipole_derivative_q", mode.dipole_derivative_q},
-            {"borrowed", mode.borrowed}};
+json_value mode_of(const sgn::report& of, const sgn::normal_mode& mode) {
+    json_value result{{"wavenumber", mode.wavenumber},
+                      {"reduced_mass", mode.reduced_mass},
+                      {"displacement", mode.displacement},
+                      {"dipole_derivative", mode.dipole_derivative},
+                      {"dipole_derivative_q", mode.dipole_derivative_q},
+                      {"borrowed", mode.borrowed}};
+    for (const auto& [name, derivatives] : sgn::other_derivatives(of.derivatives)) {
+        const std::string key = std::string(name) + "_derivative";
+        if (derivatives->values.rows == 0) {
+            result[key] = result[key + "_q"] = nullptr;
+            continue;
+        }
+        std::vector<double> values = by_mode(mode, derivatives->values);
+        result[key] = values;
+        for (double& each : values) each *= dimensionless_factor(mode);
+        result[key + "_q"] = values;
+    }
+    return result;
 }
 
 /// Of the transition that the dipole belongs to; null if no checkpoint tells.
@@ -100,16 +112,16 @@ std::string json_of(const sgn::report& of) {
     }
     result["dipole_step_error"] = of.derivatives.dipole_step_error;
     result["dipole_step_errors"] = json_of(of.derivatives.dipole_step);
-    result["velocity_dipole_derivatives"] = json_of(of.derivatives.velocity_dipole);
-    result["magnetic_dipole_derivatives"] = json_of(of.derivatives.magnetic_dipole);
-    result["velocity_quadrupole_derivatives"] = json_of(of.derivatives.velocity_quadrupole);
+    for (const auto& [name, derivatives] : sgn::other_derivatives(of.derivatives)) {
+        result[std::string(name) + "_derivatives"] = json_of(*derivatives);
+    }
     result["forces"] = set.jobs.front().forces;
     result["force_constants"] = json_of(of.force_constants);
     result["force_constants_asymmetry"] = of.asymmetry;
     result["force_step_error"] = of.derivatives.force_step_error;
     result["stationary"] = of.stationary();
     json_value& modes = result["modes"] = json_value::array();
-    for (const sgn::normal_mode& each : of.modes) modes.push_back(mode_of(each));
+    for (const sgn::normal_mode& each : of.modes) modes.push_back(mode_of(of, each));
 
     result["excitation"] = excitation_of(of);
     result["surroundings"] = of.surroundings;

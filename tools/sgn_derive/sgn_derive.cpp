@@ -122,7 +122,7 @@ int run(std::span<const std::string_view> arguments) {
         streamed = streamed || name == "-";
     }
     if (!not_written.empty()) tools::complain(tool, not_written);
-    if (!streamed) tools::show(sgn_derive::text_of(report, terminal, options.by_angstrom));
+    if (!streamed) tools::show(sgn_derive::text_of(report, terminal, options.shown_derivatives));
     return status_of(report.fine() && found.clear);
 }
 

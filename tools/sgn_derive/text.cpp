@@ -142,6 +142,59 @@ std::string dipole_text(const sgn::report& of, const tools::terminal& on, bool b
     return text + "\n";
 }
 
+/// The table of a moment with these components; `reference` has that of the reference.
+std::string moment_table(const sgn::report& of, const sgn::moment_derivatives& derivatives,
+                         std::span<const std::string_view> components,
+                         std::span<const double> reference, bool by_angstrom) {
+    // Six columns fit a terminal with a digit less.
+    const bool narrow = components.size() > 3;
+    const int width = narrow ? 10 : 11;
+    const int last_width = narrow ? 9 : 12;
+    const int decimals = narrow ? 5 : 6;
+    const double step = by_angstrom ? flib::bohr_radius : 1;
+    std::string text = "\n   Atom   ";
+    for (const std::string_view each : components) text += flib::text_field(each, width);
+    text += flib::text_field("+-", last_width) + '\n';
+    for (std::size_t c = 0; c < derivatives.values.rows; ++c) {
+        text += coordinate_text(of, c);
+        for (const double value : derivatives.values.row(c)) {
+            text += number(value / step, width, decimals);
+        }
+        const double uncertainty =
+            std::hypot(derivatives.rounding[c], std::ranges::max(derivatives.step.row(c)));
+        text += number(uncertainty / step, last_width, decimals);
+        if (c % 3 == 0) text += place_text(of.set.atoms[c / 3], c / 3);
+        text += '\n';
+    }
+    text += "   moment ";
+    for (const double value : reference) text += number(value, width, decimals);
+    return text + '\n';
+}
+
+/// The derivatives of the moments that only checkpoints tell.
+std::string moments_text(const sgn::report& of, const tools::terminal& on, bool by_angstrom) {
+    const auto& moments = of.set.jobs.front().moments;
+    if (!moments) {
+        return '\n' + paragraph("There are no derivatives of velocity and magnetic moments: the " +
+                                    std::string(source_of_dipoles(of.set)) + " do not tell them.",
+                                on);
+    }
+    static constexpr std::string_view axes[] = {"x", "y", "z"};
+    static constexpr std::string_view products[] = {"xx", "yy", "zz", "xy", "xz", "yz"};
+    const auto& d = of.derivatives;
+    const auto table = [&](const std::string& name, const sgn::moment_derivatives& derivatives,
+                           std::span<const std::string_view> components,
+                           std::span<const double> reference) {
+        const char* const unit = by_angstrom ? " (au, by Angstrom)" : " (au, by Bohr)";
+        return '\n' + paragraph("Derivatives of the " + name + unit, on) +
+               moment_table(of, derivatives, components, reference, by_angstrom);
+    };
+    return table("velocity dipole", d.velocity_dipole, axes, moments->velocity_dipole) +
+           table("magnetic dipole", d.magnetic_dipole, axes, moments->magnetic_dipole) +
+           table("velocity quadrupole", d.velocity_quadrupole, products,
+                 moments->velocity_quadrupole);
+}
+
 std::string rule_line(const char* name, const sum_rules& rules, const tools::terminal& on) {
     if (!rules.judged) {
         return "   " + left(name, 9) + painted("not judged", paint::bad, on) + ": " +
@@ -284,8 +337,10 @@ std::string residues_text(const sum_rules& rules, std::string_view of_what,
     return text;
 }
 
-std::string text_of(const sgn::report& of, const tools::terminal& on, bool by_angstrom) {
-    std::string text = what_it_is(of, on) + source_text(of, on) + dipole_text(of, on, by_angstrom) +
+std::string text_of(const sgn::report& of, const tools::terminal& on, const shown_as& how) {
+    std::string text = what_it_is(of, on) + source_text(of, on) +
+                       dipole_text(of, on, how.by_angstrom) +
+                       (how.moments ? moments_text(of, on, how.by_angstrom) : std::string()) +
                        rules_text(of.dipole_rules, of.force_rules, on) + moment_rules_text(of, on) +
                        surroundings_text(of, on);
     if (of.suspects.flips.empty()) {
