@@ -33,8 +33,8 @@ names_of() {
 # select_jobs REFERENCE [JOB...]: puts the names of the set's jobs into the array `jobs`, in order and
 # without the reference. A JOB is a name, a pattern in quotes, or @FILE with a name on each line.
 # Without any, the set is
-# - of a reference SET_ref what sgn_displace calls its jobs (SET_01xp, ...) if there are such, whether
-#   their logs are there or not; other logs go into the array `passed_over`;
+# - of a reference SET_ref what sgn_displace calls its jobs (SET_01xp, or SET_01xp10000 of several
+#   steps) if there are such, whether their logs are there or not; other logs go into the array `passed_over`;
 # - else everything in the directory that has a log or a dump.
 select_jobs() {
     local reference=$1 each name found all set
@@ -70,7 +70,7 @@ select_jobs() {
         set=${reference%_ref}
         if [ "$set" != "$reference" ]; then
             while IFS= read -r name; do
-                if [[ ${name#"$set"} =~ ^_[0-9]+[xyz][pm]$ && $name == "$set"_* ]]; then
+                if [[ ${name#"$set"} =~ ^_[0-9]+[xyz][pm]([0-9]{5,6})?$ && $name == "$set"_* ]]; then
                     jobs+=("$name")
                 fi
             done < <(names_of log cis fchk gjf)

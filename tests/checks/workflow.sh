@@ -112,6 +112,16 @@ if [ -x "$build/tools/sgn_displace" ]; then
     expect_text "  h2o_02zm: there is no h2o_02zm.log"
 fi
 
+# Jobs of several steps, with those of one among them; and one command straight on the jobs.
+new_set steps
+for file in h2o_0[12]*; do mv "$file" "${file%.*}10000.${file##*.}"; done
+PATH=$build/tools:$PATH expect 0 0 0 0 sgn_derive h2o_ref.fchk h2o_0*.fchk
+expect_text "All 19 files are fine: no sign is wrong."
+expect 0 19 0 0 "$workflow/loop.sh" h2o_ref
+expect_text "[1/18] h2o_01xm10000: done"
+expect_text "18 jobs: 18 finished, 0 not"
+expect_no_text "passed over"
+
 # What can be wrong with a job, one by one; reports name every reason.
 new_set broken 01xm 01xp 02yp 02ym
 rm h2o_01xm.fchk

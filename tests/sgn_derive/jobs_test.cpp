@@ -3,7 +3,7 @@
 
 #include <nlohmann/json.hpp>
 
-#include "support/support.h"
+#include "sets.h"
 
 namespace {
 
@@ -114,6 +114,50 @@ TEST_F(DeriveJobs, JudgesTheSumsOfAllMoments) {
     EXPECT_THAT(unwanted.output, HasSubstr("   magnetic not judged: sum rules are not wanted\n"));
 }
 
+TEST_F(DeriveJobs, AreAsGoodAsResultFilesBesideCheckpoints) {
+    const auto numbers = [&](const std::string& file) {
+        auto json = nlohmann::json::parse(contents_of(file));
+        for (const char* of_files : {"reference", "files"}) json.erase(of_files);
+        return json;
+    };
+    derive({"--json=jobs.json"});
+    words files{"--json=d.json", "h2o_ref.sgn"};
+    for (const std::string& job : jobs_) files.push_back(job.substr(0, job.size() - 4) + "sgn");
+    EXPECT_EQ(support::run({"sgn_derive", files, sets::water_directory()}).status, 0);
+    EXPECT_EQ(numbers(scratch_.path() / "jobs.json"), numbers(sets::water_directory() / "d.json"));
+}
+
+TEST_F(DeriveJobs, ShowsAllMomentsWhenAsked) {
+    const auto told = derive({"--moments", "--units=angstrom", "--csv=d.csv"});
+    for (const char* line :
+         {"\nDerivatives of the velocity dipole (au, by Angstrom)\n\n   Atom             x         "
+          " y  "
+          "        z          +-\n    1 O  x   0.000000   0.000000  -0.427754  ",
+          "\n    2 H  y   0.000000  -0.431309  -0.917019  ",
+          "\n   moment    0.000000  -0.107078   0.000000\n",
+          "\n   Atom           xx        yy        zz        xy        xz        yz       +-\n",
+          "\n    2 H  x   0.15685  -0.00001  -0.08747   0.00000   0.00000   0.03396  "}) {
+        EXPECT_THAT(told.output, HasSubstr(line));
+    }
+    EXPECT_THAT(derive({}).output, testing::Not(HasSubstr("Derivatives of the velocity")));
+    const std::string table = contents_of(scratch_.path() / "d.csv");
+    EXPECT_THAT(table, HasSubstr("dz,uncertainty,velocity_x,velocity_y,velocity_z,magnetic_x,"));
+    EXPECT_EQ(std::ranges::count(table, ','), 10 * 19);
+    EXPECT_THAT(table, HasSubstr("\n2,2,H,y,"));
+    const auto fields = table.substr(table.find("\n2,2,H,y,"));
+    EXPECT_THAT(fields, HasSubstr(",-0.228239"));
+    fs::copy(sets::water_directory() / "h2o_ref.sgn", scratch_.path());
+    words files{"--moments", "h2o_ref.sgn"};
+    for (const std::string& job : jobs_) {
+        files.push_back(job.substr(0, job.size() - 4) + "sgn");
+        fs::copy(sets::water_directory() / files.back(), scratch_.path());
+    }
+    fs::remove(scratch_.path() / "h2o_01xm.fchk");
+    EXPECT_THAT(support::run({"sgn_derive", files, scratch_.path()}).output,
+                HasSubstr("\nThere are no derivatives of velocity and magnetic moments: the result "
+                          "files do not\ntell them.\n"));
+}
+
 TEST_F(DeriveJobs, FollowsTheStateAskedFor) {
     const auto second = derive({"--state=2", "--json=d.json"});
     EXPECT_EQ(second.status, 0);
@@ -132,7 +176,8 @@ TEST_F(DeriveJobs, SaysWhatIsWrongWithAJob) {
     // Another dipole than the log's: all dipoles are those of the logs. Behind the energy, the
     // first of the numbers is the dipole's x.
     const std::string path = scratch_.path() / "h2o_01xm.fchk";
-    std::string contents = contents_of(path);
+    const std::string right = contents_of(path);
+    std::string contents = right;
     const std::size_t heading = contents.find("ETran state values");
     ASSERT_NE(heading, contents.npos);
     contents.replace(contents.find('\n', heading) + 1 + 16, 16, "  1.00000000E+00");
@@ -144,6 +189,11 @@ TEST_F(DeriveJobs, SaysWhatIsWrongWithAJob) {
         "sgn_derive: h2o_01xm.fchk: has a transition dipole of state 1 that does not round to "
         "that of h2o_01xm.log: they are not of one run; the dipoles are those of the logs\n");
     EXPECT_THAT(printed.output, HasSubstr("dipoles to 4 decimals"));
+    // Those of another geometry.
+    write_file(path, support::replaced(right, "  2.22987683E-01", "  2.41884943E-01"));
+    EXPECT_EQ(derive({}).errors,
+              "sgn_derive: h2o_01xm.fchk: has coordinates that are 0.0100 Angstrom from those of "
+              "h2o_01xm.log: they are not of one run; the dipoles are those of the logs\n");
     fs::remove(scratch_.path() / "h2o_01xm.cis");
     const auto missing = derive({});
     EXPECT_EQ(std::to_string(missing.status) + missing.output, "2");

@@ -21,7 +21,13 @@ void add(std::vector<std::string>& fields, const Vector& values) {
 }  // namespace
 
 std::string derivatives_csv(const sgn::report& of) {
-    std::string text = "atom,input,symbol,axis,dx,dy,dz,uncertainty\r\n";
+    std::string text = "atom,input,symbol,axis,dx,dy,dz,uncertainty";
+    if (of.set.has_moments) {
+        text +=
+            ",velocity_x,velocity_y,velocity_z,magnetic_x,magnetic_y,magnetic_z,"
+            "quadrupole_xx,quadrupole_yy,quadrupole_zz,quadrupole_xy,quadrupole_xz,quadrupole_yz";
+    }
+    text += "\r\n";
     const auto& d = of.derivatives;
     for (std::size_t c = 0; c < d.dipole.rows; ++c) {
         std::vector<std::string> fields{
@@ -29,6 +35,9 @@ std::string derivatives_csv(const sgn::report& of) {
             flib::printable(of.set.atoms[c / 3].symbol), std::string(1, sgn::axis_names[c % 3])};
         add(fields, d.dipole.row(c));
         fields.push_back(csv_real(std::ranges::max(of.uncertainties.total.row(c))));
+        for (const auto& [name, derivatives] : other_derivatives(d)) {
+            if (of.set.has_moments) add(fields, derivatives->values.row(c));
+        }
         text += tools::csv_line(fields);
     }
     return text;

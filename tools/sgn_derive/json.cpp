@@ -7,6 +7,7 @@
 #include "common/json_text.h"
 #include "common/set_json.h"
 #include "sgn/set/input_numbers.h"
+#include "sgn/set/set_moments.h"
 
 namespace sgn_derive {
 namespace {
@@ -36,22 +37,34 @@ json_value file_of(const sgn::report& of, std::size_t at) {
     return result;
 }
 
-json_value mode_of(const sgn::normal_mode& mode) {
-    return {{"wavenumber", mode.wavenumber},
-            {"reduced_mass", mode.reduced_mass},
-            {"displacement", mode.displacement},
-            {"dipole_derivative", mode.dipole_derivative},
-            {"dipole_derivative_q", mode.dipole_derivative_q},
-            {"borrowed", mode.borrowed}};
+json_value mode_of(const sgn::report& of, const sgn::normal_mode& mode) {
+    json_value result{{"wavenumber", mode.wavenumber},
+                      {"reduced_mass", mode.reduced_mass},
+                      {"displacement", mode.displacement},
+                      {"dipole_derivative", mode.dipole_derivative},
+                      {"dipole_derivative_q", mode.dipole_derivative_q},
+                      {"borrowed", mode.borrowed}};
+    for (const auto& [name, derivatives] : sgn::other_derivatives(of.derivatives)) {
+        const std::string key = std::string(name) + "_derivative";
+        if (derivatives->values.rows == 0) {
+            result[key] = result[key + "_q"] = nullptr;
+            continue;
+        }
+        std::vector<double> values = by_mode(mode, derivatives->values);
+        result[key] = values;
+        for (double& each : values) each *= dimensionless_factor(mode);
+        result[key + "_q"] = values;
+    }
+    return result;
 }
 
 /// Of the transition that the dipole belongs to; null if no checkpoint tells.
 json_value excitation_of(const sgn::report& of) {
-    if (of.moments.jobs.empty()) return nullptr;
-    const sgn::job_moments& reference = of.moments.jobs.front();
-    const std::vector<double> gradient = excitation_gradient(of.moments, of.derivatives);
-    json_value result{{"state", reference.state}, {"state_of_forces", reference.target}};
-    result["energy"] = reference.excitation ? json_value(*reference.excitation) : nullptr;
+    const auto& reference = of.set.jobs.front().excited;
+    if (!reference) return nullptr;
+    const std::vector<double> gradient = excitation_gradient(of.set, of.derivatives);
+    json_value result{{"state", reference->state}, {"state_of_forces", reference->target}};
+    result["energy"] = reference->energy ? json_value(*reference->energy) : nullptr;
     std::vector<sgn::vec3> by_atom;
     for (std::size_t c = 0; c < gradient.size(); c += 3) {
         by_atom.push_back({gradient[c], gradient[c + 1], gradient[c + 2]});
@@ -87,7 +100,10 @@ std::string json_of(const sgn::report& of) {
                          {"input", number_of(each, i)}});
     }
     result["step"] = {{"smallest", set.smallest_step}, {"largest", set.largest_step}};
-    result["decimals"] = {{"dipole", set.dipole_decimals}, {"forces", set.force_decimals}};
+    result["decimals"] = {{"dipole", set.dipole_decimals},
+                          {"forces", set.force_decimals},
+                          {"coordinates", set.coordinate_decimals}};
+    result["dipole_source"] = source_of_dipoles(set);
     result["dipole"] = set.jobs.front().dipole;
     result["dipole_derivatives"] = json_of(of.derivatives.dipole);
     result["dipole_uncertainty"] = json_of(of.uncertainties.total);
@@ -95,16 +111,16 @@ std::string json_of(const sgn::report& of) {
     result["dipole_sign_errors"] = json_of(of.uncertainties.signs);
     result["dipole_step_error"] = of.derivatives.dipole_step_error;
     result["dipole_step_errors"] = json_of(of.derivatives.dipole_step);
-    result["velocity_dipole_derivatives"] = json_of(of.derivatives.velocity_dipole);
-    result["magnetic_dipole_derivatives"] = json_of(of.derivatives.magnetic_dipole);
-    result["velocity_quadrupole_derivatives"] = json_of(of.derivatives.velocity_quadrupole);
+    for (const auto& [name, derivatives] : sgn::other_derivatives(of.derivatives)) {
+        result[std::string(name) + "_derivatives"] = json_of(*derivatives);
+    }
     result["forces"] = set.jobs.front().forces;
     result["force_constants"] = json_of(of.force_constants);
     result["force_constants_asymmetry"] = of.asymmetry;
     result["force_step_error"] = of.derivatives.force_step_error;
     result["stationary"] = of.stationary();
     json_value& modes = result["modes"] = json_value::array();
-    for (const sgn::normal_mode& each : of.modes) modes.push_back(mode_of(each));
+    for (const sgn::normal_mode& each : of.modes) modes.push_back(mode_of(of, each));
 
     result["excitation"] = excitation_of(of);
     result["surroundings"] = of.surroundings;

@@ -93,10 +93,12 @@ options parse_options(std::span<const std::string_view> arguments) {
         if (units != "au" && units != "angstrom") {
             throw flib::run_error("--units takes au or angstrom, not " + flib::quoted(units));
         }
-        result.by_angstrom = units == "angstrom";
+        result.shown_derivatives.by_angstrom = units == "angstrom";
     };
     tools::add_value(app, "--units", "UNIT", take_units,
                      "show derivatives of the dipole by au (Bohr, the default) or angstrom");
+    tools::add_switch(app, "--moments", result.shown_derivatives.moments,
+                      "show those of velocity and magnetic dipole and velocity quadrupole, too");
     tools::add_input(app, "--judge", result.judge,
                      "judge the derivatives in a checkpoint by the sum rules, instead of a set");
     tools::add_switch(app, "--force", result.overwrite,

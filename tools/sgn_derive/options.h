@@ -8,6 +8,8 @@
 #include <string_view>
 #include <vector>
 
+#include "sgn_derive/text.h"
+
 namespace sgn_derive {
 
 struct options {
@@ -16,7 +18,7 @@ struct options {
     std::vector<std::string> files;
     std::optional<std::int32_t> state{};  ///< of the reference, where jobs are given
     bool sum_rules = true;                ///< they are judged
-    bool by_angstrom = false;             ///< derivatives in the report are, not by Bohr
+    shown_as shown_derivatives{};         ///< in the report
     std::optional<std::string> json;      ///< files to be written, or "-"
     std::optional<std::string> fchk;
     std::optional<std::string> fchk_template;  ///< read only

@@ -37,16 +37,14 @@ int status_of(bool fine) {
     return fine ? tools::exit_status::fine : tools::exit_status::doubtful;
 }
 
-/// The report; `clear` becomes false if what is complained of beside it deserves doubt.
-sgn::report report_on(const sgn_derive::options& options, bool& clear) {
+/// The report, and what is complained of beside it.
+sgn::files_report report_on(const sgn_derive::options& options) {
     tools::progress progress(STDERR_FILENO, options.files.size() + 1);
     const sgn::report_listener listener{
         .progress = [&](std::size_t step, std::string_view what) { progress.at(step, what); },
         .note = [](const std::string& line) { tools::complain(tool, line); }};
-    sgn::files_report made = sgn::report_on(
-        {options.reference, options.files, options.state, options.sum_rules}, listener);
-    clear = made.clear;
-    return std::move(made.is);
+    return sgn::report_on({options.reference, options.files, options.state, options.sum_rules},
+                          listener);
 }
 
 /// The energy of the reference, which no result file tells.
@@ -64,24 +62,23 @@ double energy_of(const sgn_derive::options& options, const sgn::report& report) 
 }
 
 /// The files of a state for FCclasses, and what is said of one that cannot be made.
-std::string add_fcc_files(const sgn_derive::options& options, const sgn::report& report,
+std::string add_fcc_files(const sgn_derive::options& options, const sgn::files_report& from,
                           std::vector<std::pair<std::string, std::string>>& results) {
+    const sgn::report& report = from.is;
     const sgn::displaced_set& set = report.set;
     const sgn::derivatives& of = report.derivatives;
     const sgn::fcc_names names = sgn::fcc_names_of(*options.fcc);
     const sgn::fcc_state state = sgn::fcc_state_of(set, of, energy_of(options, report));
     results.emplace_back(names.state, sgn::fcc_state_text(state));
     results.emplace_back(names.electric, sgn::fcc_dipole_text(set.jobs.front().dipole, of.dipole));
-    const sgn::table magnetic =
-        derivatives_of(report.moments, &flib::moment_rows::magnetic_dipole, 3, of);
-    if (magnetic.rows == 0) {
+    if (!set.has_moments) {
         return flib::printable(names.magnetic) +
-               " is not written: it takes magnetic dipoles from the checkpoints of all jobs, and " +
-               report.moments.why_not;
+               " is not written: it takes magnetic dipoles from the checkpoints of all jobs" +
+               (from.without_digits ? "" : ", and " + report.no_full_digits);
     }
-    const auto& dipole = report.moments.jobs.front().row.magnetic_dipole;
-    results.emplace_back(names.magnetic,
-                         sgn::fcc_dipole_text({dipole[0], dipole[1], dipole[2]}, magnetic));
+    results.emplace_back(
+        names.magnetic,
+        sgn::fcc_dipole_text(set.jobs.front().moments->magnetic_dipole, of.magnetic_dipole.values));
     return {};
 }
 
@@ -97,8 +94,8 @@ int run(std::span<const std::string_view> arguments) {
         tools::show(sgn_derive::text_of(judged, *options.judge, terminal));
         return status_of(judged.fine());
     }
-    bool clear = true;
-    const sgn::report report = report_on(options, clear);
+    const sgn::files_report found = report_on(options);
+    const sgn::report& report = found.is;
 
     // All results are made before the first is written.
     std::vector<std::pair<std::string, std::string>> results;
@@ -112,7 +109,7 @@ int run(std::span<const std::string_view> arguments) {
                                                 : checkpoint_of(report.set, report.derivatives));
     }
     const std::string not_written =
-        options.fcc ? add_fcc_files(options, report, results) : std::string();
+        options.fcc ? add_fcc_files(options, found, results) : std::string();
     if (options.molden) results.emplace_back(*options.molden, sgn_derive::molden_of(report));
     if (options.html) {
         results.emplace_back(
@@ -125,8 +122,8 @@ int run(std::span<const std::string_view> arguments) {
         streamed = streamed || name == "-";
     }
     if (!not_written.empty()) tools::complain(tool, not_written);
-    if (!streamed) tools::show(sgn_derive::text_of(report, terminal, options.by_angstrom));
-    return status_of(report.fine() && clear);
+    if (!streamed) tools::show(sgn_derive::text_of(report, terminal, options.shown_derivatives));
+    return status_of(report.fine() && found.clear);
 }
 
 }  // namespace

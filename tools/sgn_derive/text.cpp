@@ -12,6 +12,7 @@
 #include "sgn/set/input_numbers.h"
 #include "sgn/set/listed.h"
 #include "sgn/set/molecule.h"
+#include "sgn/set/set_moments.h"
 
 namespace sgn_derive {
 namespace {
@@ -70,25 +71,35 @@ std::string what_it_is(const sgn::report& of, const tools::terminal& on) {
 }
 
 /// Which transition it is, where a checkpoint tells.
-std::string excitation_text(const sgn::report& of, const tools::terminal& on) {
-    if (of.moments.jobs.empty()) return {};
-    const sgn::job_moments& reference = of.moments.jobs.front();
-    std::string text = "The dipole is that of state " + std::to_string(reference.state);
-    if (reference.excitation) {
-        text += ", " + decimal(*reference.excitation * flib::hartree_energy, 4) +
+std::string excitation_text(const sgn::report& of) {
+    const auto& reference = of.set.jobs.front().excited;
+    if (!reference) return {};
+    std::string text = " The dipole is that of state " + std::to_string(reference->state);
+    if (reference->energy) {
+        text += ", " + decimal(*reference->energy * flib::hartree_energy, 4) +
                 " eV above the ground state";
     }
-    const std::vector<double> gradient = excitation_gradient(of.moments, of.derivatives);
+    const std::vector<double> gradient = excitation_gradient(of.set, of.derivatives);
     if (!gradient.empty()) {
         double largest = 0;
         for (const double each : gradient) largest = std::max(largest, std::abs(each));
         text += "; the gradient of this energy has components of up to " + decimal(largest, 4) +
                 " Hartree/Bohr";
     }
-    if (of.set.has_forces && reference.state != reference.target) {
-        text += "; the forces are those of state " + std::to_string(reference.target);
+    if (of.set.has_forces && reference->target != 0 && reference->state != reference->target) {
+        text += "; the forces are those of state " + std::to_string(reference->target);
     }
-    return '\n' + paragraph(text + '.', on);
+    return text + '.';
+}
+
+/// Where the dipoles come from, and which they are.
+std::string source_text(const sgn::report& of, const tools::terminal& on) {
+    std::string text = "The dipoles are those of the " + std::string(source_of_dipoles(of.set)) +
+                       ", with " + std::to_string(of.set.dipole_decimals) + " decimals";
+    // Where not even the reference has one, nobody asks for checkpoints.
+    const bool some = of.set.jobs.front().excited.has_value();
+    if (some && !of.no_full_digits.empty()) text += " (" + of.no_full_digits + ")";
+    return '\n' + paragraph(text + '.' + excitation_text(of), on);
 }
 
 std::string coordinate_text(const sgn::report& of, std::size_t c) {
@@ -129,6 +140,59 @@ std::string dipole_text(const sgn::report& of, const tools::terminal& on, bool b
     text += "   dipole ";
     for (const double value : dipole) text += number(value, 11, decimals);
     return text + "\n";
+}
+
+/// The table of a moment with these components; `reference` has that of the reference.
+std::string moment_table(const sgn::report& of, const sgn::moment_derivatives& derivatives,
+                         std::span<const std::string_view> components,
+                         std::span<const double> reference, bool by_angstrom) {
+    // Six columns fit a terminal with a digit less.
+    const bool narrow = components.size() > 3;
+    const int width = narrow ? 10 : 11;
+    const int last_width = narrow ? 9 : 12;
+    const int decimals = narrow ? 5 : 6;
+    const double step = by_angstrom ? flib::bohr_radius : 1;
+    std::string text = "\n   Atom   ";
+    for (const std::string_view each : components) text += flib::text_field(each, width);
+    text += flib::text_field("+-", last_width) + '\n';
+    for (std::size_t c = 0; c < derivatives.values.rows; ++c) {
+        text += coordinate_text(of, c);
+        for (const double value : derivatives.values.row(c)) {
+            text += number(value / step, width, decimals);
+        }
+        const double uncertainty =
+            std::hypot(derivatives.rounding[c], std::ranges::max(derivatives.step.row(c)));
+        text += number(uncertainty / step, last_width, decimals);
+        if (c % 3 == 0) text += place_text(of.set.atoms[c / 3], c / 3);
+        text += '\n';
+    }
+    text += "   moment ";
+    for (const double value : reference) text += number(value, width, decimals);
+    return text + '\n';
+}
+
+/// The derivatives of the moments that only checkpoints tell.
+std::string moments_text(const sgn::report& of, const tools::terminal& on, bool by_angstrom) {
+    const auto& moments = of.set.jobs.front().moments;
+    if (!moments) {
+        return '\n' + paragraph("There are no derivatives of velocity and magnetic moments: the " +
+                                    std::string(source_of_dipoles(of.set)) + " do not tell them.",
+                                on);
+    }
+    static constexpr std::string_view axes[] = {"x", "y", "z"};
+    static constexpr std::string_view products[] = {"xx", "yy", "zz", "xy", "xz", "yz"};
+    const auto& d = of.derivatives;
+    const auto table = [&](const std::string& name, const sgn::moment_derivatives& derivatives,
+                           std::span<const std::string_view> components,
+                           std::span<const double> reference) {
+        const char* const unit = by_angstrom ? " (au, by Angstrom)" : " (au, by Bohr)";
+        return '\n' + paragraph("Derivatives of the " + name + unit, on) +
+               moment_table(of, derivatives, components, reference, by_angstrom);
+    };
+    return table("velocity dipole", d.velocity_dipole, axes, moments->velocity_dipole) +
+           table("magnetic dipole", d.magnetic_dipole, axes, moments->magnetic_dipole) +
+           table("velocity quadrupole", d.velocity_quadrupole, products,
+                 moments->velocity_quadrupole);
 }
 
 std::string rule_line(const char* name, const sum_rules& rules, const tools::terminal& on) {
@@ -273,9 +337,10 @@ std::string residues_text(const sum_rules& rules, std::string_view of_what,
     return text;
 }
 
-std::string text_of(const sgn::report& of, const tools::terminal& on, bool by_angstrom) {
-    std::string text = what_it_is(of, on) + excitation_text(of, on) +
-                       dipole_text(of, on, by_angstrom) +
+std::string text_of(const sgn::report& of, const tools::terminal& on, const shown_as& how) {
+    std::string text = what_it_is(of, on) + source_text(of, on) +
+                       dipole_text(of, on, how.by_angstrom) +
+                       (how.moments ? moments_text(of, on, how.by_angstrom) : std::string()) +
                        rules_text(of.dipole_rules, of.force_rules, on) + moment_rules_text(of, on) +
                        surroundings_text(of, on);
     if (of.suspects.flips.empty()) {

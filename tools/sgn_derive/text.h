@@ -12,9 +12,15 @@
 
 namespace sgn_derive {
 
+/// How derivatives are shown.
+struct shown_as {
+    bool by_angstrom = false;  ///< those by coordinates, not by Bohr
+    bool moments = false;      ///< those of velocity and magnetic moments, too
+};
+
 /// What the set is, the derivatives, the sum rules, the modes, what deserves doubt, and the
-/// verdict. Derivatives of the dipole by coordinates are by Bohr or, if so wanted, by Angstrom.
-std::string text_of(const sgn::report& of, const tools::terminal& on, bool by_angstrom = false);
+/// verdict.
+std::string text_of(const sgn::report& of, const tools::terminal& on, const shown_as& how = {});
 
 /// The table of the sum rules; `forces` without any if they were not made.
 std::string rules_text(const sgn::sum_rules& dipole, const sgn::sum_rules& forces,

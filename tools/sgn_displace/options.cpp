@@ -24,8 +24,11 @@ options parse_options(std::span<const std::string_view> arguments) {
     const auto keep = [](auto& target) {
         return [&target](const std::string& value) { target = value; };
     };
-    tools::add_value(app, "--step", "LENGTH", keep(result.step),
-                     "how far atoms are moved, Angstrom (" + result.step + ")");
+    const tools::option step =
+        tools::add_value(app, "--step", "LENGTH", keep(result.step),
+                         "how far atoms are moved, Angstrom (" + result.step + ")");
+    tools::add_value(app, "--steps", "LIST", keep(result.steps),
+                     "several, like 0.01,0.02: derivatives are extrapolated from all of them");
     tools::add_value(app, "--atoms", "LIST", keep(result.atoms),
                      "only these, like 1-3,7 (all; of an ONIOM job the high layer)");
     tools::add_switch(app, "--one-sided", result.one_sided, "only + displacements");
@@ -43,6 +46,13 @@ options parse_options(std::span<const std::string_view> arguments) {
                               description.usage + ")");
     }
     result.input = line.names.front();
+    if (result.steps && step.given()) {
+        throw flib::run_error("--step and --steps make no sense together");
+    }
+    if (result.steps && result.one_sided) {
+        throw flib::run_error(
+            "--one-sided makes no sense with --steps: only pairs are extrapolated");
+    }
     if (result.directory.empty()) throw flib::run_error("--directory needs a value");
     return result;
 }

@@ -13,7 +13,8 @@ namespace sgn_displace {
 struct options {
     std::optional<std::string> shown{};  // of --help or --version, to be shown instead of a run
     std::string input;
-    std::string step = "0.01";  // Angstrom, as given
+    std::string step = "0.01";           // Angstrom, as given
+    std::optional<std::string> steps{};  // several, instead
     std::optional<std::string> atoms{};
     std::string directory = ".";
     bool one_sided = false;

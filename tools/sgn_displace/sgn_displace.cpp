@@ -20,11 +20,13 @@ int run(std::span<const std::string_view> arguments) {
     }
     const std::string set = name_of_set(given.input);
     const job_template job = read_input(given.input, given.directory);
-    const decimal step = parse_step(given.step, job.kind.unit);
+    const std::vector<named_step> steps =
+        given.steps ? parse_steps(*given.steps, job.kind.unit)
+                    : std::vector<named_step>{{"", parse_step(given.step, job.kind.unit)}};
     const std::size_t natom = job.atoms.size();
     const std::vector<displaced_job> jobs =
         jobs_of_set(set, given.atoms ? parse_atom_list(*given.atoms, natom) : usual_atoms(job),
-                    natom, given.one_sided);
+                    natom, given.one_sided, steps);
     constexpr std::size_t most_jobs = 100'000;
     if (jobs.size() > most_jobs) {
         throw flib::run_error(std::to_string(jobs.size()) +
@@ -47,10 +49,10 @@ int run(std::span<const std::string_view> arguments) {
         return tools::exit_status::fine;
     }
     write_file_set(
-        given.directory, files, [&](std::size_t i) { return input_of(job, jobs[i], step); },
+        given.directory, files, [&](std::size_t i) { return input_of(job, jobs[i], steps); },
         given.overwrite);
     try {
-        tools::show(summary(given, job, jobs));
+        tools::show(summary(given, job, jobs, steps));
     } catch (const flib::run_error& error) {
         throw flib::run_error(std::string("all files were written, but ") + error.what());
     }

@@ -32,15 +32,16 @@ std::string quoted(const std::string& word) {
 }  // namespace
 
 std::string summary(const options& from, const job_template& job,
-                    const std::vector<displaced_job>& jobs) {
+                    const std::vector<displaced_job>& jobs, std::span<const named_step> steps) {
     const std::string& reference = jobs.front().name;
     const std::string set = reference.substr(0, reference.rfind('_'));
-    const std::size_t per_atom = from.one_sided ? 3 : 6;
-    const std::size_t displaced = jobs.size() - 1;
-    std::string text = reference + ".gjf and " + std::to_string(displaced) +
-                       " others: " + std::to_string(displaced / per_atom) + " of " +
+    const std::size_t per_atom = (from.one_sided ? 3 : 6) * steps.size();
+    const std::size_t others = jobs.size() - 1;
+    std::string text = reference + ".gjf and " + std::to_string(others) +
+                       " others: " + std::to_string(others / per_atom) + " of " +
                        std::to_string(job.atoms.size()) + " atoms moved by " +
-                       (from.one_sided ? "+" : "+-") + from.step + " Angstrom along x, y, z\n";
+                       (from.one_sided ? "+" : "+-") + from.steps.value_or(from.step) +
+                       " Angstrom along x, y, z\n";
     for (const std::string& line : job.told) {
         bool first = true;
         for (const std::string& part : flib::wrapped(line, width - 4)) {
@@ -53,18 +54,21 @@ std::string summary(const options& from, const job_template& job,
     text += ":\n";
     // Printed as they are, the names hold nothing that a shell takes for something else.
     // NAME_2_01xp.gjf is of another set than NAME_01xp.gjf.
-    std::string displaced_inputs = set + "_";
+    std::string displaced = set + "_";
     for (std::size_t i = digits_of_numbers(job.atoms.size()); i > 0; --i) {
-        displaced_inputs += "[0-9]";
+        displaced += "[0-9]";
     }
-    displaced_inputs += from.one_sided ? "[xyz]p.gjf" : "[xyz][pm].gjf";
-    text += "  for job in " + reference + ".gjf " + displaced_inputs + "; do g16 \"$job\"; done\n";
-    text += "  dump.sh " + reference + ".gjf " + displaced_inputs + "\n";
-    text += "  loop.sh " + reference + "\n";
+    displaced += from.one_sided ? "[xyz]p" : "[xyz][pm]";
+    displaced += std::string(steps.front().name.size(), '?');
+    const std::string inputs = reference + ".gjf " + displaced + ".gjf";
+    text += "  for job in " + inputs + "; do g16 \"$job\"; done\n";
+    text += "  dump.sh " + inputs + "\n";
+    text += "  sgn_derive " + reference + ".fchk " + displaced + ".fchk\n";
+    text += "or, for a result file of every job,  loop.sh " + reference + "\n";
     text +=
-        "The first takes hours, for your queue. The scripts of the last two are in\n"
-        "share/doc/stigruz/examples/workflow: text files of the jobs; then signs, their\n"
-        "check, derivatives.\n";
+        "The first takes hours, for your queue. dump.sh makes text files of the jobs;\n"
+        "then come signs, their check, derivatives. The scripts are in\n"
+        "share/doc/stigruz/examples/workflow.\n";
     return text;
 }
 

@@ -17,9 +17,16 @@ report report_on_results(result_file& reference, const std::vector<result_file>&
                          bool sum_rules) {
     reference.input_numbers = input_numbers_beside(reference.name, reference.contents.x.size());
     report result = analyse(reference, files, sum_rules);
-    result.moments = read_set_moments(result.set);
     result.surroundings = surroundings_beside(reference.name);
     return result;
+}
+
+/// Notes that checkpoints do not count, though they are there.
+void note_source(files_report& of, const report_listener& listener) {
+    listener.note(of.is.no_full_digits + "; the dipoles are those of the " +
+                  std::string(source_of_dipoles(of.is.set)));
+    of.without_digits = true;
+    of.clear = false;
 }
 
 files_report report_on_jobs(const set_files& wanted, const report_listener& listener) {
@@ -29,10 +36,9 @@ files_report report_on_jobs(const set_files& wanted, const report_listener& list
     listener.progress(wanted.files.size() + 1, "computing");
     files_report result{report_on_results(jobs.reference, jobs.files, wanted.sum_rules)};
     for (const std::string& line : jobs.mixed) listener.note(line);
-    result.clear = jobs.mixed.empty() && jobs.no_full_digits.empty();
-    if (!jobs.no_full_digits.empty()) {
-        listener.note(jobs.no_full_digits + "; the dipoles are those of the logs");
-    }
+    result.clear = jobs.mixed.empty();
+    result.is.no_full_digits = jobs.no_full_digits;
+    if (!jobs.no_full_digits.empty()) note_source(result, listener);
     if (!jobs.no_forces.empty()) listener.note(jobs.no_forces + "; forces are left out");
     return result;
 }
@@ -50,7 +56,11 @@ files_report report_on_result_files(const set_files& wanted, const report_listen
     if (const std::string line = better_reference_text(reference, files); !line.empty()) {
         listener.note(line);
     }
-    return {report_on_results(reference, files, wanted.sum_rules)};
+    const no_full_digits none = add_full_digits(reference, files);
+    files_report result{report_on_results(reference, files, wanted.sum_rules)};
+    result.is.no_full_digits = none.reason;
+    if (none.doubtful) note_source(result, listener);
+    return result;
 }
 
 }  // namespace

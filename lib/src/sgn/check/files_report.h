@@ -34,6 +34,8 @@ struct report_listener {
 struct files_report {
     report is;
     bool clear = true;  ///< states went on without a doubt, with all digits that jobs have
+    /// It was noted why the digits of checkpoints that are there do not count.
+    bool without_digits = false;
 };
 
 /// Whether a name is that of a job's checkpoint, not of a result file.

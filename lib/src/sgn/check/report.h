@@ -11,7 +11,6 @@
 #include "sgn/set/derivatives.h"
 #include "sgn/set/displaced_set.h"
 #include "sgn/set/modes.h"
-#include "sgn/set/set_moments.h"
 #include "sgn/set/sum_rules.h"
 #include "sgn/set/suspects.h"
 #include "sgn/set/table.h"
@@ -35,8 +34,9 @@ struct report {
     double largest_force = 0;        ///< component at the reference, Hartree/Bohr
     std::vector<normal_mode> modes;  ///< empty also if a mass is missing
 
-    /// Of the checkpoints beside the result files; none if they were not asked.
-    set_moments moments;
+    /// Why the dipoles are not those of the checkpoints, with the name of a file; empty if they are,
+    /// or if nobody looked.
+    std::string no_full_digits;
     /// What does not move with the set (surroundings_beside()); empty if nobody looked.
     std::vector<std::string> surroundings;
 

@@ -22,7 +22,6 @@ namespace sgn {
 namespace {
 
 namespace layout = flib::state_layout;
-using layout::dipole_at;
 constexpr std::size_t values_per_state = layout::values;
 constexpr std::size_t field_components = layout::fields;
 
@@ -37,16 +36,26 @@ std::vector<double> flat(const std::vector<vec3>& vectors, double factor) {
 std::vector<double> state_values(const displaced_set& set, const derivatives& of, double energy) {
     const std::size_t coordinates = of.dipole.rows;
     std::vector<double> values(values_per_state * (1 + field_components + coordinates));
-    values[0] = energy;
-    const vec3& dipole = set.jobs.front().dipole;
-    std::copy(dipole.begin(), dipole.end(), values.begin() + dipole_at);
+    const auto put = [&](std::size_t row, std::size_t column, const auto& from) {
+        std::copy(from.begin(), from.end(),
+                  values.begin() + static_cast<std::ptrdiff_t>(values_per_state * row + column));
+    };
+    values[layout::energy_at] = energy;
+    put(0, layout::dipole_at, set.jobs.front().dipole);
+    if (const auto& moments = set.jobs.front().moments) {
+        put(0, layout::velocity_dipole_at, moments->velocity_dipole);
+        put(0, layout::magnetic_dipole_at, moments->magnetic_dipole);
+        put(0, layout::velocity_quadrupole_at, moments->velocity_quadrupole);
+    }
     const std::vector<double> forces = flat(set.jobs.front().forces, 1);
     for (std::size_t c = 0; c < coordinates; ++c) {
-        const auto at = values.begin() +
-                        static_cast<std::ptrdiff_t>(values_per_state * (1 + field_components + c));
-        *at = set.has_forces ? -forces[c] : 0;
-        const auto row = of.dipole.row(c);
-        std::copy(row.begin(), row.end(), at + dipole_at);
+        const std::size_t row = 1 + field_components + c;
+        values[values_per_state * row + layout::energy_at] = set.has_forces ? -forces[c] : 0;
+        put(row, layout::dipole_at, of.dipole.row(c));
+        if (!set.has_moments) continue;
+        put(row, layout::velocity_dipole_at, of.velocity_dipole.values.row(c));
+        put(row, layout::magnetic_dipole_at, of.magnetic_dipole.values.row(c));
+        put(row, layout::velocity_quadrupole_at, of.velocity_quadrupole.values.row(c));
     }
     return values;
 }
@@ -272,7 +281,7 @@ checkpoint read_checkpoint(const std::string& file) {
     const auto values =
         from.reals(section_name::state_values, before + derivative_count * values_per_state);
     const auto dipole_of = [&](std::size_t block) {
-        const auto at = values.begin() + static_cast<std::ptrdiff_t>(block + dipole_at);
+        const auto at = values.begin() + static_cast<std::ptrdiff_t>(block + layout::dipole_at);
         return vec3{at[0], at[1], at[2]};
     };
     result.dipole = dipole_of((static_cast<std::size_t>(target) - 1) * values_per_state);

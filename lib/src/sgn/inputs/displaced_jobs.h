@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +18,7 @@ struct displaced_job {
     std::size_t atom = 0;  // counted from 0
     int axis = 0;          // 0, 1, 2
     int sign = 0;          // 1 or -1; 0 for the reference
+    std::size_t step = 0;  // which one, from 0
 
     friend bool operator==(const displaced_job&, const displaced_job&) = default;
 };
@@ -34,15 +36,28 @@ std::vector<std::size_t> usual_atoms(const job_template& job);
 /// unless it is 0.0001 to 1 Angstrom.
 decimal parse_step(const std::string& text, length_unit unit);
 
+/// A step of a set that has several.
+struct named_step {
+    std::string name;  ///< in the names of jobs: "10000", millionths of an Angstrom
+    decimal length;    ///< in the unit of the input
+};
+
+/// Of a list like "0.01,0.02" (Angstrom) the steps in ascending order, their names of one length;
+/// the name of a single one is empty. Throws flib::run_error unless each is 0.0001 to 0.1 Angstrom,
+/// a whole number of millionths, and no two are equal.
+std::vector<named_step> parse_steps(const std::string& text, length_unit unit);
+
 /// How many digits the numbers of atoms have in names: as many as the last needs, at least two.
 std::size_t digits_of_numbers(std::size_t natom);
 
-/// The reference and, for each of `atoms` (counted from 1) and each axis, the displacements by +
-/// and, unless `one_sided`, by -.
+/// The reference and, for each of `atoms` (counted from 1), each axis and each step, the
+/// displacements by + and, unless `one_sided`, by -.
 std::vector<displaced_job> jobs_of_set(std::string_view set, const std::vector<std::size_t>& atoms,
-                                       std::size_t natom, bool one_sided);
+                                       std::size_t natom, bool one_sided,
+                                       std::span<const named_step> steps);
 
-/// The input of a job.
-std::string input_of(const job_template& from, const displaced_job& job, decimal step);
+/// The input of a job; `steps` are those of its set.
+std::string input_of(const job_template& from, const displaced_job& job,
+                     std::span<const named_step> steps);
 
 }  // namespace sgn::inputs

@@ -1,8 +1,10 @@
 // Derivatives of the dipole and the forces with respect to all coordinates.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "sgn/set/displaced_set.h"
@@ -77,5 +79,18 @@ std::string text_of(const std::vector<coordinate>& coordinates, const std::vecto
 /// (Angstrom), is off by, as a part of the largest derivative nearby: the third derivatives, and
 /// the rounding of h. A standard deviation.
 double relative_step_error(double h, int coordinate_decimals = 6);
+
+/// The derivatives of a moment that only checkpoints tell, and its name for other programs.
+struct named_derivatives {
+    std::string_view name;
+    const moment_derivatives* derivatives;
+};
+
+/// "velocity_dipole", "magnetic_dipole" and "velocity_quadrupole", as they are in `of`.
+inline std::array<named_derivatives, 3> other_derivatives(const derivatives& of) {
+    return {named_derivatives{"velocity_dipole", &of.velocity_dipole},
+            {"magnetic_dipole", &of.magnetic_dipole},
+            {"velocity_quadrupole", &of.velocity_quadrupole}};
+}
 
 }  // namespace sgn

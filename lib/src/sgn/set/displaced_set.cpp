@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "flib/io/stop_run.h"
+#include "flib/util/units.h"
 #include "sgn/set/decimals.h"
 #include "sgn/set/same_atoms.h"
 
@@ -36,6 +37,7 @@ displaced_job make_job(const result_file& file, const result_file& reference) {
     result.sign = file.contents.parameters.sign;
     result.dipole = file.contents.corrected_tdip;
     result.forces = file.contents.frc;
+    result.excited = file.excited;
     result.moved = displacement_of(file.contents.x, reference.contents.x);
     // They have six decimals like the coordinates.
     for (vec3& shift : result.moved.shift) {
@@ -104,7 +106,13 @@ void take_full_digits(displaced_set& set, const std::vector<const result_file*>&
             job.moved.shift[a] = difference(files[i]->full->x[a], files.front()->full->x[a]);
         }
     }
-    if (coordinates) set.coordinate_decimals = 9;
+    if (coordinates) {
+        double farthest = 0;
+        for (const atom& each : set.atoms) {
+            for (const double x : each.x) farthest = std::max(farthest, std::abs(x));
+        }
+        set.coordinate_decimals = decimals_of_nine_digits(farthest / flib::bohr_radius);
+    }
     set.has_moments = true;
     const auto decimals = [&](auto values) {
         return decimals_of_nine_digits(largest_of(set, values));
@@ -151,6 +159,11 @@ std::string_view name_of(role of) {
     constexpr std::array<std::string_view, 5> names{"reference", "paired", "one_sided",
                                                     "undisplaced", "repeated"};
     return names[static_cast<std::size_t>(of)];
+}
+
+std::string_view source_of_dipoles(const displaced_set& set) {
+    if (set.has_moments) return "checkpoints";
+    return set.jobs.front().name.ends_with(".fchk") ? "logs" : "result files";
 }
 
 displaced_set make_set(const result_file& reference, std::span<const result_file> files) {

@@ -29,6 +29,13 @@ struct full_digits {
     std::vector<vec3> x{};  ///< Angstrom; empty where only the log tells them
 };
 
+/// The transition that a dipole belongs to, as the job tells.
+struct excited_state {
+    std::int32_t state = 0;          ///< of the job, from 1 on
+    std::int32_t target = 0;         ///< the state that the job was run for; 0: not told
+    std::optional<double> energy{};  ///< of excitation, Hartree
+};
+
 /// One file of a set, as read, or what a result file would hold of a job.
 struct result_file {
     std::string name;
@@ -36,6 +43,7 @@ struct result_file {
     /// Of a reference, the numbers of its atoms in the input of the job; empty: their places.
     std::vector<std::int32_t> input_numbers{};
     std::optional<full_digits> full{};
+    std::optional<excited_state> excited{};
 };
 
 struct atom {
@@ -67,6 +75,7 @@ struct displaced_job {
     vec3 dipole{};          ///< corrected transition dipole, au
     std::vector<vec3> forces;  ///< of every atom, Hartree/Bohr
     std::optional<other_moments> moments{};
+    std::optional<excited_state> excited{};
 };
 
 /// A file that does not belong to a set, and why.
@@ -94,6 +103,9 @@ struct displaced_set {
     /// Files left out: with other atoms than the reference, or values that are not finite numbers.
     std::vector<misfit> misfits;
 };
+
+/// Where the dipoles come from: "checkpoints", "logs" (of jobs) or "result files".
+std::string_view source_of_dipoles(const displaced_set& set);
 
 /// Puts a set together of the files that belong to it; the others are its misfits. Throws
 /// flib::io_error, which names the reference, if that has no atoms, arrays that are not of equally

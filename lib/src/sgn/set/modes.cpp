@@ -109,4 +109,22 @@ std::vector<normal_mode> normal_modes(std::span<const atom> atoms, const table& 
     return modes;
 }
 
+std::vector<double> by_mode(const normal_mode& mode, const table& derivatives) {
+    require_count("rows of derivatives", derivatives.rows, 3 * mode.displacement.size());
+    // Of length 1 is the Cartesian displacement; that by the coordinate is shorter.
+    const double length = 1 / std::sqrt(mode.reduced_mass * electron_masses_per_u);
+    std::vector<double> result(derivatives.columns);
+    for (std::size_t c = 0; c < derivatives.rows; ++c) {
+        for (std::size_t k = 0; k < result.size(); ++k) {
+            result[k] += derivatives(c, k) * mode.displacement[c / 3][c % 3] * length;
+        }
+    }
+    return result;
+}
+
+double dimensionless_factor(const normal_mode& mode) {
+    // Not a number of a negative wavenumber.
+    return 1 / std::sqrt(mode.wavenumber / wavenumber_per_hartree);
+}
+
 }  // namespace sgn

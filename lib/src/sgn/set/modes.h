@@ -37,4 +37,12 @@ double largest_asymmetry(const table& force_derivatives);
 std::vector<normal_mode> normal_modes(std::span<const atom> atoms, const table& force_constants,
                                       const table& dipole_derivatives, const vec3& dipole);
 
+/// The derivatives of any numbers by the mass-weighted coordinate of a mode, au (electron masses);
+/// `derivatives` are those by all coordinates, 3N rows, au by Bohr.
+std::vector<double> by_mode(const normal_mode& mode, const table& derivatives);
+
+/// How many times as large the derivatives by the dimensionless coordinate are; NaN for an
+/// imaginary wavenumber.
+double dimensionless_factor(const normal_mode& mode);
+
 }  // namespace sgn

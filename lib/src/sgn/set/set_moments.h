@@ -1,52 +1,47 @@
-// What the checkpoints of a set's jobs tell of its state, where they lie beside the result files.
+// What the checkpoints beside result files have in more digits.
 #pragma once
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "flib/excited/qm_file_state_moments.h"
 #include "sgn/set/derivatives.h"
 #include "sgn/set/displaced_set.h"
-#include "sgn/set/table.h"
 
 namespace sgn {
-
-/// The state of a job whose dipole, with the sign of the result file, rounds to the one there.
-struct job_moments {
-    std::int32_t state = 0;              ///< from 1 on; 0: the job takes no part in the set
-    std::int32_t target = 0;             ///< the state that the job was run for
-    flib::moment_rows row{};             ///< one row: the state's moments with that sign
-    std::optional<double> excitation{};  ///< energy of excitation, Hartree
-};
-
-struct set_moments {
-    /// Of all jobs of the set in their order; or of the reference alone; or none.
-    std::vector<job_moments> jobs;
-    std::string why_not;  ///< why not of all, in words that name the file; empty if of all
-
-    bool of_all() const { return why_not.empty() && !jobs.empty(); }
-};
 
 /// The name of a file of the job that the result file `name` is of, its checkpoint (".fchk") or
 /// log: NAME.fchk beside NAME.sgn or, where there is none, beside NAME_sK.sgn.
 std::string file_beside(const std::string& name, const std::string& suffix);
 
-/// One row: that of `state` (from 1 on) times `sign`, since the phase of a state turns all of its
-/// moments round.
-flib::moment_rows state_row(const flib::moment_rows& rows, std::int32_t state, double sign);
+/// The moments of `state` (from 1 on) times `sign`, since the phase of a state turns all of them
+/// round.
+full_digits full_digits_of(const flib::moment_rows& rows, std::int32_t state, double sign);
 
-/// Reads them. Whatever is missing, damaged or of another run is told by `why_not`.
-set_moments read_set_moments(const displaced_set& set);
+/// The coordinates of a checkpoint (Angstrom), which the file `name` of the same job has in six
+/// decimals, `x`. Empty if it has another number of atoms (that of an ONIOM job), or if they do not
+/// round to those. Throws flib::io_error if atoms stand elsewhere, so that it is of another job,
+/// and flib::ending if it cannot be read.
+std::vector<vec3> full_coordinates(const std::string& checkpoint, std::span<const vec3> x,
+                                   const std::string& name);
 
-/// Derivatives of one of the moments, of `columns` components, by all coordinates: 3N x columns, au
-/// by Bohr. Empty if not all jobs have moments.
-table derivatives_of(const set_moments& moments, std::vector<double> flib::moment_rows::*moment,
-                     std::size_t columns, const derivatives& of);
+/// Why the dipoles of a set are not those of the checkpoints.
+struct no_full_digits {
+    std::string reason;     ///< names the file; empty if they are
+    bool doubtful = false;  ///< a checkpoint is not of one run with its result file, or damaged
+};
+
+/// Adds to each result file what the checkpoint beside it has in more digits (result_file::full and
+/// result_file::excited), if one state's dipole, with the sign of the file, rounds to the one
+/// there. Ends with the first file where it does not; which state it is stays known of the
+/// reference then.
+no_full_digits add_full_digits(result_file& reference, std::span<result_file> files);
 
 /// The derivatives of the energy of excitation by all coordinates, Hartree/Bohr. Empty if it is not
 /// told of all jobs.
-std::vector<double> excitation_gradient(const set_moments& moments, const derivatives& of);
+std::vector<double> excitation_gradient(const displaced_set& set, const derivatives& of);
 
 }  // namespace sgn

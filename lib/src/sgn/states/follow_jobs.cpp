@@ -16,6 +16,7 @@
 #include "flib/util/file.h"
 #include "sgn/job/job_files.h"
 #include "sgn/job/same_file.h"
+#include "sgn/set/set_moments.h"
 #include "sgn/states/state_file.h"
 
 namespace sgn {
@@ -107,7 +108,7 @@ void follow_into(job_result& result, const reference_set& reference, const follo
             result.values.push_back(values_of_followed(reference, now, state));
         }
     }
-    result.no_full_digits = now.no_moments;
+    result.no_full_digits = why_not_full_digits(now, result.values);
     result.no_forces = now.no_forces;
     result.forces_of = now.forces_of;
     result.followed = std::move(followed);
@@ -190,8 +191,21 @@ std::vector<job_result> follow_jobs(const reference_set& reference,
     return jobs;
 }
 
+std::string why_not_full_digits(const job& of, std::span<result_file> values) {
+    if (!of.no_moments.empty()) return of.no_moments;
+    try {
+        const std::vector<vec3> x =
+            full_coordinates(of.files.checkpoint, coordinates_of(of), of.files.log);
+        for (result_file& each : values) each.full->x = x;
+    } catch (const flib::ending& ending) {
+        return ending.what();
+    }
+    return {};
+}
+
 std::string why_not_full_digits(const reference_set& reference, std::span<const job_result> jobs) {
-    if (!reference.reference.no_moments.empty()) return reference.reference.no_moments;
+    std::string why_not = why_not_full_digits(reference.reference, {});
+    if (!why_not.empty()) return why_not;
     const auto first = std::ranges::find_if(
         jobs, [](const job_result& each) { return !each.no_full_digits.empty(); });
     return first == jobs.end() ? std::string() : first->no_full_digits;

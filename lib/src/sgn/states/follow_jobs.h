@@ -53,6 +53,10 @@ std::vector<job_result> follow_jobs(const reference_set& reference,
                                     std::span<const std::string> checkpoints,
                                     const follow_options& how, const follow_progress& tell = {});
 
+/// Why the digits of a job's checkpoint do not count, or nothing: `values`, what result files of
+/// its states would hold, get the coordinates then, too.
+std::string why_not_full_digits(const job& of, std::span<result_file> values);
+
 /// Why the dipoles of the logs count and not the more exact ones of the checkpoints, of which all
 /// jobs that were followed or none must have them: names the first file. Empty if they do.
 std::string why_not_full_digits(const reference_set& reference, std::span<const job_result> jobs);

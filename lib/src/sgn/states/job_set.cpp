@@ -74,11 +74,14 @@ job_set set_of_jobs(const std::string& reference, std::span<const std::string> c
         }
         made.files.push_back(std::move(each.values.front()));
     }
-    made.no_full_digits = why_not_full_digits(from, jobs);
-    if (made.no_forces.empty()) return made;
-    const auto forget_forces = [](result_file& of) { std::ranges::fill(of.contents.frc, vec3{}); };
-    forget_forces(made.reference);
-    std::ranges::for_each(made.files, forget_forces);
+    made.no_full_digits = why_not_full_digits(from.reference, std::span(&made.reference, 1));
+    if (made.no_full_digits.empty()) made.no_full_digits = why_not_full_digits(from, jobs);
+    const auto forget = [&](result_file& of) {
+        if (!made.no_full_digits.empty()) of.full.reset();
+        if (!made.no_forces.empty()) std::ranges::fill(of.contents.frc, vec3{});
+    };
+    forget(made.reference);
+    std::ranges::for_each(made.files, forget);
     return made;
 }
 

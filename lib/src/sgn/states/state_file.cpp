@@ -24,15 +24,7 @@ std::vector<vec3> columns_of(const flib::matrix<double>& of, double unit) {
 
 /// The numbers of `root`, times the sign; zeros of root 0.
 full_digits full_values(const job& now, std::int32_t root, std::int32_t sign) {
-    full_digits values;
-    values.x = columns_of(now.full_x, flib::bohr_radius);
-    if (root == 0) return values;
-    const flib::moment_rows row = state_row(now.moments->of_states, root, sign);
-    std::ranges::copy(row.dipole, values.dipole.begin());
-    std::ranges::copy(row.velocity_dipole, values.moments.velocity_dipole.begin());
-    std::ranges::copy(row.magnetic_dipole, values.moments.magnetic_dipole.begin());
-    std::ranges::copy(row.velocity_quadrupole, values.moments.velocity_quadrupole.begin());
-    return values;
+    return root > 0 ? full_digits_of(now.moments->of_states, root, sign) : full_digits{};
 }
 
 /// The sizes are those of the reference, as in every result file of a set.
@@ -48,14 +40,22 @@ result_file values_of_state(const reference_set& from, const job& now, const ref
     flib::nat_to_symbol(now.atoms.natom, now.atoms.nat.all(), made.contents.symbol);
     made.contents.nat.assign(now.atoms.nat.all().begin(), now.atoms.nat.all().end());
     made.contents.mass.assign(now.atoms.mass.all().begin(), now.atoms.mass.all().end());
-    made.contents.x = columns_of(now.atoms.x, flib::bohr_radius);
+    made.contents.x = coordinates_of(now);
     made.contents.corrected_tdip = dipole;
     made.contents.frc = columns_of(now.force, 1);
     if (now.moments) made.full = full_values(now, root, sign);
+    if (root > 0) {
+        made.excited = {root, now.forces_of,
+                        now.moments ? now.moments->excitation_energy(root) : std::nullopt};
+    }
     return made;
 }
 
 }  // namespace
+
+std::vector<vec3> coordinates_of(const job& of) {
+    return columns_of(of.atoms.x, flib::bohr_radius);
+}
 
 std::string state_file_name(const std::string& name, std::int32_t state) {
     return name + "_s" + std::to_string(state) + std::string(suffix::result);

@@ -2,11 +2,15 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "sgn/set/displaced_set.h"
 #include "sgn/states/follow.h"
 
 namespace sgn {
+
+/// Where the atoms of a job are, as its log tells (Angstrom).
+std::vector<vec3> coordinates_of(const job& of);
 
 /// "NAME_sSTATE.sgn".
 std::string state_file_name(const std::string& name, std::int32_t state);
