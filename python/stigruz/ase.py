@@ -8,6 +8,7 @@ Any calculator of transition dipoles serves:
 """
 
 from collections.abc import Iterable, Sequence
+from operator import index
 from typing import TYPE_CHECKING, Any, Optional
 
 import numpy as np
@@ -45,7 +46,9 @@ def displace(
         raise Error("step must be 0.0001 to 1 Angstrom")
     images = [atoms.copy()]
     images[0].info["name"] = "ref"
-    for i in range(len(atoms)) if indices is None else indices:
+    for i in map(index, range(len(atoms)) if indices is None else indices):
+        if not 0 <= i < len(atoms):
+            raise Error(f"indices must be 0 to {len(atoms) - 1}")
         for axis in range(3):
             for sign, letter in ((1, "p"), (-1, "m")):
                 image = atoms.copy()

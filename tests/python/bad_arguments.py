@@ -81,6 +81,24 @@ def values(chance, job, reference, report, followed):
     ])
 
 
+def changed(chance, of):
+    """Nearly what it was."""
+    if isinstance(of, np.ndarray) and of.size:
+        of = of.copy()
+        of.flat[chance.randrange(of.size)] = chance.choice([0, -1, 1e300, 1e-320, np.nan, np.inf])
+        return chance.choice([of, of.T, of[::-1], of[1:], of[..., :-1], np.asfortranarray(of), of * 1e200, of * 0,
+                              np.repeat(of, 2, axis=0)[::2], of.astype(np.float32), of.tolist(), of.ravel()])
+    if isinstance(of, (int, float)):
+        return chance.choice([0, -1, 1, 2, 4, 5, 2**31 - 1, -(2**31), 2**40, 0.5, 1e-300, np.nan])
+    if isinstance(of, str):
+        name = chance.choice(["h2o_01zp", f"damaged{chance.randrange(40)}", f"damaged{chance.randrange(40)}", "h2o_ref"])
+        return name + chance.choice([".fchk", ".log", ".cis", ".gjf", ""])
+    if isinstance(of, (list, tuple)) and of:
+        at = chance.randrange(len(of))
+        return chance.choice([of[:at], of[at:], [*of, of[at]], [*of[:at], changed(chance, of[at]), *of[at + 1 :]]])
+    return None
+
+
 def uninitialised():
     """Objects that nobody has made whole."""
     for each in (stigruz.Job, stigruz.Set, stigruz.Reference):
@@ -100,6 +118,36 @@ def uninitialised():
                 pass
 
 
+def sound_calls(others, job, reference, report):
+    """Functions with arguments that make sense, some of which are then replaced."""
+    x = np.array([report.coordinates + each.shifts for each in report.files])
+    dipoles = np.array([each.dipole for each in report.files])
+    arrays = (report.symbols, x, dipoles, np.zeros_like(x), report.masses)
+    images = stigruz.ase.displace(stigruz.ase.atoms_of(report))
+    core = {
+        "read": ("h2o_ref.log",), "read_job": ("h2o_ref.fchk", None, None), "job_values": (job._core,),
+        "transition_density": (job._core, 1), "orbitals": (job._core,), "amplitudes": (job._core, 1),
+        "prepare": (job._core, [1, 2]), "follow": (reference._core, job._core, 0.8, 0.2),
+        "sign": (np.eye(22), np.ones((17, 4)), np.eye(22), np.ones((17, 4)), 1),
+        "report_on_files": ("h2o_ref.fchk", others, 1, True, None),
+        "report_on_arrays": (*arrays, None, None, None, 9, True), "report_values": (report._core,),
+        "html": (report._core,), "write_html": (report._core, "out.html"),
+        "write_fchk": (report._core, "out.fchk", "h2o_ref.fchk"),
+        "displace": ("h2o.gjf", 0.01, [1], "inputs", False, True),
+    }
+    functions = {name for name, each in vars(_core).items() if callable(each) and not isinstance(each, type)}
+    assert functions == set(core), functions ^ set(core)
+    return [(getattr(_core, name), arguments) for name, arguments in core.items()] + [
+        (stigruz.read, ("h2o_ref.log",)), (stigruz.Job, ("h2o_ref.fchk", "h2o_ref.log", "h2o_ref.cis")),
+        (stigruz.Reference, (job, [1])), (stigruz.follow, (reference, job)),
+        (stigruz.sign, core["sign"]), (stigruz.Set, ("h2o_ref.fchk", others, 1)),
+        (stigruz.Set.from_arrays, (*arrays, "given")), (stigruz.displace, core["displace"]),
+        (job.transition_density, (2,)), (job.amplitudes, (2,)), (report.write_fchk, ("out.fchk", None)),
+        (report.write_html, ("out.html",)), (stigruz.ase.displace, (images[0], 0.01, [0])),
+        (stigruz.ase.set_of, (images, dipoles, None)),
+    ]
+
+
 def main(count, seed):
     chance = random.Random(seed)
     damaged_files(chance)
@@ -108,19 +156,17 @@ def main(count, seed):
     reference = stigruz.Reference(job, [1])
     report = stigruz.Set("h2o_ref.fchk", others)
     followed = stigruz.follow(reference, "h2o_01zp.fchk")
-    functions = [
-        (stigruz.read, 1), (stigruz.Job, 1), (stigruz.Job, 3), (stigruz.Reference, 2), (stigruz.follow, 2),
-        (stigruz.sign, 5), (stigruz.Set, 2), (stigruz.Set, 3), (stigruz.Set.from_arrays, 5),
-        (stigruz.displace, 4), (job.transition_density, 1), (job.amplitudes, 1), (report.write_fchk, 2),
-        (report.write_html, 1), (stigruz.ase.displace, 3), (stigruz.ase.set_of, 3),
-    ] + [
-        (function, chance.randrange(8))
-        for name, function in vars(_core).items() if callable(function) for _ in range(2)
-    ]
+    calls = sound_calls(others, job, reference, report)
     endings = {"good": 0}
+    for function, arguments in calls:
+        function(*arguments)
     for _ in range(count):
-        function, arguments = chance.choice(functions)
-        given = [values(chance, job, reference, report, followed) for _ in range(arguments)]
+        function, arguments = chance.choice(calls)
+        given = list(arguments)
+        for _ in range(chance.choice([1, 1, 1, 2, len(given)])):
+            at = chance.randrange(len(given))
+            likely = chance.random() < 0.7
+            given[at] = changed(chance, arguments[at]) if likely else values(chance, job, reference, report, followed)
         try:
             function(*given)
             endings["good"] += 1
@@ -133,7 +179,7 @@ def main(count, seed):
     # What is left of an object lives on after those that it was made of are gone.
     density = job.transition_density()
     core = report._core
-    del job, report, reference
+    del job, report, reference, calls
     gc.collect()
     assert density.shape == (22, 22) and "html" in _core.html(core)
     print(endings)

@@ -49,6 +49,29 @@ def test_memory_does_not_grow(water):
     assert resident() - before < 2e6
 
 
+def test_reading_costs_what_it_costs_the_tool(water):
+    """At most 1.1 times of it, processor time; the least of several rounds, other processes being there."""
+    import resource
+
+    from conftest import run
+
+    reference, others = jobs_of(water)
+    tool = module = float("inf")
+    for _ in range(40):
+        before = resource.getrusage(resource.RUSAGE_CHILDREN)
+        run("sgn_states", reference, *others, cwd=water)
+        after = resource.getrusage(resource.RUSAGE_CHILDREN)
+        spent = after.ru_utime + after.ru_stime - before.ru_utime - before.ru_stime
+        tool = min(tool, spent)
+        start = time.process_time()
+        for name in (reference, *others):
+            stigruz.Job(name)
+        module = min(module, time.process_time() - start)
+        if module <= 1.1 * tool:
+            return
+    raise AssertionError(f"{module} s against {tool} s")
+
+
 def test_threads_see_the_same(water):
     reference, others = jobs_of(water)
     s = stigruz.Set(reference, others)
