@@ -1,5 +1,5 @@
-# What `cmake --install` puts where, in three components: tools, runtime (the shared library) and
-# development (headers, static libraries, what find_package() and pkg-config read).
+# What `cmake --install` puts where, in components: tools, runtime (the shared library),
+# development (headers, static libraries, what find_package() and pkg-config read) and python.
 include(CMakePackageConfigHelpers)
 
 get_property(tools GLOBAL PROPERTY STIGRUZ_TOOLS)
@@ -31,7 +31,7 @@ install(FILES completions/fish/__stigruz_options.fish
 install(FILES README.md CHANGELOG.md CONTRIBUTING.md LICENSE
     DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tools)
 install(DIRECTORY docs
-    DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tools FILES_MATCHING PATTERN "*.md")
+    DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tools FILES_MATCHING PATTERN "*.md" PATTERN "*.svg")
 install(DIRECTORY examples
     DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT tools USE_SOURCE_PERMISSIONS)
 
@@ -41,6 +41,10 @@ if(TARGET tools_common)
         install(FILES /usr/share/doc/${library}/copyright OPTIONAL
             DESTINATION ${CMAKE_INSTALL_DOCDIR}/third_party RENAME ${library} COMPONENT tools)
     endforeach()
+endif()
+
+if(build_python)
+    include(cmake/python_install.cmake)
 endif()
 
 install(DIRECTORY lib/src/flib lib/src/sgn lib/former/flib

@@ -11,11 +11,14 @@ set(CPACK_STRIP_FILES ON)
 set(CPACK_VERBATIM_VARIABLES ON)
 set(CPACK_GENERATOR DEB)
 
-# The three components of install.cmake, a package each.
+# The components of install.cmake, a package each.
 set(runtime_package libflib${PROJECT_VERSION_MAJOR})
 set(CPACK_COMPONENTS_ALL tools)
 if(STIGRUZ_SHARED)
     list(APPEND CPACK_COMPONENTS_ALL runtime development)
+endif()
+if(build_python)
+    list(APPEND CPACK_COMPONENTS_ALL python)
 endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -62,9 +65,25 @@ TURBOMOLE and other quantum-chemistry programs.
 This package holds the headers and the static library. CMake's find_package()
 and pkg-config find them.")
 
+if(build_python)
+    math(EXPR next_python "${Python_VERSION_MINOR} + 1")
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-stigruz)
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= ${Python_VERSION_MAJOR}.${Python_VERSION_MINOR}), \
+python3 (<< ${Python_VERSION_MAJOR}.${next_python}), python3-numpy")
+    set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS "python3-ase, python3-matplotlib, python3-tqdm")
+    set(CPACK_DEBIAN_PYTHON_DESCRIPTION
+"signs and derivatives of excited-state transition dipoles (Python 3)
+Outputs of quantum-chemistry programs as numpy arrays; jobs of excited states
+with their transition densities; states followed through sets of displaced
+geometries; derivatives of transition dipoles and forces with uncertainties,
+sum rules that see wrong signs, and normal modes, from Gaussian jobs or from
+any program's dipoles.")
+endif()
+
 # What Debian asks of every package's files is done when they are gathered, of its scripts afterwards.
 set(CPACK_PRE_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/debian_files.cmake)
 set(CPACK_POST_BUILD_SCRIPTS ${CMAKE_CURRENT_LIST_DIR}/debian_scripts.cmake)
 set(CPACK_STIGRUZ_SOURCE ${PROJECT_SOURCE_DIR})
-set(CPACK_STIGRUZ_PACKAGES "tools;stigruz;runtime;${runtime_package};development;libflib-dev")
+set(CPACK_STIGRUZ_PACKAGES "tools;stigruz;runtime;${runtime_package};development;libflib-dev;python;python3-stigruz")
 include(CPack)

@@ -18,11 +18,15 @@ if ! scripts/setup.sh build tools; then
     scripts/setup.sh build 2>/dev/null
     echo "Going on without them: all tools but stigruz are left out."
 fi
+scripts/setup.sh python || echo "Going on without them: the Python module is left out."
 scripts/build.sh -j "$jobs" build all -DSTIGRUZ_TESTS=OFF
 cmake --install build --prefix "$prefix" >/dev/null
 
 echo "Installed in $prefix: $(cd build/tools && find . -maxdepth 1 -type f -perm -u+x |
     sed 's:^\./::' | sort | tr '\n' ' ')"
+if [ -d build/python/stigruz ]; then
+    echo "The Python module: $(find "$prefix" -path '*-packages/stigruz' -prune -print 2>/dev/null | head -n 1)"
+fi
 case ":$PATH:" in
     *":$prefix/bin:"*) ;;
     *) echo "Put $prefix/bin on the PATH: export PATH=$prefix/bin:\$PATH   # in ~/.bashrc, too" ;;

@@ -2,7 +2,8 @@
 # Makes what can be handed out, in dist/ of build-package:
 #   a tarball of statically linked tools, which run on any Linux of this processor as they are;
 #   a tarball of the sources (in a clone: those of its last commit);
-#   on Debian and its kin, packages: the tools, the shared library, and its development files.
+#   on Debian and its kin, packages: the tools, the shared library, its development files, and the
+#   Python module.
 # The tarballs need no more than the build of all tools.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -32,7 +33,7 @@ if [ "$in_clone" -eq 1 ]; then
 fi
 
 scripts/build.sh build-package/static all -DCMAKE_BUILD_TYPE=Release -DSTIGRUZ_TESTS=OFF \
-    -DSTIGRUZ_SHARED=OFF -DSTIGRUZ_STATIC_TOOLS=ON
+    -DSTIGRUZ_SHARED=OFF -DSTIGRUZ_STATIC_TOOLS=ON -DSTIGRUZ_PYTHON=OFF
 name=stigruz-$version-linux-$(uname -m)
 tree=build-package/$name
 rm -rf "$tree"
@@ -61,7 +62,7 @@ if ! command -v dpkg-shlibdeps >/dev/null || ! command -v file >/dev/null; then
     echo "No Debian packages are made: dpkg-shlibdeps (package dpkg-dev) or file is missing."
 else
     scripts/build.sh build-package/debian all -DCMAKE_BUILD_TYPE=Release -DSTIGRUZ_TESTS=OFF \
-        -DCMAKE_INSTALL_PREFIX=/usr -DSTIGRUZ_STATIC_TOOLS=OFF
+        -DCMAKE_INSTALL_PREFIX=/usr -DSTIGRUZ_STATIC_TOOLS=OFF -DPython_EXECUTABLE=/usr/bin/python3
     # Files in packages are writable by their owner only.
     (cd build-package/debian && umask 022 && cpack -G DEB -B "$dist" >cpack.log 2>&1) ||
         fail "$(cat build-package/debian/cpack.log)"

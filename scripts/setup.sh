@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Makes sure that what tasks need is installed: setup.sh build|tools|test|lint|fuzz|docs|package...
+# Makes sure that what tasks need is installed: setup.sh build|tools|python|test|python-test|...
 # (tools: the header libraries of all tools but stigruz)
 # As root, what is missing is installed through apt; else it is named and the script fails.
 set -euo pipefail
@@ -25,10 +25,28 @@ need_tools() {
     need nlohmann-json3-dev /usr/include/nlohmann/json.hpp
 }
 
+# The module is built with pybind11, for a Python with its headers and NumPy: Debian's, or one of the user's
+# for which CMake looks.
+need_python() {
+    need pybind11-dev /usr/include/pybind11/pybind11.h
+    python3 -c 'import numpy, sysconfig; open(sysconfig.get_path("include") + "/Python.h").close()' 2>/dev/null || {
+        need python3-dev /usr/include/python3.*/Python.h
+        need python3-numpy /usr/lib/python3/dist-packages/numpy
+    }
+}
+
 for task in "${@:-build}"; do
     case "$task" in
         build) ;;
         tools) need_tools ;;
+        python) need_python ;;
+        python-test)
+            need_python
+            need python3-pytest /usr/lib/python3/dist-packages/pytest
+            need mypy stubtest
+            need python3-ase /usr/lib/python3/dist-packages/ase
+            need python3-matplotlib /usr/lib/python3/dist-packages/matplotlib
+            ;;
         test)
             need libgtest-dev /usr/include/gtest/gtest.h
             need libgmock-dev /usr/include/gmock/gmock.h
@@ -50,11 +68,12 @@ for task in "${@:-build}"; do
         docs) need doxygen doxygen ;;
         package)
             need_tools
+            need_python
             need dpkg-dev dpkg-shlibdeps
             need file file
             ;;
         *)
-            echo "usage: setup.sh build|tools|test|lint|fuzz|docs|package..." >&2
+            echo "usage: setup.sh build|tools|python|test|python-test|lint|fuzz|docs|package..." >&2
             exit 2
             ;;
     esac

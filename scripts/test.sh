@@ -23,5 +23,8 @@ if ! scripts/setup.sh test tools; then
     scripts/setup.sh test 2>/dev/null
     echo "Going on without them: all tools but stigruz are left out."
 fi
+if [ "$directory" = build ]; then
+    scripts/setup.sh python-test || echo "Going on without them: the Python module or its tests are left out."
+fi
 scripts/build.sh -j "$jobs" "$directory" all "${options[@]}"
 ctest --test-dir "$directory" -j "$jobs" --output-on-failure --no-tests=error "$@"

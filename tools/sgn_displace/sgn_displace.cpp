@@ -27,12 +27,10 @@ int run(std::span<const std::string_view> arguments) {
     const std::vector<displaced_job> jobs =
         jobs_of_set(set, given.atoms ? parse_atom_list(*given.atoms, natom) : usual_atoms(job),
                     natom, given.one_sided, steps);
-    constexpr std::size_t most_jobs = 100'000;
     if (jobs.size() > most_jobs) {
         throw flib::run_error(std::to_string(jobs.size()) +
                               " files: choose the atoms to be displaced with --atoms");
     }
-    constexpr std::size_t usual_jobs = 2'000;
     const bool asked_for = given.atoms || given.overwrite || given.only_list;
     if (jobs.size() > usual_jobs && !asked_for) {
         throw flib::run_error(std::to_string(jobs.size()) +

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <utility>
 
 #include "flib/io/stop_run.h"
 #include "sgn/check/check.h"
@@ -65,12 +66,10 @@ std::string signs_in_words(const std::vector<std::size_t>& jobs, const report& o
     return (jobs.size() == 1 ? "sign of " : "signs of ") + names_of(jobs, of);
 }
 
-}  // namespace
-
-report analyse(const result_file& reference, const std::vector<result_file>& files,
-               bool sum_rules) {
+/// All but what each file shows.
+report analyse_whole(displaced_set&& set, bool sum_rules) {
     report result;
-    result.set = make_set(reference, files);
+    result.set = std::move(set);
     if (!result.set.misfits.empty()) {
         const auto& [name, reason] = result.set.misfits.front();
         throw flib::io_error(name, 0, reason);
@@ -78,7 +77,7 @@ report analyse(const result_file& reference, const std::vector<result_file>& fil
     result.derivatives = differentiate(result.set);
     const auto& d = result.derivatives;
     if (!d.complete()) {
-        throw flib::io_error(reference.name, 0,
+        throw flib::io_error(result.set.jobs.front().name, 0,
                              "coordinates are missing: no file displaces " +
                                  text_of(d.missing, result.set.atoms) + " (" +
                                  std::to_string(d.open_directions) + " of " +
@@ -105,6 +104,42 @@ report analyse(const result_file& reference, const std::vector<result_file>& fil
     result.signs = proof_of(result.set, d, result.dipole_rules, result.suspects);
     result.uncertainties = uncertainties_of(result.set, d, result.dipole_rules, result.signs);
     if (result.set.has_forces) add_forces(result);
+    return result;
+}
+
+/// A job as a file. No element of a density was chosen: it is the same for all.
+result_file file_of(const displaced_set& set, const displaced_job& job) {
+    result_file file{job.name, {}};
+    file.contents.parameters.sign = job.sign;
+    file.contents.parameters.tden_maxloc = {1, 1};
+    file.contents.parameters.tden_maxval = job.sign;
+    for (std::size_t a = 0; a < set.atoms.size(); ++a) {
+        const atom& each = set.atoms[a];
+        file.contents.symbol.emplace_back(each.symbol);
+        file.contents.nat.push_back(each.number);
+        file.contents.mass.push_back(each.mass);
+        file.contents.x.push_back(sum(each.x, job.moved.shift[a]));
+    }
+    file.contents.corrected_tdip = job.dipole;
+    file.contents.frc = job.forces;
+    return file;
+}
+
+}  // namespace
+
+report analyse(const result_file& reference, const std::vector<result_file>& files,
+               bool sum_rules) {
+    report result = analyse_whole(make_set(reference, files), sum_rules);
+    add_file_findings(result, reference, files);
+    return result;
+}
+
+report analyse(const displaced_set& set, bool sum_rules) {
+    report result = analyse_whole(displaced_set(set), sum_rules);
+    std::vector<result_file> files;
+    for (const displaced_job& each : set.jobs) files.push_back(file_of(set, each));
+    const result_file reference = std::move(files.front());
+    files.erase(files.begin());
     add_file_findings(result, reference, files);
     return result;
 }

@@ -55,6 +55,9 @@ struct report {
 report analyse(const result_file& reference, const std::vector<result_file>& files,
                bool sum_rules = true);
 
+/// The same of a set that was not made of files, as set_of_arrays() gives it.
+report analyse(const displaced_set& set, bool sum_rules = true);
+
 /// The verdict on the whole set in one sentence.
 std::string verdict_of(const report& of);
 

@@ -23,6 +23,10 @@ struct displaced_job {
     friend bool operator==(const displaced_job&, const displaced_job&) = default;
 };
 
+/// More jobs are not made of one input; more than the usual number only if that is asked for.
+inline constexpr std::size_t most_jobs = 100'000;
+inline constexpr std::size_t usual_jobs = 2'000;
+
 /// The name of the set that is made of `file`: its own without directory and extension. Throws
 /// flib::run_error for one that could not stand in %chk, in a list or in a shell's pattern as it
 /// is.

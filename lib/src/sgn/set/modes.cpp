@@ -10,9 +10,6 @@
 namespace sgn {
 namespace {
 
-constexpr double electron_masses_per_u = 1822.888486;
-constexpr double wavenumber_per_hartree = 219474.6313632;
-
 /// An orthonormal basis of the mass-weighted coordinates without translations and rotations.
 Eigen::MatrixXd internal_basis(std::span<const atom> atoms, const Eigen::VectorXd& mass) {
     const Eigen::Matrix3Xd x = centred(atoms, mass);

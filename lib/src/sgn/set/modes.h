@@ -11,6 +11,10 @@
 
 namespace sgn {
 
+/// One u in electron masses, and one Hartree in 1/cm (CODATA 2018).
+inline constexpr double electron_masses_per_u = 1822.888486;
+inline constexpr double wavenumber_per_hartree = 219474.6313632;
+
 struct normal_mode {
     double wavenumber = 0;    ///< 1/cm; negative if imaginary
     double reduced_mass = 0;  ///< u

@@ -20,6 +20,17 @@ std::int32_t wanted_state(const job& reference, std::optional<std::int32_t> stat
                              std::to_string(reference.states) + " in its log");
 }
 
+/// Throws the failure of a job as an error that names its file.
+[[noreturn]] void fail(const job_result& of) {
+    try {
+        std::rethrow_exception(of.failure);
+    } catch (const flib::io_error&) {
+        throw;
+    } catch (...) {
+        throw flib::run_error(of.reason());
+    }
+}
+
 std::string overlap_text(const std::vector<double>& overlaps) {
     double largest = 0;
     for (const double overlap : overlaps) largest = std::max(largest, std::abs(overlap));
@@ -56,17 +67,17 @@ job_set set_of_jobs(const std::string& reference, std::span<const std::string> c
     keeping.write = false;
     std::vector<job_result> jobs = follow_jobs(from, others, keeping, tell);
     for (job_result& each : jobs) {
-        if (!each.followed) throw flib::run_error(each.reason());
+        if (!each.followed) fail(each);
         const followed_state& followed = each.followed->states.front();
-        const std::string of_state =
-            flib::printable(each.checkpoint) + ": state " + std::to_string(made.state);
+        const std::string of_state = "state " + std::to_string(made.state);
         if (followed.root == 0) {
-            throw flib::run_error(of_state + " is lost: no overlap is above " +
-                                  overlap_text(followed.overlaps) + "; ask for more states");
+            throw flib::io_error(each.checkpoint, 0,
+                                 of_state + " is lost: no overlap is above " +
+                                     overlap_text(followed.overlaps) + "; ask for more states");
         }
         if (followed.kind == continuation::mixed) {
-            made.mixed.push_back(of_state + " is mixed: the overlap is " +
-                                 overlap_text(followed.overlaps));
+            made.mixed.push_back(flib::printable(each.checkpoint) + ": " + of_state +
+                                 " is mixed: the overlap is " + overlap_text(followed.overlaps));
         }
         if (made.no_forces.empty()) {
             made.no_forces =
