@@ -16,6 +16,8 @@
 #include "sgn/page/html.h"
 #include "sgn/set/from_arrays.h"
 #include "sgn/set/input_numbers.h"
+#include "sgn/set/modes.h"
+#include "sgn/set/set_moments.h"
 #include "values.h"
 
 namespace stigruz_python {
@@ -100,17 +102,35 @@ py::dict modes_of(const sgn::report& of) {
     values["dipole_derivatives"] = array_of(by_mass);
     values["dipole_derivatives_q"] = array_of(dimensionless);
     values["borrowed"] = array_of(borrowed);
+    for (const auto& [name, derivatives] : sgn::other_derivatives(of.derivatives)) {
+        const std::string key = std::string(name) + "_derivatives";
+        const std::string key_q = key + "_q";
+        values[key.c_str()] = py::none();
+        values[key_q.c_str()] = py::none();
+        if (derivatives->values.rows == 0) continue;
+        sgn::table along(modes.size(), derivatives->values.columns);
+        sgn::table along_q = along;
+        for (std::size_t m = 0; m < along.rows; ++m) {
+            const std::vector<double> row = sgn::by_mode(modes[m], derivatives->values);
+            for (std::size_t k = 0; k < along.columns; ++k) {
+                along(m, k) = row[k];
+                along_q(m, k) = row[k] * sgn::dimensionless_factor(modes[m]);
+            }
+        }
+        values[key.c_str()] = array_of(along);
+        values[key_q.c_str()] = array_of(along_q);
+    }
     return values;
 }
 
 py::object excitation_of(const sgn::report& of) {
-    if (of.moments.jobs.empty()) return py::none();
-    const sgn::job_moments& reference = of.moments.jobs.front();
-    const std::vector<double> gradient = excitation_gradient(of.moments, of.derivatives);
+    const auto& reference = of.set.jobs.front().excited;
+    if (!reference) return py::none();
+    const std::vector<double> gradient = excitation_gradient(of.set, of.derivatives);
     py::dict values;
-    values["state"] = reference.state;
-    values["state_of_forces"] = reference.target;
-    values["energy"] = or_none(reference.excitation);
+    values["state"] = reference->state;
+    values["state_of_forces"] = reference->target;
+    values["energy"] = or_none(reference->energy);
     const auto atoms = static_cast<py::ssize_t>(gradient.size() / 3);
     values["gradient"] = gradient.empty() ? py::object(py::none()) : array_of(gradient, {atoms, 3});
     return values;

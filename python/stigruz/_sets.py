@@ -73,6 +73,8 @@ class Modes:
     dipole_derivatives: (M, 3), by the mass-weighted coordinate, atomic units (electron masses)
     dipole_derivatives_q: (M, 3), by the dimensionless one; NaN if imaginary
     borrowed: (M,), square of that against the square of the dipole itself; NaN if one has none
+    velocity_dipole_derivatives, magnetic_dipole_derivatives: (M, 3), velocity_quadrupole_derivatives:
+        (M, 6), and with _q by the dimensionless coordinate; None where the jobs do not tell them
     """
 
     wavenumbers: Floats
@@ -81,6 +83,12 @@ class Modes:
     dipole_derivatives: Floats
     dipole_derivatives_q: Floats
     borrowed: Floats
+    velocity_dipole_derivatives: Optional[Floats]
+    velocity_dipole_derivatives_q: Optional[Floats]
+    magnetic_dipole_derivatives: Optional[Floats]
+    magnetic_dipole_derivatives_q: Optional[Floats]
+    velocity_quadrupole_derivatives: Optional[Floats]
+    velocity_quadrupole_derivatives_q: Optional[Floats]
 
     def __len__(self) -> int:
         return len(self.wavenumbers)

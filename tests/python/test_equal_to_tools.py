@@ -71,6 +71,11 @@ def same_set(told, s):
                       "displacement": "displacements", "dipole_derivative": "dipole_derivatives",
                       "dipole_derivative_q": "dipole_derivatives_q", "borrowed": "borrowed"}.items():
         same([mode[name] for mode in told["modes"]], getattr(s.modes, its))
+    for moment in ("velocity_dipole", "magnetic_dipole", "velocity_quadrupole"):
+        for key in ("derivative", "derivative_q"):
+            its = getattr(s.modes, f"{moment}_{key.replace('derivative', 'derivatives')}")
+            if its is not None:
+                same([mode[f"{moment}_{key}"] for mode in told["modes"]], its)
     if told["excitation"] is None:
         assert s.excitation is None
     else:
