@@ -90,6 +90,8 @@ TEST_F(SgnStates, ColoursVerdictsOnATerminal) {
               "\033[1;31mexchanged\033[0m\n"
               "h2ox_01zp      2     2   0.9998    -1     0.0000   0.0000   0.0000  "
               "\033[32msame\033[0m\n"
+              "State 2: another state is 0.0020 eV away in h2ox_02yp, less than 0.1 eV in 3 of 3 "
+              "jobs; if the two mix, derivatives are not sound.\n"
               "1 of 2 jobs with doubt; states: 1 same, 1 exchanged, 0 mixed, 0 lost.\n");
 }
 

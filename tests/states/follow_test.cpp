@@ -38,7 +38,7 @@ std::string text_of(const Range& numbers) {
 /// Everything that is known of a followed job, in a line per state.
 std::string text_of(const followed_job& of) {
     std::ostringstream text;
-    for (const auto& [state, kind, root, overlap, sign, values, spin, element, overlaps] :
+    for (const auto& [state, kind, root, overlap, sign, values, spin, nearest, element, overlaps] :
          of.states) {
         text << state << ' ' << name_of(kind) << ' ' << root << ' ' << sign << ' '
              << text_of(std::array{overlap}) << "; ";
@@ -165,6 +165,34 @@ TEST(Following, KeepsSingletsAndTripletsApart) {
               "2 exchanged 3 1 1.00; 0.75 31.00 32.00 33.00; 1.00; 0.10 0.00 1.00\n"
               "3 exchanged 2 1 0.30; 0.50 21.00 22.00 23.00; 0.30; 0.00 0.30 0.10\n"
               "stigruz 1 agrees, doubt");
+}
+
+TEST(Following, TellsTheNearestStateOfTheSameSpin) {
+    using enum flib::root_spin;
+    const auto with = [](std::vector<double> energies, std::vector<flib::root_spin> spins) {
+        job made = with_roots("1 0 0, 0 1 0, 0 0 1");
+        made.energy = std::move(energies);
+        made.spin = std::move(spins);
+        return made;
+    };
+    const auto text = [](const auto& state) {
+        if (!state.nearest) return std::string("none");
+        return std::to_string(state.nearest->root) + " at " +
+               std::to_string(state.nearest->distance) + (state.nearest->is_near() ? " near" : "");
+    };
+    const auto told = [&](const auto& states) {
+        std::vector<std::string> all;
+        for (const auto& each : states) all.push_back(text(each));
+        return all;
+    };
+    const reference_set from = prepared(with({0.3, 0.3036, 0.3074}, {}));
+    EXPECT_THAT(told(from.states),
+                testing::ElementsAre("2 at 0.003600 near", "1 at 0.003600 near", "2 at 0.003800"));
+    const auto among = [&](const job& now) { return told(follow(from, now, {}).states); };
+    EXPECT_THAT(among(with({0.4, 0.3, 0.301}, {singlet, triplet, singlet})),
+                testing::ElementsAre("3 at 0.099000", "none", "1 at 0.099000"));
+    EXPECT_THAT(among(with({0.4, 0.3, 0.301}, {})),
+                testing::ElementsAre("3 at 0.099000", "3 at 0.001000 near", "2 at 0.001000 near"));
 }
 
 TEST(Following, DoesNotDependOnPhasesAndOrderOfOrbitals) {

@@ -114,6 +114,37 @@ std::string disagreement(const std::string& name, const followed_job& of) {
            std::to_string(first.sign) + "\n";
 }
 
+/// Of every state that another one of its spin comes near to: how near, where and in how many jobs.
+std::string near_states(const set_result& result) {
+    std::string text;
+    const auto& states = result.reference.states;
+    for (std::size_t i = 0; i < states.size(); ++i) {
+        double least = sgn::near_energies;
+        std::size_t near = 0;
+        std::size_t jobs = 0;
+        std::string where;
+        const auto look = [&](const std::string& name, const auto& state) {
+            ++jobs;
+            if (!state.nearest || !state.nearest->is_near()) return;
+            ++near;
+            if (state.nearest->distance >= least) return;
+            least = state.nearest->distance;
+            where = flib::printable(name);
+        };
+        look(result.reference.reference.files.name, states[i]);
+        for (const sgn::job_result& each : result.jobs) {
+            if (each.followed) look(each.name, each.followed->states[i]);
+        }
+        if (near == 0) continue;
+        text += "State " + std::to_string(states[i].state) + ": another state is " +
+                decimal(least * flib::hartree_energy, 4) + " eV away in " + where + ", less than " +
+                decimal(sgn::near_energies * flib::hartree_energy, 1) + " eV in " +
+                std::to_string(near) + " of " + std::to_string(jobs) +
+                " jobs; if the two mix, derivatives are not sound.\n";
+    }
+    return text;
+}
+
 std::string summary(const set_result& result, const options& how) {
     std::array<std::size_t, 4> count{};
     std::size_t jobs = 0;
@@ -130,6 +161,7 @@ std::string summary(const set_result& result, const options& how) {
         }
         text += disagreement(each.name, *each.followed);
     }
+    text += near_states(result);
     const auto number = [](std::size_t n, const char* what) {
         return std::to_string(n) + " " + what + (n == 1 ? "" : "s");
     };
@@ -161,6 +193,11 @@ tools::json_value known_json(bool known, const Value& value) {
     return known ? tools::json_value(value) : tools::json_value();
 }
 
+tools::json_value nearest_json(const std::optional<sgn::near_state>& of) {
+    if (!of) return {};
+    return {{"root", of->root}, {"distance", of->distance * flib::hartree_energy}};
+}
+
 tools::json_value job_json(const sgn::job_result& of) {
     tools::json_value list = tools::json_value::array();
     for (const followed_state& each : of.followed->states) {
@@ -174,6 +211,7 @@ tools::json_value job_json(const sgn::job_result& of) {
                         {"energy", known_json(known, electronvolts(values))},
                         {"dipole", known_json(known, values.dipole)},
                         {"strength", known_json(known, values.oscillator_strength())},
+                        {"nearest", nearest_json(each.nearest)},
                         {"verdict", sgn::name_of(each.kind)},
                         {"overlaps", each.overlaps}});
     }
@@ -204,6 +242,11 @@ std::vector<std::string> csv_fields(const std::string& name, std::int32_t number
     }
     fields.emplace_back(kind);
     return fields;
+}
+
+void add_nearest(std::vector<std::string>& fields, const std::optional<sgn::near_state>& of) {
+    fields.push_back(of ? std::to_string(of->root) : "");
+    fields.push_back(of ? tools::csv_real(of->distance * flib::hartree_energy) : "");
 }
 
 /// A column of singlets alone tells nothing.
@@ -258,14 +301,16 @@ std::string json(const set_result& result, const options& how) {
                           {"jobs", tools::json_value::array()},
                           {"thresholds",
                            {{"mixed_below", how.follow.limits.mixed_below},
-                            {"lost_below", how.follow.limits.lost_below}}},
+                            {"lost_below", how.follow.limits.lost_below},
+                            {"near_energies", sgn::near_energies * flib::hartree_energy}}},
                           {"unreadable", tools::json_value::array()}};
     for (const sgn::reference_state& each : result.reference.states) {
         all["states"].push_back({{"state", each.state},
                                  {"spin", known_json(each.spin.has_value(), name_of(each.spin))},
                                  {"energy", electronvolts(each.values)},
                                  {"dipole", each.values.dipole},
-                                 {"strength", each.values.oscillator_strength()}});
+                                 {"strength", each.values.oscillator_strength()},
+                                 {"nearest", nearest_json(each.nearest)}});
     }
     for (const sgn::job_result& each : result.jobs) {
         if (each.followed) {
@@ -279,14 +324,15 @@ std::string json(const set_result& result, const options& how) {
 }
 
 std::string csv(const set_result& result) {
-    std::string text =
-        tools::csv_line({"job", "state", "root", "spin", "overlap", "sign", "energy", "strength",
-                         "dipole_x", "dipole_y", "dipole_z", "verdict", "overlaps"});
+    std::string text = tools::csv_line({"job", "state", "root", "spin", "overlap", "sign", "energy",
+                                        "strength", "dipole_x", "dipole_y", "dipole_z", "verdict",
+                                        "overlaps", "nearest_root", "nearest_distance"});
     for (const sgn::reference_state& each : result.reference.states) {
         std::vector<std::string> fields =
             csv_fields(result.reference.reference.files.name, each.state, "", each.spin, "", "",
                        each.values, "reference");
         fields.emplace_back();
+        add_nearest(fields, each.nearest);
         text += tools::csv_line(fields);
     }
     for (const sgn::job_result& each : result.jobs) {
@@ -301,6 +347,7 @@ std::string csv(const set_result& result) {
             for (const double value : of.overlaps) {
                 overlaps.append(overlaps.empty() ? "" : " ").append(tools::csv_real(value));
             }
+            add_nearest(fields, of.nearest);
             text += tools::csv_line(fields);
         }
     }

@@ -64,6 +64,7 @@ followed_state judge_state(const reference_state& state, std::optional<std::size
     result.sign = (overlap > 0 ? 1 : 0) - (overlap < 0 ? 1 : 0);
     result.values = values_of(now, result.root);
     result.spin = now.spin_of(result.root);
+    result.nearest = nearest_to(now, result.root);
     for (double& component : result.values->dipole) component *= result.sign;
     result.element_value = density_element(now, result.root, state.element);
     return result;
@@ -95,12 +96,24 @@ root_values values_of(const job& now, std::int32_t root) {
             {now.tdip(1, root), now.tdip(2, root), now.tdip(3, root)}};
 }
 
+std::optional<near_state> nearest_to(const job& now, std::int32_t root) {
+    std::optional<near_state> nearest;
+    const double energy = values_of(now, root).energy;
+    for (std::int32_t other = 1; other <= now.states; ++other) {
+        if (other == root || now.spin_of(other) != now.spin_of(root)) continue;
+        const double distance = std::abs(values_of(now, other).energy - energy);
+        if (!nearest || distance < nearest->distance) nearest = {other, distance};
+    }
+    return nearest;
+}
+
 reference_set prepare(job&& reference, std::span<const std::int32_t> wanted) {
     overlap_reference overlaps(reference);
     std::vector<reference_state> states;
     for (const std::int32_t state : wanted) {
         const auto [at, value] = largest_element(reference, state);
-        states.push_back({state, values_of(reference, state), reference.spin_of(state), at, value});
+        states.push_back({state, values_of(reference, state), reference.spin_of(state),
+                          nearest_to(reference, state), at, value});
     }
     reference.moc = flib::matrix<double>(0, 0, "");
     reference.xpy = {};

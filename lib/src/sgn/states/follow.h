@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "flib/util/math.h"
+#include "flib/util/units.h"
 #include "sgn/job/job.h"
 #include "sgn/states/overlap.h"
 
@@ -19,6 +20,22 @@ struct overlap_limits {
     double mixed_below = 0.8;  ///< of a state and the root that continues it
     double lost_below = 0.2;   ///< with less, no root continues the state
 };
+
+/// Two states of one spin no farther apart are near each other (Hartree; a tenth of an eV). What
+/// couples them changes by some hundredths of an eV over 0.01 Angstrom: by some ten percent of the
+/// distance, which is then the error of derivatives of their dipoles, if symmetry lets them mix.
+inline constexpr double near_energies = 0.1 / flib::hartree_energy;
+
+/// The state of the same spin whose energy is nearest to that of another.
+struct near_state {
+    std::int32_t root = 0;  ///< from 1 on
+    double distance = 0;    ///< of the energies, Hartree
+
+    bool is_near() const { return distance < near_energies; }
+};
+
+/// Nothing where there is no other state; where the dump does not tell spins, all count as equal.
+std::optional<near_state> nearest_to(const job& now, std::int32_t root);
 
 enum class continuation { same, exchanged, mixed, lost };
 
@@ -41,6 +58,7 @@ struct reference_state {
     std::int32_t state = 0;  ///< from 1 on
     root_values values;
     std::optional<flib::root_spin> spin{};  ///< if the dump tells it
+    std::optional<near_state> nearest{};    ///< among the states of the reference
     /// The largest element of its transition density, which stigruz would choose, and its value.
     flib::element_location element{0, 0};
     double element_value = 0;
@@ -66,6 +84,7 @@ struct followed_state {
     std::int32_t sign = 0;                ///< of the overlap
     std::optional<root_values> values{};  ///< of the root, the dipole times the sign
     std::optional<flib::root_spin> spin{};  ///< of the root, if the dump tells it
+    std::optional<near_state> nearest{};    ///< among the states of the job
     double element_value = 0;               ///< of the root's density at the state's element
     std::vector<double> overlaps{};  ///< with every state of the job; 0 where the spins differ
 };
