@@ -139,6 +139,10 @@ std::string facts_part(const sgn::report& of) {
     const sgn::displaced_set& set = of.set;
     const sum_rules& rules = of.dipole_rules;
     const std::string files = std::to_string(set.jobs.size());
+    std::string steps = decimal(set.largest_step, 4);
+    if (set.largest_step - set.smallest_step > sgn::rounding) {
+        steps = decimal(set.smallest_step, 4) + " to " + steps;
+    }
     const std::string one_sided =
         set.one_sided > 0 ? ", " + std::to_string(set.one_sided) + " one-sided" : "";
     return element(
@@ -153,7 +157,7 @@ std::string facts_part(const sgn::report& of) {
             fact("Transition dipole", decimal(sgn::length(set.jobs.front().dipole), 4), "au") +
             fact("Dipoles", std::to_string(set.dipole_decimals),
                  "decimals, of the " + std::string(source_of_dipoles(set))) +
-            excitation_fact(of) + fact("Displacement", decimal(set.largest_step, 4), "\u00C5"),
+            excitation_fact(of) + fact("Displacement", steps, "\u00C5"),
         "facts");
 }
 
