@@ -2,7 +2,8 @@
 # report.sh REFERENCE [JOB...]
 # Tells how the set in the working directory stands: how many jobs have a result, which do not and
 # why; whether qm_file finds in the dumps what amplitudes must be (its rows are in REFERENCE_dumps.txt);
-# whether sgn_check finds the signs trustworthy (its table is in REFERENCE_sgn_check.txt); and, when all
+# whether sgn_check finds the signs trustworthy (its table is in REFERENCE_sgn_check.txt); whether the
+# jobs were run for the state whose signs these are; and, when all
 # jobs are finished, makes the derivatives (REFERENCE_derivatives.txt, .json, .html). Which jobs: see
 # jobs.sh.
 #
@@ -140,6 +141,36 @@ check_signs() {
     fi
 }
 
+# The root of a log's route, "root=2"; 1 where it names none. It may be cut anywhere after 70 columns.
+root_of() {
+    local root
+    root=$(awk '/^ #/ { found = 1 } found { if (/^ ---/) exit; printf "%s", substr($0, 2) }' "$1" |
+        tr -d ' ' | grep -m 1 -ioE 'root=[0-9]+')
+    printf '%s\n' "${root:-root=1}" | sed 's/^.*=0*//'
+}
+
+# check_roots: signs and dipoles are those of the first state; forces are those of the root that the
+# log's job was run for.
+check_roots() {
+    local root of_reference result log other=''
+    [ -e "$reference.log" ] || return 0
+    of_reference=$(root_of "./$reference.log")
+    for result in "${results[@]}"; do
+        log=${result%.sgn}.log
+        [ -e "$log" ] || continue
+        root=$(root_of "./$log")
+        if [ "$root" != "$of_reference" ]; then other="${other:+$other, }$log: root $root"; fi
+    done
+    if [ -n "$other" ]; then
+        echo "roots: not all jobs were run for the same root ($reference.log: root $of_reference):" \
+            "the forces are not those of one state: $other"
+        status=1
+    elif [ "$of_reference" != 1 ]; then
+        echo "roots: the jobs were run for root $of_reference: forces and wavenumbers are those of that" \
+            "state, signs and dipoles those of state 1 (sgn_derive takes both of any state from the jobs)"
+    fi
+}
+
 make_derivatives() {
     local said=0 form command=()
     rm -f -- "$derivatives".{txt,json,html}
@@ -180,5 +211,6 @@ make_derivatives() {
 dumps_in_doubt=0
 check_dumps
 check_signs
+check_roots
 make_derivatives
 exit "$status"

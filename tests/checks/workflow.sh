@@ -122,6 +122,17 @@ expect_text "[1/18] h2o_01xm10000: done"
 expect_text "18 jobs: 18 finished, 0 not"
 expect_no_text "passed over"
 
+# Forces of another root than the first state, whose signs these are; the route is cut after 70 columns.
+new_set roots 01xm 01xp
+sed -i 's/^ #p cis(nstates=4,root=1)/ #p cis(nstates=4,ro\n ot = 2)/' h2o_*.log
+export SGN_CHECK="$build/tools/sgn_check --no-pairs"
+expect 0 3 0 0 "$workflow/loop.sh" h2o_ref
+expect_text "roots: the jobs were run for root 2: forces and wavenumbers are those of that state"
+sed -i 's/^ ot = 2)/ ot = 3)/' h2o_01xp.log
+expect 1 1 2 0 "$workflow/loop.sh" h2o_ref
+expect_text "(h2o_ref.log: root 2): the forces are not those of one state: h2o_01xp.log: root 3"
+SGN_CHECK=$build/tools/sgn_check
+
 # What can be wrong with a job, one by one; reports name every reason.
 new_set broken 01xm 01xp 02yp 02ym
 rm h2o_01xm.fchk

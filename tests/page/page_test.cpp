@@ -107,6 +107,26 @@ TEST(Page, IsThatOfTheFixture) {
     EXPECT_EQ(page_of(plain(model::diatomic)), fixture("diatomic.html"));
 }
 
+TEST(Page, TellsWhatCheckpointsDo) {
+    report of = analysed(model::bent, [](sgn::result_file& reference, auto& files) {
+        reference = model::with_moments(model::bent, reference);
+        reference.excited = {2, 1, 0.25};
+        const auto farther = model::displaced(model::bent, 0.02);
+        files.insert(files.end(), farther.begin(), farther.end());
+        for (auto& each : files) each = model::with_moments(model::bent, each);
+    });
+    of.surroundings = {"link atoms", "an outer field"};
+    const std::string words = words_of(page_of(of));
+    for (const char* line :
+         {"\nDipoles: 9 decimals, of the checkpoints\n",
+          "\nExcitation: 6.8028 eV, state 2; forces of state 1\n",
+          "\nVelocity dipole: ", "\nDisplacement: 0.0100 to 0.0200 \u00C5\n",
+          "\n[warning] The job has link atoms and an outer field, which do not move with the "
+          "atoms: the sums need not vanish.\n"}) {
+        EXPECT_THAT(words, HasSubstr(line));
+    }
+}
+
 TEST(Page, SaysWhatDeservesDoubt) {
     EXPECT_EQ(words_of(page_of(doubtful())), fixture("doubtful.txt"));
     const std::string page = sgn::page::html_of(doubtful(), "x");

@@ -274,6 +274,20 @@ TEST_F(Vibronic, CheckpointsOfOtherRunsDoNotCount) {
     }
 }
 
+TEST_F(Vibronic, ForcesOfAnotherStateAreTold) {
+    for (const auto& entry : fs::directory_iterator(scratch_.path())) {
+        if (entry.path().extension() != ".fchk") continue;
+        support::write_file(
+            entry.path(),
+            support::replaced(contents_of(entry.path()), "          10           1           0",
+                              "          10           2           0"));
+    }
+    const auto told = derive({});
+    EXPECT_EQ(std::to_string(told.status) + told.errors,
+              "0sgn_derive: h2o_ref.sgn: the dipole is that of state 1, the forces are those of "
+              "state 2\n");
+}
+
 TEST_F(Vibronic, ResultFilesOfStatesHaveTheCheckpointOfTheirJob) {
     std::string name;
     for (std::string* each : {&name, &files_[0]}) {

@@ -1,7 +1,9 @@
 #include "sgn/check/files_report.h"
 
+#include <algorithm>
 #include <utility>
 
+#include "flib/io/stop_run.h"
 #include "sgn/job/same_file.h"
 #include "sgn/result/sgn_file.h"
 #include "sgn/set/centre.h"
@@ -43,6 +45,28 @@ files_report report_on_jobs(const set_files& wanted, const report_listener& list
     return result;
 }
 
+/// Notes forces of another state than the dipoles', and ends with a doubt if jobs were run for
+/// different ones.
+void note_roots(files_report& of, const report_listener& listener) {
+    const displaced_set& set = of.is.set;
+    const auto& reference = set.jobs.front().excited;
+    if (!set.has_forces || !reference || reference->target == 0) return;
+    const auto other = std::ranges::find_if(set.jobs, [&](const displaced_job& each) {
+        return each.excited && each.excited->target != reference->target;
+    });
+    if (other != set.jobs.end()) {
+        listener.note(flib::printable(other->name) + ": the forces are those of state " +
+                      std::to_string(other->excited->target) + ", those of " +
+                      flib::printable(set.jobs.front().name) + " of state " +
+                      std::to_string(reference->target));
+        of.clear = false;
+    } else if (reference->target != reference->state) {
+        listener.note(flib::printable(set.jobs.front().name) + ": the dipole is that of state " +
+                      std::to_string(reference->state) + ", the forces are those of state " +
+                      std::to_string(reference->target));
+    }
+}
+
 files_report report_on_result_files(const set_files& wanted, const report_listener& listener) {
     result_file reference{wanted.reference, read_sgn_file(wanted.reference)};
     std::vector<result_file> files;
@@ -60,6 +84,7 @@ files_report report_on_result_files(const set_files& wanted, const report_listen
     files_report result{report_on_results(reference, files, wanted.sum_rules)};
     result.is.no_full_digits = none.reason;
     if (none.doubtful) note_source(result, listener);
+    note_roots(result, listener);
     return result;
 }
 

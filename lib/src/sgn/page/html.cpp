@@ -6,9 +6,11 @@
 #include <vector>
 
 #include "flib/io/fixed_field.h"
+#include "flib/util/units.h"
 #include "sgn/page/detail/drawings.h"
 #include "sgn/page/detail/style.h"
 #include "sgn/page/detail/svg.h"
+#include "sgn/set/listed.h"
 #include "sgn/set/molecule.h"
 
 namespace sgn::page {
@@ -119,10 +121,28 @@ std::string fact(std::string_view name, const std::string& value, const std::str
            "</div>\n";
 }
 
+/// Which transition it is, where a checkpoint tells.
+std::string excitation_fact(const sgn::report& of) {
+    const auto& excited = of.set.jobs.front().excited;
+    if (!excited) return {};
+    std::string rest = (excited->energy ? "eV, state " : "state ") + std::to_string(excited->state);
+    const bool others = excited->target != 0 && excited->target != excited->state;
+    if (of.set.has_forces && others) {
+        rest += "; forces of state " + std::to_string(excited->target);
+    }
+    return fact("Excitation",
+                excited->energy ? decimal(*excited->energy * flib::hartree_energy, 4) : "\u2013",
+                rest);
+}
+
 std::string facts_part(const sgn::report& of) {
     const sgn::displaced_set& set = of.set;
     const sum_rules& rules = of.dipole_rules;
     const std::string files = std::to_string(set.jobs.size());
+    std::string steps = decimal(set.largest_step, 4);
+    if (set.largest_step - set.smallest_step > sgn::rounding) {
+        steps = decimal(set.smallest_step, 4) + " to " + steps;
+    }
     const std::string one_sided =
         set.one_sided > 0 ? ", " + std::to_string(set.one_sided) + " one-sided" : "";
     return element(
@@ -135,7 +155,9 @@ std::string facts_part(const sgn::report& of) {
                                  "of " + std::to_string(rules.sums) + " sums", fail(rules))
                           : fact("Sum rules", "\u2013", "not judged")) +
             fact("Transition dipole", decimal(sgn::length(set.jobs.front().dipole), 4), "au") +
-            fact("Displacement", decimal(set.largest_step, 4), "\u00C5"),
+            fact("Dipoles", std::to_string(set.dipole_decimals),
+                 "decimals, of the " + std::string(source_of_dipoles(set))) +
+            excitation_fact(of) + fact("Displacement", steps, "\u00C5"),
         "facts");
 }
 
@@ -214,6 +236,12 @@ std::string rules_part(const sgn::report& of) {
                                   rule_words("Magnetic dipole", of.magnetic_rules)
                             : std::string());
     if (!rules.judged) return section("Sum rules", contents);
+    const std::string surroundings =
+        of.surroundings.empty()
+            ? std::string()
+            : paragraph("The job has " + listed(of.surroundings) +
+                            ", which do not move with the atoms: the sums need not vanish.",
+                        "warning");
     const auto swatch = [](std::string_view kind, std::string_view words) {
         return legend_item(svg::rectangle({0, 2}, 26, 10, kind), words);
     };
@@ -226,7 +254,8 @@ std::string rules_part(const sgn::report& of) {
         legend += swatch("bar bar-mended", "once the suspect signs are reversed");
     }
     legend += swatch("rounding", "what rounding explains");
-    return section("Sum rules", contents + legend_of(legend) + wide(rules_drawing(of)));
+    return section("Sum rules",
+                   contents + surroundings + legend_of(legend) + wide(rules_drawing(of)));
 }
 
 std::string modes_part(const sgn::report& of) {
