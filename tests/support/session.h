@@ -17,10 +17,12 @@ struct session_step {
 };
 
 /// The steps of a fixture below tests/data: lines "$ COMMAND", under each of them what it says.
+/// Lines that start with "## " are left out.
 inline std::vector<session_step> session_of(std::string_view fixture) {
     std::vector<session_step> steps;
     std::istringstream lines(contents_of(data_file(fixture)));
     for (std::string line; std::getline(lines, line);) {
+        if (line.starts_with("## ")) continue;
         if (line.starts_with("$ ")) {
             steps.push_back({line.substr(2), ""});
         } else {
@@ -28,6 +30,19 @@ inline std::vector<session_step> session_of(std::string_view fixture) {
         }
     }
     return steps;
+}
+
+/// What a command of the shell says with the tools at hand: its output, "errors: " and what it says
+/// there, and "[status N]" unless that is 0. TERMINAL runs a tool on one of 80 columns.
+inline std::string said_by(const std::string& line, const std::filesystem::path& directory) {
+    const std::string shell = "export LC_ALL=C; PATH=" TOOL_DIRECTORY
+                              ":$PATH; TERMINAL() { script -qeE never -c "
+                              "\"stty cols 80; NO_COLOR= TERM=dumb $* 2>&3\" /dev/null 3>&2; }; " +
+                              line;
+    outcome ended = run({"/bin/sh", {"-c", shell}, directory});
+    std::erase(ended.output, '\r');
+    return ended.output + (ended.errors.empty() ? "" : "errors: " + ended.errors) +
+           (ended.status == 0 ? "" : "[status " + std::to_string(ended.status) + "]\n");
 }
 
 /// Runs the steps of a fixture in a directory, by the shell and with the tools at hand, and

@@ -13,9 +13,12 @@ namespace support {
 /// A fixture file below tests/data.
 std::string data_file(std::string_view name);
 
-/// The rows of a table below tests/data: one a line, all with as many fields as the first, which
-/// are separated by " | ". In a field, \n, \r and \t stand for characters, \{N TEXT} for N times
-/// TEXT. Empty lines and those that start with # are left out.
+/// The fields of a line, which are separated by " | ". In them \n, \r and \t stand for characters,
+/// \{N TEXT} for N times TEXT.
+std::vector<std::string> fields_of(std::string_view line);
+
+/// The rows of a table below tests/data: one a line, all with as many fields as the first. Empty
+/// lines and those that start with # are left out.
 std::vector<std::vector<std::string>> table_of(std::string_view fixture);
 
 /// The words of a text; quotes keep blanks together ("a b", "").
