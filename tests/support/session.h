@@ -32,8 +32,15 @@ inline std::vector<session_step> session_of(std::string_view fixture) {
     return steps;
 }
 
-/// What a command of the shell says with the tools at hand: its output, "errors: " and what it says
-/// there, and "[status N]" unless that is 0. TERMINAL runs a tool on one of 80 columns.
+/// What a run says: its output, "errors: " and what it says there, and "[status N]" unless that is
+/// 0.
+inline std::string said_in(const outcome& run) {
+    return run.output + (run.errors.empty() ? "" : "errors: " + run.errors) +
+           (run.status == 0 ? "" : "[status " + std::to_string(run.status) + "]\n");
+}
+
+/// The same of a command of the shell, with the tools at hand. TERMINAL runs a tool on one of 80
+/// columns.
 inline std::string said_by(const std::string& line, const std::filesystem::path& directory) {
     const std::string shell = "export LC_ALL=C; PATH=" TOOL_DIRECTORY
                               ":$PATH; TERMINAL() { script -qeE never -c "
@@ -41,8 +48,7 @@ inline std::string said_by(const std::string& line, const std::filesystem::path&
                               line;
     outcome ended = run({"/bin/sh", {"-c", shell}, directory});
     std::erase(ended.output, '\r');
-    return ended.output + (ended.errors.empty() ? "" : "errors: " + ended.errors) +
-           (ended.status == 0 ? "" : "[status " + std::to_string(ended.status) + "]\n");
+    return said_in(ended);
 }
 
 /// Runs the steps of a fixture in a directory, by the shell and with the tools at hand, and

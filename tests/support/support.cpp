@@ -165,12 +165,6 @@ bool has_terminals() {
            run({terminal_maker, {"-qeE", "never", "-c", "true", "/dev/null"}, "/"}).status == 0;
 }
 
-std::string written_by(const command& what) {
-    const outcome ended = run(what);
-    return std::to_string(ended.status) + ": " + ended.output +
-           (ended.errors.empty() ? "" : "errors: " + ended.errors);
-}
-
 outcome run(const command& what) {
     const std::string tool =
         what.tool.starts_with("/") ? what.tool : std::string(TOOL_DIRECTORY "/") + what.tool;

@@ -82,9 +82,6 @@ struct outcome {
 
 outcome run(const command& what);
 
-/// "STATUS: OUTPUT" of a run, and "errors: ERRORS" if there are any.
-std::string written_by(const command& what);
-
 /// Whether there are terminals to run a tool on.
 bool has_terminals();
 
