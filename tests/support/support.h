@@ -48,6 +48,19 @@ class scratch_directory {
     std::filesystem::path path_;
 };
 
+/// An empty directory that is the working one as long as this lives.
+class working_directory {
+  public:
+    working_directory() { std::filesystem::current_path(directory_.path()); }
+    ~working_directory() { std::filesystem::current_path(home_); }
+    working_directory(const working_directory&) = delete;
+    working_directory& operator=(const working_directory&) = delete;
+
+  private:
+    scratch_directory directory_;
+    std::filesystem::path home_ = std::filesystem::current_path();
+};
+
 /// How a call ended: with the message lines and status of a stop_run, or with the one line of a
 /// run_error (status 2).
 struct ending {
