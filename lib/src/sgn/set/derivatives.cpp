@@ -223,8 +223,8 @@ derivatives differentiate(const displaced_set& set) {
     }
     const Eigen::MatrixXd solution =
         solver.solve(Eigen::MatrixXd::Identity(index(equations.size()), index(equations.size())));
-    result.weights = table_of(solution * parts);
-    result.smallest_step_weights = table_of(solution * of_smallest);
+    result.weights = table_of(product(solution, parts));
+    result.smallest_step_weights = table_of(product(solution, of_smallest));
     see_steps(result, set, equations, solution);
 
     moment_derivatives dipole =
