@@ -13,7 +13,8 @@ echo "clang-format: clean"
 
 for compiler in g++ clang++; do
     scripts/build.sh "build-warnings-$compiler" all -DCMAKE_CXX_COMPILER="$compiler" \
-        -DCMAKE_BUILD_TYPE=Debug -DSTIGRUZ_WERROR=ON -DSTIGRUZ_TESTS=OFF
+        -DCMAKE_BUILD_TYPE=Debug -DSTIGRUZ_WERROR=ON -DSTIGRUZ_TESTS=OFF \
+        -DCMAKE_DISABLE_PRECOMPILE_HEADERS=ON  # they hide what a source forgets to include
     echo "$compiler: no warnings"
 done
 

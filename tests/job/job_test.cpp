@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "flib/io/number.h"
+#include "support/dump.h"
 #include "support/support.h"
 
 namespace {
@@ -19,11 +20,7 @@ using support::contents_of;
 /// A copy of the smaller set's files, in the working directory.
 class ReadingAJob : public testing::Test {
   protected:
-    ReadingAJob() {
-        fs::copy(support::data_file("crossing"), directory_.path());
-        fs::current_path(directory_.path());
-    }
-    ~ReadingAJob() override { fs::current_path(home_); }
+    ReadingAJob() { fs::copy(support::data_file("crossing"), "."); }
 
     /// How reading the job ends: "" or the reason.
     static std::string ending(const job* reference = nullptr) {
@@ -31,8 +28,7 @@ class ReadingAJob : public testing::Test {
         return end ? end->text : "";
     }
 
-    support::scratch_directory directory_;
-    fs::path home_ = fs::current_path();
+    support::working_directory here_;
 };
 
 TEST_F(ReadingAJob, TakesEverythingOfIt) {
@@ -89,25 +85,14 @@ TEST_F(ReadingAJob, TellsWhatIsWrong) {
     EXPECT_EQ(ending(), "h2ox_02yp.cis: cannot be opened: No such file or directory");
 }
 
-/// A dump with its values as numbers, to be changed.
-struct dump {
+/// The dump of the job, of which roots can be taken out.
+struct dump : support::dump {
     static constexpr std::size_t words = 12;
     static constexpr std::size_t roots = 16;
     static constexpr std::size_t block = 68;  // amplitudes of a root and spin
     static constexpr std::size_t energies = words + 4 * block * roots;
 
-    explicit dump(const std::string& text) {
-        const std::size_t end = text.find("right):\n") + 8;
-        heading = text.substr(0, end);
-        std::istringstream items(text.substr(end));
-        for (std::string item; items >> item;) values.push_back(item);
-    }
-    void write(const std::string& file) const {
-        std::string text = support::replaced(heading, std::to_string(energies + roots),
-                                             std::to_string(values.size()));
-        for (const std::string& value : values) text += ' ' + value + '\n';
-        support::write_file(file, text);
-    }
+    dump() : support::dump("h2ox_02yp.cis") {}
     /// X+Y or X-Y of a root and spin.
     std::span<std::string> amplitudes(std::size_t root, bool beta, bool minus) {
         const std::size_t before = 2 * (root - 1 + (minus ? roots : 0)) + (beta ? 1 : 0);
@@ -129,9 +114,6 @@ struct dump {
         take(words + 2 * block * roots, 2 * block * left);
         take(energies, left);
     }
-
-    std::string heading;
-    std::vector<std::string> values;
 };
 
 void scale(std::span<std::string> values, double factor) {
@@ -145,7 +127,7 @@ void scale(std::span<std::string> values, double factor) {
 }
 
 TEST_F(ReadingAJob, JudgesTheAmplitudesOfEveryState) {
-    const dump whole(contents_of("h2ox_02yp.cis"));
+    const dump whole;
     const std::string normal = "h2ox_02yp.cis: the amplitudes of root 4 are not normalised as ";
     const struct {
         std::size_t root;
@@ -182,7 +164,7 @@ TEST_F(ReadingAJob, JudgesTheAmplitudesOfEveryState) {
 }
 
 TEST_F(ReadingAJob, SeesSingletsAndTriplets) {
-    dump changed(contents_of("h2ox_02yp.cis"));
+    dump changed;
     for (const bool minus : {false, true}) scale(changed.amplitudes(3, true, minus), -1);
     changed.write("h2ox_02yp.cis");
     const job now = read_job("h2ox_02yp.fchk");
@@ -194,7 +176,7 @@ TEST_F(ReadingAJob, SeesSingletsAndTriplets) {
 }
 
 TEST_F(ReadingAJob, FollowsDumpsOfOtherShapes) {
-    const dump whole(contents_of("h2ox_02yp.cis"));
+    const dump whole;
     const std::string log = contents_of("h2ox_02yp.log");
     const auto text = [](const job& now) {
         std::ostringstream told;

@@ -3,9 +3,9 @@
 #include <gmock/gmock.h>
 
 #include <random>
-#include <sstream>
 
 #include "numfreq/run_driver.h"
+#include "support/dump.h"
 #include "support/job.h"
 #include "support/support.h"
 
@@ -13,14 +13,12 @@ namespace {
 
 namespace fs = std::filesystem;
 using support::contents_of;
+using support::dump;
 using support::job;
 
 /// The driver runs in this process, so the test has a working directory of its own.
 class DumpLayout : public testing::Test {
   protected:
-    DumpLayout() : home_(fs::current_path()) { fs::current_path(directory_.path()); }
-    ~DumpLayout() override { fs::current_path(home_); }
-
     /// The result of the job NAME, mapped if there is a reference, or how the run ends.
     static std::string told(const std::string& name, const char* reference = nullptr) {
         const std::string checkpoint = name + ".fchk";
@@ -32,8 +30,7 @@ class DumpLayout : public testing::Test {
     }
 
   private:
-    support::scratch_directory directory_;
-    fs::path home_;
+    support::working_directory here_;
 };
 
 /// A result but for the number of roots.
@@ -42,29 +39,6 @@ std::string without_roots(const std::string& result) {
     return at == std::string::npos ? result
                                    : result.substr(0, at) + result.substr(result.find('\n', at));
 }
-
-/// A dump, as the heading and its values.
-struct dump {
-    explicit dump(const std::string& file) {
-        const std::string text = contents_of(file);
-        const std::size_t end = text.find("right):\n") + 8;
-        heading = text.substr(0, end);
-        std::istringstream rest(text.substr(end));
-        for (std::string value; rest >> value;) values.push_back(value);
-    }
-    void write(const std::string& file) const {
-        std::string text = heading;
-        for (std::size_t i = 0; i < values.size(); ++i) {
-            if (i % 5 == 0) text += ' ';
-            text += std::string(20 - std::min<std::size_t>(20, values[i].size()), ' ') + values[i];
-            if (i % 5 == 4 || i + 1 == values.size()) text += '\n';
-        }
-        support::write_file(file, text);
-    }
-
-    std::string heading;
-    std::vector<std::string> values{};
-};
 
 TEST_F(DumpLayout, NoOtherSignWhateverWordIsChanged) {
     std::mt19937_64 random(5);

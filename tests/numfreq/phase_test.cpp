@@ -10,16 +10,12 @@
 
 namespace {
 
-namespace fs = std::filesystem;
 using support::job;
 using support::writing;
 
 /// The driver runs in this process, so the test has a working directory of its own.
 class Phase : public testing::Test {
   protected:
-    Phase() : home_(fs::current_path()) { fs::current_path(directory_.path()); }
-    ~Phase() override { fs::current_path(home_); }
-
     /// The result of a reference run, or of one mapped to `reference`.
     static std::string result_of(const job& what, const char* reference = nullptr,
                                  const writing& how = {}) {
@@ -35,8 +31,7 @@ class Phase : public testing::Test {
     }
 
   private:
-    support::scratch_directory directory_;
-    fs::path home_;
+    support::working_directory here_;
 };
 
 job next_job(std::mt19937_64& random) {

@@ -1,6 +1,7 @@
 // qm_file as its users run it.
 #include <gtest/gtest.h>
 
+#include "support/session.h"
 #include "support/support.h"
 
 namespace {
@@ -47,16 +48,11 @@ class QmFile : public testing::Test {
     support::scratch_directory scratch_{};
 };
 
-TEST_F(QmFile, WritesAsTheRowsSay) {
+TEST_F(QmFile, SaysWhatStandsBelowEachCommand) {
     const bool terminals = support::has_terminals();
-    for (const auto& row : support::table_of("qm_file_runs.txt")) {
-        support::command line{"qm_file", support::words_of(row[0]), scratch_.path(), row[1]};
-        if (row[0].starts_with("TERMINAL ")) {
-            if (!terminals) continue;
-            line.arguments.erase(line.arguments.begin());
-            line.terminal = "dumb";
-        }
-        EXPECT_EQ(support::written_by(line), row[2]) << row[0];
+    for (const auto& [command, said] : support::session_of("qm_file_runs.txt")) {
+        if (!terminals && command.find("TERMINAL ") != std::string::npos) continue;
+        EXPECT_EQ(support::said_by(command, scratch_.path()), said) << "$ " << command;
     }
 }
 

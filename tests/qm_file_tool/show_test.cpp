@@ -5,6 +5,7 @@
 
 #include "common/json_text.h"
 #include "qm_file/show.h"
+#include "support/session.h"
 #include "support/support.h"
 
 namespace {
@@ -27,7 +28,9 @@ std::string shown(const std::string& form, file_report report, const std::string
 
 TEST(QmFileShows, WhatTheRowsSay) {
     const support::scratch_directory scratch;
-    for (const auto& row : support::table_of("qm_file_shown.txt")) {
+    for (const auto& [line, expected] : support::session_of("qm_file_shown.txt")) {
+        std::vector<std::string> row = support::fields_of(line);
+        row.resize(5);
         std::string text = support::contents_of(support::data_file(row[1]));
         if (row[2] == "END") {
             text.resize(text.find(row[3]));
@@ -37,8 +40,7 @@ TEST(QmFileShows, WhatTheRowsSay) {
         const std::string path = scratch.file("edited", text);
         const file_report report = qm_file::report_of(path, flib::all_quantities);
         EXPECT_EQ(report.facts.file, path);
-        EXPECT_EQ(shown(row[0], report, row[4]), row[5])
-            << row[0] << " of " << row[1] << " with '" << row[3] << "' for '" << row[2] << "'";
+        EXPECT_EQ(shown(row[0], report, row[4]), expected) << "$ " << line;
     }
 }
 

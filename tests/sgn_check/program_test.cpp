@@ -64,7 +64,7 @@ std::string doubts(const std::string& csv) {
 }
 
 /// A reference, oxygen moved along +x (this file is changed) and -x, and the former unchanged.
-TEST(SgnCheck, WritesAsTheRowsSay) {
+TEST(SgnCheck, SaysWhatStandsBelowEachStep) {
     const bool terminals = support::has_terminals();
     const support::scratch_directory scratch;
     for (const auto& [name, from] : {std::pair{"ref.sgn", "h2o_ref.sgn"},
@@ -74,19 +74,21 @@ TEST(SgnCheck, WritesAsTheRowsSay) {
         fs::copy_file(bundled() / from, scratch.path() / name);
     }
     const std::string plus = support::contents_of(bundled() / "h2o_01xp.sgn");
-    for (const auto& row : support::table_of("sgn_check_runs.txt")) {
-        scratch.file("plus.sgn", changed(plus, row[0]));
-        support::command line{"sgn_check", support::words_of(row[1]), scratch.path()};
+    for (const auto& [step, said] : support::session_of("sgn_check_runs.txt")) {
+        const std::vector<std::string> row = support::fields_of(step);
+        scratch.file("plus.sgn", changed(plus, row.at(0)));
+        support::command line{"sgn_check", support::words_of(row.at(1)), scratch.path()};
         if (line.arguments.at(0) == "TERMINAL") {
             if (!terminals) continue;
             line.terminal = line.arguments[1];
             line.arguments.erase(line.arguments.begin(), line.arguments.begin() + 2);
         }
-        EXPECT_EQ(support::written_by(line), row[3]) << row[0] << " | " << row[1];
+        const std::string told = support::said_in(support::run(line));
         line.arguments.insert(line.arguments.begin(), "--csv");
         line.terminal.clear();
         fs::remove(scratch.path() / "out.json");
-        EXPECT_EQ(doubts(support::run(line).output), row[2]) << row[0] << " | " << row[1];
+        const std::string found = doubts(support::run(line).output);
+        EXPECT_EQ(told + (found.empty() ? "" : "doubts: " + found + "\n"), said) << "$ " << step;
     }
 }
 

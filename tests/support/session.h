@@ -17,10 +17,12 @@ struct session_step {
 };
 
 /// The steps of a fixture below tests/data: lines "$ COMMAND", under each of them what it says.
+/// Lines that start with "## " are left out.
 inline std::vector<session_step> session_of(std::string_view fixture) {
     std::vector<session_step> steps;
     std::istringstream lines(contents_of(data_file(fixture)));
     for (std::string line; std::getline(lines, line);) {
+        if (line.starts_with("## ")) continue;
         if (line.starts_with("$ ")) {
             steps.push_back({line.substr(2), ""});
         } else {
@@ -28,6 +30,25 @@ inline std::vector<session_step> session_of(std::string_view fixture) {
         }
     }
     return steps;
+}
+
+/// What a run says: its output, "errors: " and what it says there, and "[status N]" unless that is
+/// 0.
+inline std::string said_in(const outcome& run) {
+    return run.output + (run.errors.empty() ? "" : "errors: " + run.errors) +
+           (run.status == 0 ? "" : "[status " + std::to_string(run.status) + "]\n");
+}
+
+/// The same of a command of the shell, with the tools at hand. TERMINAL runs a tool on one of 80
+/// columns.
+inline std::string said_by(const std::string& line, const std::filesystem::path& directory) {
+    const std::string shell = "export LC_ALL=C; PATH=" TOOL_DIRECTORY
+                              ":$PATH; TERMINAL() { script -qeE never -c "
+                              "\"stty cols 80; NO_COLOR= TERM=dumb $* 2>&3\" /dev/null 3>&2; }; " +
+                              line;
+    outcome ended = run({"/bin/sh", {"-c", shell}, directory});
+    std::erase(ended.output, '\r');
+    return said_in(ended);
 }
 
 /// Runs the steps of a fixture in a directory, by the shell and with the tools at hand, and

@@ -43,19 +43,26 @@ std::string unescaped(std::string text) {
 
 }  // namespace
 
+std::vector<std::string> fields_of(std::string_view line) {
+    const std::string text = " " + std::string(line) + " |";
+    std::vector<std::string> fields;
+    std::size_t from = 0;
+    for (std::size_t bar; (bar = text.find(" |", from)) != std::string::npos; from = bar + 2) {
+        const std::size_t start = std::min(from + 1, bar);  // after the blank, if there is one
+        fields.push_back(unescaped(text.substr(start, bar - start)));
+    }
+    return fields;
+}
+
 std::vector<std::vector<std::string>> table_of(std::string_view fixture) {
     std::vector<std::vector<std::string>> rows;
     std::istringstream lines(contents_of(data_file(fixture)));
     for (std::string line; std::getline(lines, line);) {
         if (line.empty() || line.starts_with('#')) continue;
-        std::vector<std::string>& row = rows.emplace_back();
-        line = " " + line + " |";
-        std::size_t from = 0;
-        for (std::size_t bar; (bar = line.find(" |", from)) != std::string::npos; from = bar + 2) {
-            const std::size_t start = std::min(from + 1, bar);  // after the blank, if there is one
-            row.push_back(unescaped(line.substr(start, bar - start)));
+        rows.push_back(fields_of(line));
+        if (rows.back().size() != rows.front().size()) {
+            throw std::runtime_error("fields of " + line);
         }
-        if (row.size() != rows.front().size()) throw std::runtime_error("fields of " + line);
     }
     if (rows.empty()) throw std::runtime_error("no rows in " + std::string(fixture));
     return rows;
@@ -156,12 +163,6 @@ outcome run_on_terminal(const command& what, const std::string& tool) {
 bool has_terminals() {
     return fs::exists(terminal_maker) &&
            run({terminal_maker, {"-qeE", "never", "-c", "true", "/dev/null"}, "/"}).status == 0;
-}
-
-std::string written_by(const command& what) {
-    const outcome ended = run(what);
-    return std::to_string(ended.status) + ": " + ended.output +
-           (ended.errors.empty() ? "" : "errors: " + ended.errors);
 }
 
 outcome run(const command& what) {

@@ -13,9 +13,12 @@ namespace support {
 /// A fixture file below tests/data.
 std::string data_file(std::string_view name);
 
-/// The rows of a table below tests/data: one a line, all with as many fields as the first, which
-/// are separated by " | ". In a field, \n, \r and \t stand for characters, \{N TEXT} for N times
-/// TEXT. Empty lines and those that start with # are left out.
+/// The fields of a line, which are separated by " | ". In them \n, \r and \t stand for characters,
+/// \{N TEXT} for N times TEXT.
+std::vector<std::string> fields_of(std::string_view line);
+
+/// The rows of a table below tests/data: one a line, all with as many fields as the first. Empty
+/// lines and those that start with # are left out.
 std::vector<std::vector<std::string>> table_of(std::string_view fixture);
 
 /// The words of a text; quotes keep blanks together ("a b", "").
@@ -43,6 +46,19 @@ class scratch_directory {
 
   private:
     std::filesystem::path path_;
+};
+
+/// An empty directory that is the working one as long as this lives.
+class working_directory {
+  public:
+    working_directory() { std::filesystem::current_path(directory_.path()); }
+    ~working_directory() { std::filesystem::current_path(home_); }
+    working_directory(const working_directory&) = delete;
+    working_directory& operator=(const working_directory&) = delete;
+
+  private:
+    scratch_directory directory_;
+    std::filesystem::path home_ = std::filesystem::current_path();
 };
 
 /// How a call ended: with the message lines and status of a stop_run, or with the one line of a
@@ -78,9 +94,6 @@ struct outcome {
 };
 
 outcome run(const command& what);
-
-/// "STATUS: OUTPUT" of a run, and "errors: ERRORS" if there are any.
-std::string written_by(const command& what);
 
 /// Whether there are terminals to run a tool on.
 bool has_terminals();

@@ -7,7 +7,7 @@
 namespace tools {
 namespace {
 
-std::string quoted(std::string_view text) {
+std::string quoted_field(std::string_view text) {
     std::string field = "\"";
     for (const char c : text) field.append(c == '"' ? 2 : 1, c);
     return field + '"';
@@ -24,7 +24,7 @@ std::string csv_line(const std::vector<std::string>& fields) {
     for (const std::string& field : fields) {
         if (&field != fields.data()) line += ',';
         const bool plain = field.find_first_of(",\"\r\n") == std::string::npos;
-        line += plain ? field : quoted(field);
+        line += plain ? field : quoted_field(field);
     }
     return line + "\r\n";
 }

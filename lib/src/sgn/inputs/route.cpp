@@ -17,7 +17,7 @@ namespace {
 
 /// Blanks, commas and slashes part keywords, the colon parts the methods of an ONIOM job.
 constexpr std::string_view separators = " \t\r,/:";
-constexpr std::string_view blanks = " \t\r";
+constexpr std::string_view white_space = " \t\r";
 
 class route_parser {
   public:
@@ -61,9 +61,9 @@ class route_parser {
         result.name = flib::strlowcase(rest_.substr(0, length));
         rest_.remove_prefix(length);
         for (;;) {
-            skip(blanks);
+            skip(white_space);
             const bool equals = take('=');
-            if (equals) skip(blanks);
+            if (equals) skip(white_space);
             if (take('(')) {
                 std::ranges::move(keywords(depth + 1), std::back_inserter(result.options));
                 if (!take(')')) fail();

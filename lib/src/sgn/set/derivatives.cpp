@@ -187,7 +187,7 @@ void see_steps(derivatives& result, const displaced_set& set,
         squares.row(index(e)) = step_squares(equations[e], set.coordinate_decimals);
         if (equations[e].extrapolated) several.push_back(index(e));
     }
-    result.step_squares = table_of(through * squares);
+    result.step_squares = table_of(product(through, squares));
     Eigen::MatrixXd measured(index(several.size()), index(set.jobs.size()));
     Eigen::MatrixXd measured_squares(through.rows(), measured.rows());
     for (Eigen::Index s = 0; s < measured.rows(); ++s) {
@@ -215,10 +215,11 @@ Eigen::MatrixXd largest_of_three(const Eigen::Ref<const Eigen::MatrixXd>& of, bo
 Eigen::MatrixXd step_errors(const derivatives& by, const Eigen::Ref<const Eigen::MatrixXd>& values,
                             const Eigen::MatrixXd& all) {
     const Eigen::MatrixXd nearby = largest_of_three(largest_of_three(all, true), false);
-    Eigen::MatrixXd squares = view(by.step_squares) * nearby.cwiseAbs2();
+    Eigen::MatrixXd squares = product(view(by.step_squares), nearby.cwiseAbs2());
     if (by.measured_steps.rows > 0) {
-        const Eigen::MatrixXd change = largest_of_three(view(by.measured_steps) * values, false);
-        squares += view(by.measured_squares) * change.cwiseAbs2();
+        const Eigen::MatrixXd change =
+            largest_of_three(product(view(by.measured_steps), values), false);
+        squares += product(view(by.measured_squares), change.cwiseAbs2());
     }
     Eigen::MatrixXd errors(all.rows(), all.cols());
     for (Eigen::Index k = 0; k < all.cols(); ++k) errors.col(k) = squares.col(k / 3).cwiseSqrt();
@@ -264,7 +265,7 @@ derivatives differentiate(const displaced_set& set) {
     }
     const Eigen::MatrixXd solution =
         solver.solve(Eigen::MatrixXd::Identity(index(equations.size()), index(equations.size())));
-    result.weights = table_of(solution * parts);
+    result.weights = table_of(product(solution, parts));
     see_steps(result, set, equations, solution);
 
     moment_derivatives dipole =
@@ -312,7 +313,7 @@ moment_derivatives differentiate(const derivatives& by, const table& values, int
                               " cannot be differentiated: there are " +
                               std::to_string(by.weights.columns) + " jobs");
     }
-    const Eigen::MatrixXd all = view(by.weights) * view(values);
+    const Eigen::MatrixXd all = product(view(by.weights), view(values));
     const Eigen::VectorXd error = view(by.weights).rowwise().norm() * rounding_error(decimals);
     return {
         table_of(all), {error.begin(), error.end()}, table_of(step_errors(by, view(values), all))};

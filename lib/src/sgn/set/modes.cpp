@@ -73,8 +73,9 @@ std::vector<normal_mode> normal_modes(std::span<const atom> atoms, const table& 
     if (basis.cols() == 0) return {};
     const Eigen::MatrixXd weighted =
         inverse_root.asDiagonal() * view(force_constants) * inverse_root.asDiagonal();
-    const eigen_system solved = eigen_system_of(basis.transpose() * weighted * basis);
-    const Eigen::MatrixXd vectors = basis * solved.vectors;
+    const eigen_system solved =
+        eigen_system_of(product(transposed_product(basis, weighted), basis));
+    const Eigen::MatrixXd vectors = product(basis, solved.vectors);
     const double strength = std::pow(length(dipole), 2);
 
     std::vector<normal_mode> modes;

@@ -10,6 +10,7 @@
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
 #include "sgn/set/decimals.h"
+#include "sgn/set/detail/decompositions.h"
 #include "sgn/set/detail/residue_errors.h"
 #include "sgn/set/detail/rigid_motions.h"
 #include "sgn/set/detail/shape.h"
@@ -39,8 +40,8 @@ sum_variances variances_of(const rigid_motions& motions, const errors& known,
                            Eigen::Index components) {
     sum_variances result{Eigen::MatrixXd(6, components), Eigen::MatrixXd(6, components)};
     const Eigen::MatrixXd step = (known.part_of_step * known.step).cwiseAbs2();
-    result.step << motions.translation.cwiseAbs2().transpose() * step,
-        motions.rotation.cwiseAbs2().transpose() * step;
+    result.step << transposed_product(motions.translation.cwiseAbs2(), step),
+        transposed_product(motions.rotation.cwiseAbs2(), step);
     for (Eigen::Index l = 0; l < 3; ++l) {
         result.rounding.row(l).setConstant(known.translation[l]);
         // The vectors themselves, which turn along, are uncertain too.

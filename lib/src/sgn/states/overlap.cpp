@@ -69,7 +69,7 @@ overlap_rows overlap_reference::overlaps(const job& now) const {
     const auto virtuals = orbitals_of(now).middleCols(first_virtual, ma);
     const MatrixXd a_o = reference.solve(orbitals_of(now).middleCols(counts.nfc, mi));
     const MatrixXd a_oo = a_o.middleRows(counts.nfc, mi);
-    const MatrixXd a_o_squared = a_o.transpose() * a_o;
+    const MatrixXd a_o_squared = transposed_product(a_o, a_o);
     // C0^-1 (C1_v X1) or (C0^-1 C1_v) X1, whichever has fewer right-hand sides.
     const bool solve_orbitals = now.states * mi > ma;
     const MatrixXd a_v = solve_orbitals ? reference.solve(virtuals) : MatrixXd();
@@ -80,13 +80,14 @@ overlap_rows overlap_reference::overlaps(const job& now) const {
     for (std::int32_t root = 1; root <= now.states; ++root) {
         const MatrixXd x1 = amplitudes_of(now, root).stableNormalized();
         if (solve_orbitals) {
-            half.noalias() = a_v * x1;
+            half = product(a_v, x1);
         } else {
             half.noalias() = virtuals * x1;
             half = reference.solve(half);
         }
         turned.noalias() = half.middleRows(first_virtual, ma) * a_oo.transpose();
-        const double norm = std::sqrt((half.transpose() * half).cwiseProduct(a_o_squared).sum());
+        const double norm =
+            std::sqrt(transposed_product(half, half).cwiseProduct(a_o_squared).sum());
         for (std::size_t state = 0; state < amplitudes.size(); ++state) {
             rows[state].push_back(amplitudes[state].cwiseProduct(turned).sum() / norm);
         }

@@ -9,6 +9,14 @@ namespace sgn {
 
 using Eigen::MatrixXd;
 
+MatrixXd product(const MatrixXd& a, const MatrixXd& b) {
+    return a * b;
+}
+
+MatrixXd transposed_product(const MatrixXd& a, const MatrixXd& b) {
+    return a.transpose() * b;
+}
+
 eigen_system eigen_system_of(const MatrixXd& matrix) {
     const Eigen::SelfAdjointEigenSolver<MatrixXd> solver(matrix);
     return {solver.eigenvalues(), solver.eigenvectors()};

@@ -1,11 +1,16 @@
-// Decompositions of matrices. What they are made of takes longer to compile than all else here, so
-// that one source alone sees it.
+// Decompositions and products of matrices. What they are made of takes longer to compile than all
+// else here, so that one source alone sees it.
 #pragma once
 
 #include <Eigen/Core>
 #include <memory>
 
 namespace sgn {
+
+/// a b.
+Eigen::MatrixXd product(const Eigen::MatrixXd& a, const Eigen::MatrixXd& b);
+/// a^T b.
+Eigen::MatrixXd transposed_product(const Eigen::MatrixXd& a, const Eigen::MatrixXd& b);
 
 struct eigen_system {
     Eigen::VectorXd values;   ///< ascending

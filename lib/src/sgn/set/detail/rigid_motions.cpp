@@ -2,6 +2,8 @@
 
 #include <Eigen/Geometry>
 
+#include "sgn/set/detail/decompositions.h"
+
 namespace sgn {
 namespace {
 
@@ -38,8 +40,8 @@ bool rigid_motions::turns(Eigen::Index l) const {
 
 motion_sums::motion_sums(const rigid_motions& motions, const Eigen::MatrixXd& by_coordinate,
                          const Eigen::VectorXd& y)
-    : translation(motions.translation.transpose() * by_coordinate),
-      rotation(motions.rotation.transpose() * by_coordinate) {
+    : translation(transposed_product(motions.translation, by_coordinate)),
+      rotation(transposed_product(motions.rotation, by_coordinate)) {
     for (Eigen::Index l = 0; l < rotation.rows(); ++l) {
         const Eigen::Vector3d axis = motions.axes.col(l);
         for (Eigen::Index k = 0; k < y.size(); k += 3) {
