@@ -225,3 +225,29 @@ def test_every_public_function_says_what_it_takes():
             assert value.__doc__ and not value.__doc__.startswith(f"{name}("), name
     assert f"VERSION {stigruz.__version__}" in (SOURCE / "CMakeLists.txt").read_text()
     assert "numpy" in sys.modules
+
+
+@pytest.mark.parametrize("state", [1, 2, 3, 4])
+def test_signs_are_found(water, state):
+    reference, others = jobs_of(water)
+    s = stigruz.Set(reference, others, state=state)
+    x = np.array([s.coordinates + each.shifts for each in s.files])
+    dipoles = np.array([each.dipole for each in s.files])
+    chance = np.random.default_rng(state)
+    for _ in range(10):
+        signs = chance.choice([1, -1], size=len(dipoles))
+        found = stigruz.Set.from_arrays(s.symbols, x, dipoles * signs[:, None], signs="find", dipole_decimals=8)
+        its = found.found_signs
+        # The sign of the whole is that of the reference.
+        right = signs * signs[0]
+        if state == 2:  # dark: out of the plane it is of second order
+            assert not its.decided and its.reason in found.findings[-1].text and not found.fine
+            assert found.findings[-1].doubt == "undecided_signs" and its.open
+            assert any(np.array_equal(each[np.abs(dipoles).max(axis=1) > 1e-3], right[np.abs(dipoles).max(axis=1) > 1e-3])
+                       or np.array_equal(-each[np.abs(dipoles).max(axis=1) > 1e-3], right[np.abs(dipoles).max(axis=1) > 1e-3])
+                       for each in its.alternatives)
+        else:
+            assert its.decided and its.signs.tolist() == right.tolist() and found.fine
+            assert [each.sign for each in found.files] == right.tolist()
+            assert np.allclose(found.dipole_derivatives, signs[0] * s.dipole_derivatives, atol=1e-7)
+    assert stigruz.Set.from_arrays(s.symbols, x, dipoles).found_signs is None
