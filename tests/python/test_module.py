@@ -111,6 +111,26 @@ def test_jobs(water):
     assert bare.missing["magnetic_dipoles"] == "bare.fchk: has no moments of excited states"
 
 
+def test_jobs_of_other_sizes(water):
+    data = SOURCE / "tests" / "data" / "dependent"
+    other = stigruz.Job(data / "wd_ref.fchk")
+    assert other.orbitals().shape == (other.counts.basis_functions, other.counts.orbitals) != (22, 22)
+    for first, second in ((other, "h2o_ref.fchk"), ("h2o_ref.fchk", other)):
+        assert "has other atoms, orbitals or frozen orbitals than" in ending(lambda: stigruz.follow(first, second)).reason
+    assert ending(lambda: other.transition_density(0)).reason.startswith("has no state 0 of")
+
+
+def test_doubts_of_how_files_were_read(water):
+    """A job without the moments of its checkpoint: the dipoles of all are those of the logs."""
+    reference, others = jobs_of(water)
+    text = Path(others[0]).read_text()
+    Path(others[0]).unlink()
+    Path(others[0]).write_text(text.replace("ETran", "Other"))
+    s = stigruz.Set(reference, others)
+    assert not s.fine and s.findings == [] and s.dipole_decimals == 4
+    assert s.notes[0].startswith(f"{others[0]}: has no moments of excited states")
+
+
 def test_signs_from_arrays(water):
     reference, others = jobs_of(water)
     first = stigruz.Job(reference)
