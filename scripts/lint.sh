@@ -21,12 +21,14 @@ done
 tests/checks/headers_alone.sh "$PWD" build g++
 echo "headers: each compiles alone"
 
-git ls-files 'lib/*.cpp' 'tools/*.cpp' |
+python=()
+if [ -d build-warnings-clang++/python/stigruz ]; then python=('python/*.cpp'); fi
+git ls-files 'lib/*.cpp' 'tools/*.cpp' "${python[@]}" |
     xargs -P "$jobs" -n 4 clang-tidy -p build-warnings-clang++ --quiet 2>/dev/null
 echo "clang-tidy: clean"
 
 cppcheck --quiet --std=c++20 --enable=warning,performance,portability --inline-suppr \
-    --suppress=missingIncludeSystem --error-exitcode=1 -j "$jobs" -I lib/src -I tools lib tools
+    --suppress=missingIncludeSystem --error-exitcode=1 -j "$jobs" -I lib/src -I tools lib tools python/src
 echo "cppcheck: clean"
 
 git ls-files '*.sh' .ci/run | xargs shellcheck

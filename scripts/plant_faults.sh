@@ -107,6 +107,14 @@ programs_for() {
 # run_tests TREE FILE: the first test that fails, or nothing.
 run_tests() {
     local program status failed
+    if [[ $2 == python/* ]]; then
+        for program in stigruz_python stigruz qm_file sgn_derive sgn_states sgn_displace; do
+            build "$1" "$program" || { echo "?"; return; }
+        done
+        ctest --test-dir "$1/build" -R '^python\.' --timeout $longest_run >"$1.log" 2>&1 ||
+            sed -n 's/.* \(python\.[a-z_]*\) .*Failed.*/\1/p' "$1.log" | head -n 1
+        return
+    fi
     for program in $(programs_for "$1" "$2"); do
         build "$1" "$program" || { echo "?"; return; }
         rm -rf "$1.tmp"
@@ -142,7 +150,7 @@ report() { # report ROOM VERDICT FILE TEXT
 plant() {
     local tree=$1 file=$2 text instead whole rest room seen
     text=${3//<nl>/$'\n'} instead=${4//<nl>/$'\n'}
-    room=$(sed -E 's:^lib/src/((flib|sgn)/[^/]*).*:\1:; s:^(tools/[^/]*).*:\1:' <<<"$file")
+    room=$(sed -E 's:^lib/src/((flib|sgn)/[^/]*).*:\1:; s:^((tools|python)/[^/]*).*:\1:' <<<"$file")
     if [ ! -f "$tree/$file" ]; then
         report "$room" table "$file" "no such file ($5)"
         return

@@ -188,8 +188,7 @@ std::unique_ptr<reference> prepared(const job& of, const py::object& states) {
         }
     }
     std::ranges::sort(wanted);
-    const auto repeated = std::ranges::unique(wanted);
-    wanted.erase(repeated.begin(), repeated.end());
+    wanted.erase(std::unique(wanted.begin(), wanted.end()), wanted.end());
     return without_lock([&] { return std::make_unique<reference>(of, wanted); });
 }
 

@@ -14,6 +14,7 @@
 #include "sgn/inputs/file_set.h"
 #include "sgn/job/same_file.h"
 #include "sgn/page/html.h"
+#include "sgn/set/find_signs.h"
 #include "sgn/set/from_arrays.h"
 #include "sgn/set/input_numbers.h"
 #include "sgn/set/modes.h"
@@ -28,7 +29,28 @@ struct set_report {
     sgn::files_report made;
     std::vector<std::string> notes{};
     std::vector<std::string> inputs{};  ///< files that it was made of
+    std::optional<sgn::found_signs> signs{};
 };
+
+py::list sign_lists(std::span<const std::vector<int>> choices) {
+    py::list list;
+    for (const auto& each : choices) list.append(whole_numbers(each));
+    return list;
+}
+
+py::object found_signs_of(const set_report& of) {
+    if (!of.signs) return py::none();
+    py::dict values;
+    values["decided"] = of.signs->decided;
+    values["signs"] = whole_numbers(of.signs->signs);
+    values["alternatives"] = sign_lists(of.signs->alternatives);
+    py::list open;
+    for (const std::size_t job : of.signs->open) open.append(job);
+    values["open"] = open;
+    values["largest_change"] = of.signs->largest_change;
+    values["reason"] = text_or_none(of.signs->reason);
+    return values;
+}
 
 /// None for an empty table.
 py::object table_or_none(const sgn::table& of) {
@@ -233,6 +255,7 @@ py::dict values_of(const set_report& from) {
     values["verdict"] = text_of(verdict_of(of));
     values["fine"] = of.fine() && from.made.clear;
     values["notes"] = texts_of(from.notes);
+    values["found_signs"] = found_signs_of(from);
     return values;
 }
 
@@ -320,7 +343,7 @@ std::unique_ptr<set_report> report_on_arrays(
     const py::object& symbols, const py::object& coordinates, const py::object& dipoles,
     const py::object& forces, const py::object& masses, const py::object& names,
     const py::object& dipole_decimals, const py::object& force_decimals,
-    const py::object& coordinate_decimals, bool sum_rules) {
+    const py::object& coordinate_decimals, bool sum_rules, bool find) {
     if (py::isinstance<py::str>(symbols)) {
         throw py::type_error("symbols must be a sequence: ['O', 'H', 'H']");
     }
@@ -356,7 +379,9 @@ std::unique_ptr<set_report> report_on_arrays(
         const sgn::displaced_set set =
             sgn::set_of_arrays(elements, jobs.front(), std::span(jobs).subspan(1), facts);
         auto made = std::make_unique<set_report>();
-        made->made.is = sgn::analyse(set, sum_rules);
+        if (find) made->signs = sgn::find_signs(set);
+        made->made.is =
+            find ? sgn::analyse(set, *made->signs, sum_rules) : sgn::analyse(set, sum_rules);
         return made;
     });
 }
@@ -420,7 +445,7 @@ void add_sets(py::module_& module) {
     module.def("report_on_arrays", report_on_arrays, py::arg("symbols"), py::arg("coordinates"),
                py::arg("dipoles"), py::arg("forces"), py::arg("masses"), py::arg("names"),
                py::arg("dipole_decimals"), py::arg("force_decimals"),
-               py::arg("coordinate_decimals"), py::arg("sum_rules"));
+               py::arg("coordinate_decimals"), py::arg("sum_rules"), py::arg("find"));
     module.def(
         "report_values", [](const set_report& of) { return values_of(of); }, py::arg("report"));
     module.def("write_fchk", write_fchk, py::arg("report"), py::arg("file"), py::arg("template"));

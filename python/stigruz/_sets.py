@@ -10,6 +10,7 @@ from numpy.typing import ArrayLike
 
 from . import _core
 from ._arrays import Floats, Integers
+from ._errors import Error
 from ._facts import Path
 
 if TYPE_CHECKING:
@@ -160,6 +161,27 @@ class SetSumRules:
     as_good: list[list[str]]
 
 
+@dataclass(frozen=True, eq=False)
+class FoundSigns:
+    """Signs that nobody knew, of M geometries.
+
+    decided: one choice fits, and all others fit worse by far
+    signs: (M,), 1 or -1, by which the dipoles were multiplied; the reference keeps its own
+    alternatives: if undecided, the choices that fit, each as signs, the best first; empty if none
+        fits, or if there are too many to be tried
+    open: if undecided, the geometries (from 0 on) whose signs are open against those of most others
+    largest_change: by how much derivatives differ at most between the alternatives, atomic units
+    reason: if undecided, why, in words
+    """
+
+    decided: bool
+    signs: Integers
+    alternatives: list[Integers]
+    open: list[int]
+    largest_change: float
+    reason: Optional[str]
+
+
 @dataclass(frozen=True)
 class Displaced:
     """The inputs of a set: names of the files, the reference first, and what should be known."""
@@ -250,6 +272,7 @@ class Set:
     findings: a Finding for everything that deserves doubt; verdict: one sentence
     fine: nothing deserves doubt
     notes: what else should be known of how the files were read
+    found_signs: FoundSigns, of from_arrays(signs="find"); else None
     """
 
     symbols: list[str]
@@ -285,6 +308,7 @@ class Set:
     verdict: str
     fine: bool
     notes: list[str]
+    found_signs: Optional[FoundSigns]
 
     def __init__(
         self,
@@ -322,14 +346,16 @@ class Set:
         dipoles: (M, 3), transition dipoles of one state, atomic units
         forces: (M, N, 3), Hartree/Bohr, of the state whose modes are wanted
         masses: (N,), u; without, those of the most frequent isotopes
-        signs: "given", the dipoles have their right signs, which the sum rules judge
+        signs: "given", the dipoles have their right signs, which the sum rules judge; "find", they
+            are arbitrary: found_signs tells which were found, by continuity along every displacement
+            and by the sums, or that they are undecided, which is a finding
         names: (M,), by which findings name the geometries
         dipole_decimals, force_decimals, coordinate_decimals: with how many the numbers are right,
             0 to 10; without, dipoles and forces are as right as they have decimals. Where a program
             gives more than it converged to, say so: uncertainties and sum rules go by it.
         """
-        if signs != "given":
-            raise ValueError('signs must be "given"')
+        if signs not in ("given", "find"):
+            raise Error('signs must be "given" or "find"')
         made = cls.__new__(cls)
         made._take(
             _core.report_on_arrays(
@@ -343,6 +369,7 @@ class Set:
                 force_decimals,
                 coordinate_decimals,
                 sum_rules,
+                signs == "find",
             )
         )
         return made
@@ -378,6 +405,8 @@ class Set:
             reference_unseen=values.pop("reference_unseen"),
             as_good=values.pop("as_good"),
         )
+        if values["found_signs"] is not None:
+            values["found_signs"] = FoundSigns(**values["found_signs"])
         self.__dict__.update(values)
 
     def __repr__(self) -> str:

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Includes point down the house: from tools to what they share, to sgn, to flib, and
+# Includes point down the house: from tools to what they share, from the Python module, to sgn, to flib, and
 # within these in no circle of rooms.
 # Headers that are installed show nothing of Eigen, and no detail; nobody else includes a library's detail.
 set -euo pipefail
@@ -36,10 +36,13 @@ done < <(arrows)
 circle=$(arrows | awk '{ print $1, $2 }' | sort -u | tsort 2>&1 >/dev/null || true)
 [ -z "$circle" ] || complain "rooms in a circle: $circle"
 
-inner=$(grep -rnE '^#include "(flib|sgn)/[a-z_]+/detail/' tools || true
+inner=$(grep -rnE '^#include "(flib|sgn)/[a-z_]+/detail/' tools python || true
     grep -rnE '^#include "flib/[a-z_]+/detail/' lib/src/sgn || true
     grep -rnE --include='*.h' --exclude-dir=detail '^#include "[a-z_/]*/detail/' lib/src || true)
 [ -z "$inner" ] || complain "includes of what is not installed: $inner"
+
+tools=$(grep -rnE '^#include "[a-z_]+/' python | grep -vE '"(flib|sgn)/' || true)
+[ -z "$tools" ] || complain "the Python module includes of tools: $tools"
 
 foreign=$(grep -rlE --include='*.h' --exclude-dir=detail '#include [<"](Eigen|CLI|nlohmann)/' lib/src || true)
 [ -z "$foreign" ] || complain "installed headers that need other libraries: $foreign"

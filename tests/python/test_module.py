@@ -111,6 +111,26 @@ def test_jobs(water):
     assert bare.missing["magnetic_dipoles"] == "bare.fchk: has no moments of excited states"
 
 
+def test_jobs_of_other_sizes(water):
+    data = SOURCE / "tests" / "data" / "dependent"
+    other = stigruz.Job(data / "wd_ref.fchk")
+    assert other.orbitals().shape == (other.counts.basis_functions, other.counts.orbitals) != (22, 22)
+    for first, second in ((other, "h2o_ref.fchk"), ("h2o_ref.fchk", other)):
+        assert "has other atoms, orbitals or frozen orbitals than" in ending(lambda: stigruz.follow(first, second)).reason
+    assert ending(lambda: other.transition_density(0)).reason.startswith("has no state 0 of")
+
+
+def test_doubts_of_how_files_were_read(water):
+    """A job without the moments of its checkpoint: the dipoles of all are those of the logs."""
+    reference, others = jobs_of(water)
+    text = Path(others[0]).read_text()
+    Path(others[0]).unlink()
+    Path(others[0]).write_text(text.replace("ETran", "Other"))
+    s = stigruz.Set(reference, others)
+    assert not s.fine and s.findings == [] and s.dipole_decimals == 4
+    assert s.notes[0].startswith(f"{others[0]}: has no moments of excited states")
+
+
 def test_signs_from_arrays(water):
     reference, others = jobs_of(water)
     first = stigruz.Job(reference)
@@ -225,3 +245,29 @@ def test_every_public_function_says_what_it_takes():
             assert value.__doc__ and not value.__doc__.startswith(f"{name}("), name
     assert f"VERSION {stigruz.__version__}" in (SOURCE / "CMakeLists.txt").read_text()
     assert "numpy" in sys.modules
+
+
+@pytest.mark.parametrize("state", [1, 2, 3, 4])
+def test_signs_are_found(water, state):
+    reference, others = jobs_of(water)
+    s = stigruz.Set(reference, others, state=state)
+    x = np.array([s.coordinates + each.shifts for each in s.files])
+    dipoles = np.array([each.dipole for each in s.files])
+    chance = np.random.default_rng(state)
+    for _ in range(10):
+        signs = chance.choice([1, -1], size=len(dipoles))
+        found = stigruz.Set.from_arrays(s.symbols, x, dipoles * signs[:, None], signs="find", dipole_decimals=8)
+        its = found.found_signs
+        # The sign of the whole is that of the reference.
+        right = signs * signs[0]
+        if state == 2:  # dark: out of the plane it is of second order
+            assert not its.decided and its.reason in found.findings[-1].text and not found.fine
+            assert found.findings[-1].doubt == "undecided_signs" and its.open
+            assert any(np.array_equal(each[np.abs(dipoles).max(axis=1) > 1e-3], right[np.abs(dipoles).max(axis=1) > 1e-3])
+                       or np.array_equal(-each[np.abs(dipoles).max(axis=1) > 1e-3], right[np.abs(dipoles).max(axis=1) > 1e-3])
+                       for each in its.alternatives)
+        else:
+            assert its.decided and its.signs.tolist() == right.tolist() and found.fine
+            assert [each.sign for each in found.files] == right.tolist()
+            assert np.allclose(found.dipole_derivatives, signs[0] * s.dipole_derivatives, atol=1e-7)
+    assert stigruz.Set.from_arrays(s.symbols, x, dipoles).found_signs is None

@@ -24,7 +24,7 @@ def script(name, *arguments, cwd):
 
 def test_docs_python(water, capsys):
     shown = blocks("docs/python.md")
-    assert len(shown) == 9
+    assert len(shown) == 10
     names = {}
     for block in shown:
         exec(compile(block, "docs/python.md", "exec"), names)
@@ -32,6 +32,7 @@ def test_docs_python(water, capsys):
     assert "All 19 files are fine: no sign is wrong." in said
     assert "h2o_01zp [1 2] [-1 -1] ['same', 'same']" in said
     assert "h2o_ref.fchk None coordinates are missing" in said
+    assert names["again"].found_signs.decided and names["again"].fine
     assert (water / "inputs" / "h2o_ref.gjf").exists() and (water / "h2o.html").exists()
 
 

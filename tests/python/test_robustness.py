@@ -107,7 +107,10 @@ def test_others_run_meanwhile(water):
     sys.setswitchinterval(100)  # nobody gives the lock away but by releasing it
     try:
         before = counted
-        stigruz.Job(reference)
+        for _ in range(1000):  # the system may have no processor for the other
+            stigruz.Job(reference)
+            if counted > before:
+                break
         assert counted > before
     finally:
         sys.setswitchinterval(interval)
@@ -131,7 +134,6 @@ def test_an_interrupt_ends_the_work(water):
     signal.signal(signal.SIGALRM, lambda *_: (_ for _ in ()).throw(KeyboardInterrupt))
     with pytest.raises(KeyboardInterrupt):
         signal.setitimer(signal.ITIMER_REAL, 0.01)
-        stigruz.Set(reference, others * 1 + [each for each in others])
         while True:
             stigruz.Set(reference, others)
     with pytest.raises(ZeroDivisionError):

@@ -4,7 +4,9 @@
 
 #include "flib/io/stop_run.h"
 #include "model.h"
+#include "sgn/check/report.h"
 #include "sgn/set/derivatives.h"
+#include "sgn/set/find_signs.h"
 #include "sgn/set/from_arrays.h"
 #include "support/support.h"
 
@@ -50,6 +52,49 @@ TEST(SetOfArrays, IsThatOfTheResultFiles) {
     EXPECT_EQ(set.dipole_decimals, 4);
     EXPECT_EQ(set.force_decimals, 9);
     EXPECT_EQ(set.coordinate_decimals, 9);
+}
+
+TEST(SetOfArrays, IsReportedOnLikeTheResultFiles) {
+    const auto told = [](const report& of) {
+        std::string text = verdict_of(of);
+        for (const finding& each : of.findings) {
+            const bool whole = each.job == finding::whole_set;
+            text.append("\n").append(whole ? "set" : of.set.jobs[each.job].name);
+            text.append(": ").append(each.text);
+        }
+        return text;
+    };
+    const auto reference = model::reference(model::bent);
+    for (const bool wrong : {false, true}) {
+        auto files = model::displaced(model::bent);
+        files.push_back(files[3]);
+        files.erase(files.begin());
+        if (wrong) files[5].contents.corrected_tdip = scaled(-1, files[5].contents.corrected_tdip);
+        arrays given;
+        given.displaced.clear();
+        for (const auto& file : files) given.displaced.push_back(arrays_of(file));
+        array_facts facts;
+        facts.masses = reference.contents.mass;
+        facts.coordinate_decimals = 6;
+        const auto set = set_of_arrays(symbols, given.reference, given.displaced, facts);
+        EXPECT_EQ(told(analyse(set)), told(analyse(reference, files)));
+        EXPECT_EQ(told(analyse(set, false)), told(analyse(reference, files, false)));
+    }
+}
+
+TEST(SetOfArrays, TellsThatSoughtSignsAreUndecided) {
+    const arrays given;
+    const auto set = set_of_arrays(symbols, given.reference, given.displaced);
+    found_signs signs = find_signs(set);
+    ASSERT_TRUE(signs.decided);
+    EXPECT_TRUE(analyse(set, signs).fine());
+    signs.decided = false;
+    signs.reason = "2x+ or 2x-";
+    signs.signs[3] = -1;
+    const report of = analyse(set, signs);
+    EXPECT_EQ(of.set.jobs[3].sign, -1);
+    EXPECT_EQ(of.findings.back().text, "the signs are undecided: 2x+ or 2x-");
+    EXPECT_EQ(of.findings.back().kind, doubt::undecided_signs);
 }
 
 TEST(SetOfArrays, KeepsAllDigitsAndWhatIsToldOfThem) {

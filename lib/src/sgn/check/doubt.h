@@ -39,7 +39,8 @@ enum class doubt {
     large_step,
     no_masses,
     velocity_sum_rules,
-    magnetic_sum_rules
+    magnetic_sum_rules,
+    undecided_signs
 };
 
 /// Nothing is measured.
@@ -167,6 +168,12 @@ inline constexpr std::array doubts{
               "Where those of the velocity dipole hold, magnetic dipoles of some checkpoints have "
               "other signs, or are not about the origin of the coordinates.",
               "Use the derivatives of the other moments only; look at the checkpoints."},
+    doubt_row{
+        doubt::undecided_signs, "undecided_signs", no_limit, "", "the signs are undecided: {}",
+        "Signs that nobody knew were sought, and several choices fit: the derivatives are "
+        "those of one of them.",
+        "Compare the derivatives of all that fit; give dipoles with more digits, or signs from "
+        "amplitudes."},
 };
 
 constexpr const doubt_row& row_of(doubt kind) {

@@ -144,6 +144,15 @@ report analyse(const displaced_set& set, bool sum_rules) {
     return result;
 }
 
+report analyse(const displaced_set& set, const found_signs& signs, bool sum_rules) {
+    report result = analyse(with_signs(set, signs.signs), sum_rules);
+    if (!signs.decided) {
+        constexpr doubt kind = doubt::undecided_signs;
+        result.findings.push_back({kind, text_of(kind, {signs.reason})});
+    }
+    return result;
+}
+
 std::string names_of(const std::vector<std::size_t>& jobs, const report& of) {
     std::string text;
     for (const std::size_t i : jobs) {

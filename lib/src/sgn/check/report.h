@@ -10,6 +10,7 @@
 #include "sgn/check/proof.h"
 #include "sgn/set/derivatives.h"
 #include "sgn/set/displaced_set.h"
+#include "sgn/set/find_signs.h"
 #include "sgn/set/modes.h"
 #include "sgn/set/sum_rules.h"
 #include "sgn/set/suspects.h"
@@ -57,6 +58,9 @@ report analyse(const result_file& reference, const std::vector<result_file>& fil
 
 /// The same of a set that was not made of files, as set_of_arrays() gives it.
 report analyse(const displaced_set& set, bool sum_rules = true);
+
+/// The same with the signs of find_signs(); that they are undecided is a finding.
+report analyse(const displaced_set& set, const found_signs& signs, bool sum_rules = true);
 
 /// The verdict on the whole set in one sentence.
 std::string verdict_of(const report& of);
