@@ -25,7 +25,7 @@ std::string direction_of(const vec3& shift) {
 }
 
 /// Whether every shift of `a` is that of `b` times `direction`.
-bool match(const displacement& a, const displacement& b, double direction) {
+bool are_alike(const displacement& a, const displacement& b, double direction) {
     return std::equal(a.shift.begin(), a.shift.end(), b.shift.begin(), b.shift.end(),
                       [&](const vec3& one, const vec3& other) {
                           return is_same_place(one, scaled(direction, other));
@@ -60,11 +60,11 @@ displacement displacement_of(std::span<const vec3> x, std::span<const vec3> refe
 }
 
 bool are_same(const displacement& a, const displacement& b) {
-    return match(a, b, 1);
+    return are_alike(a, b, 1);
 }
 
 bool are_opposite(const displacement& a, const displacement& b) {
-    return match(a, b, -1);
+    return are_alike(a, b, -1);
 }
 
 }  // namespace sgn

@@ -90,9 +90,9 @@ class search {
     /// Whether second differences leave more than one choice anywhere.
     bool is_open() const { return open_.size() > 1; }
 
-    /// Follows the best guesses from `start` until some that cost less than `enough` mend
+    /// Follows the best guesses from `start` until some that cost less than `limit` mend
     /// everything, and adds those to `found`.
-    void mend(const guess& start, double enough, std::vector<guess>& found) const;
+    void mend(const guess& start, double limit, std::vector<guess>& found) const;
 
     /// Guesses with many more signs that fit as well as `best`.
     std::vector<guess> equals_of(const guess& best, const std::vector<std::size_t>& unseen) const;
@@ -318,12 +318,12 @@ std::vector<guess> search::next(const std::vector<guess>& from, const std::vecto
     return result;
 }
 
-void search::mend(const guess& start, double enough, std::vector<guess>& found) const {
+void search::mend(const guess& start, double limit, std::vector<guess>& found) const {
     std::vector<guess> at{start};
     for (int depth = 0; depth <= deepest && !at.empty(); ++depth) {
         const std::size_t before = found.size();
         for (const guess& candidate : at) {
-            if (candidate.cost < enough && mends(candidate)) found.push_back(candidate);
+            if (candidate.cost < limit && mends(candidate)) found.push_back(candidate);
         }
         if (found.size() > before) return;
         if (depth < deepest) at = next(at, moves_, &guess::cost);
