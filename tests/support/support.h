@@ -15,7 +15,7 @@ std::string data_file(std::string_view name);
 
 /// The rows of a table below tests/data: one a line, all with as many fields as the first, which
 /// are separated by " | ". In a field, \n, \r and \t stand for characters, \{N TEXT} for N times
-/// TEXT. Empty lines and those that start with # are left out.
+/// TEXT. Empty lines are left out, and those that start with #, but for rows below the first.
 std::vector<std::vector<std::string>> table_of(std::string_view fixture);
 
 /// The words of a text; quotes keep blanks together ("a b", "").
