@@ -23,10 +23,21 @@ stigruz "$escape.fchk"
 for job in "$escape"_0*.fchk; do stigruz "$job" "$escape.sgn"; done
 cp "$escape.sgn" "copy$escape.sgn"
 sed '/^ *corrected_tdip/,+1s/-5.35/ 5.35/' "${escape}_01xp.sgn" >"reversed$escape.sgn"
-sed "s/^ *O /$escape /" "${escape}_01xm.sgn" >"symbol$escape.sgn"
+sed "s/ O  / $escape  /" "${escape}_01xm.sgn" >"symbol$escape.sgn"
 sed 's/1.00782500/2.00782500/' "${escape}_01xm.sgn" >"mass$escape.sgn"
 sed '4,8d' "$escape.sgn" >"cut$escape.sgn"
-printf ' %s\n' '* O   R   C   A *' "Program Version 5.0$escape.3" >"orca$escape.out"
+for file in "$escape".sgn "$escape"_0*.sgn; do
+    cp "$file" "moved$file"
+    sed "s/ O  / $escape  /" "$file" >"symbols$file"
+done
+echo mine >"${escape}_01ym_s1.sgn"
+for suffix in fchk log cis; do
+    cp "$source/tests/data/crossing/h2ox_ref.$suffix" "near$escape.$suffix"
+    cp "$source/tests/data/crossing/h2ox_02yp.$suffix" "nearer$escape.$suffix"
+done
+echo "ORCA version: 5$escape" >"orca$escape.out"
+printf ' %s\n' 'Entering Gaussian System, Link 0=g16' '*****************' "Gaussian 16:  A-G16RevB.01$escape" \
+    >"version$escape.log"
 printf '%s\n' "%chk=$escape" "# cis(nstates=4)/6-31g $escape=2 force" '' t '' '0 1' \
     "H$escape 0 0 0" '' >"route$escape.gjf"
 
@@ -52,7 +63,8 @@ stigruz -~
 qm_file ~.log ~.fchk ~.sgn ~.cis none~ cut~.sgn orca~.out
 qm_file --json=out~.json ~.log ~.log
 qm_file --json=~.log ~.log
-qm_file type orca~.out ~.log
+qm_file orca~.out version~.log
+qm_file type orca~.out version~.log
 qm_file coord none~ ~.log ~.gjf
 qm_file dump ~.cis cut~.cis ~.log
 qm_file moments ~.fchk cut~.fchk
@@ -69,6 +81,7 @@ sgn_check ~.sgn none~.sgn
 sgn_check --min-ratio=~ ~.sgn ~.sgn
 sgn_check --~ ~.sgn
 sgn_check --json=~.sgn ~.sgn ~_01xp.sgn
+sgn_check --json=copy~.sgn ~.sgn ~_01xp.sgn
 sgn_derive ~.sgn ~_*.sgn
 sgn_derive ~.sgn ~_*.sgn mass~.sgn symbol~.sgn ~_01xp.sgn copy~.sgn
 sgn_derive ~.sgn ~_0[23]*.sgn ~_01[yz]*.sgn ~_01xm.sgn reversed~.sgn
@@ -81,6 +94,9 @@ sgn_derive --json=~_01xp.sgn ~.sgn ~_0*.sgn
 sgn_derive --json=mine~ --csv=mine~ ~.sgn ~_0*.sgn
 sgn_derive --csv=~.gjf ~.sgn ~_0*.sgn
 sgn_derive --csv=- ~.sgn ~_0*.sgn
+sgn_derive symbols~.sgn symbols~_0*.sgn
+sgn_derive --molden=- symbols~.sgn symbols~_0*.sgn
+sgn_derive --fcc=f~ --template=~.fchk moved~.sgn moved~_0*.sgn
 sgn_derive --molden=- ~.sgn ~_0*.sgn
 sgn_derive --fchk=d~.fchk --template=cut~.fchk ~.sgn ~_0*.sgn
 sgn_derive --fchk=d~.fchk --template=~.fchk ~.sgn ~_0*.sgn
@@ -100,6 +116,8 @@ sgn_states --jobs=~ ~.fchk ~_01xp.fchk
 sgn_states --mixed-below=~ ~.fchk ~_01xp.fchk
 sgn_states --json=~.log ~.fchk ~_01xp.fchk
 sgn_states --write ~.fchk ~_01xp.fchk
+sgn_states --write ~.fchk ~_01ym.fchk
+sgn_states near~.fchk nearer~.fchk
 sgn_displace ~.gjf
 sgn_displace ~.gjf
 sgn_displace --list ~.gjf
