@@ -187,6 +187,10 @@ rows() {
 }
 
 rows 0 >/dev/null
+# What came of an earlier call stays beside.
+if [ -s "$directory/results" ]; then
+    mv "$directory/results" "$directory/results-$(date -r "$directory/results" +%F-%H%M%S)"
+fi
 : >"$directory/results"
 for ((job = 0; job < jobs; ++job)); do
     tree=$directory/tree-$job

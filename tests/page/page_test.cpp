@@ -87,6 +87,7 @@ report doubtful() {
         model::reverse(files[3]);
         files[5].contents.parameters.sign = 0;
         files[7].contents.parameters.nmo = 32;
+        files[3].name = "1y<-";
         files.push_back(files[8]);
         files.back().name = "a/again.sgn";
         files.push_back(reference);
@@ -105,6 +106,9 @@ std::string fixture(const std::string& name) {
 
 TEST(Page, IsThatOfTheFixture) {
     EXPECT_EQ(page_of(plain(model::diatomic)), fixture("diatomic.html"));
+    model::molecule exact = model::diatomic;
+    exact.dipole_decimals = 6;
+    EXPECT_THAT(page_of(plain(exact)), HasSubstr("<td class=\"n aside\">-0.213396"));
 }
 
 TEST(Page, TellsWhatCheckpointsDo) {

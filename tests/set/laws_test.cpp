@@ -358,4 +358,10 @@ TEST(Suspects, OfSetsThatAreWrongInOtherWays) {
     EXPECT_EQ(dark(1, {1, 7, 15, 21, 29}), "failed, unsound");
 }
 
+TEST(Suspects, AreNotSeenInCurvedDipoles) {
+    auto files = model::displaced(model::bent);
+    for (const std::size_t i : {0U, 1U}) files[i].contents.corrected_tdip[0] += 0.0072;
+    EXPECT_EQ(verdict(model::reference(model::bent), files), "satisfied");
+}
+
 }  // namespace

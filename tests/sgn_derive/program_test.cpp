@@ -116,6 +116,13 @@ TEST_F(SgnDerive, WritesTablesForSpreadsheets) {
     EXPECT_EQ(modes[3], third + "\r");
 }
 
+TEST_F(SgnDerive, SaysNothingBesideWhatItStreams) {
+    const std::string alone = derive({"--json=-"}).output;
+    EXPECT_EQ(derive({"--json=-", "--csv=d.csv", "--molden=d.molden"}).output, alone);
+    // The reference among the files, as *.sgn has it.
+    EXPECT_EQ(derive({"--json=-", "h2o_ref.sgn"}).output, alone);
+}
+
 TEST_F(SgnDerive, ShowsDerivativesByAngstrom) {
     const std::string shown = derive({"--units=angstrom"}).output;
     EXPECT_THAT(shown, HasSubstr("(e Bohr, by Angstrom)"));

@@ -18,7 +18,7 @@ std::string data_file(std::string_view name);
 std::vector<std::string> fields_of(std::string_view line);
 
 /// The rows of a table below tests/data: one a line, all with as many fields as the first. Empty
-/// lines and those that start with # are left out.
+/// lines are left out, and those that start with #, but for rows below the first.
 std::vector<std::vector<std::string>> table_of(std::string_view fixture);
 
 /// The words of a text; quotes keep blanks together ("a b", "").

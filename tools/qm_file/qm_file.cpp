@@ -38,7 +38,9 @@ void tell_missing(const file_report& report, std::span<const quantity> by_name) 
         complain(report.facts.why_not(quantity::kind));
         return;
     }
-    if (!report.facts.kind && !by_name.empty()) {
+    // Of an input the layers are read, though no program has written it.
+    const auto is_missing = [&](quantity which) { return report.facts.missing.contains(which); };
+    if (!report.facts.kind && std::ranges::any_of(by_name, is_missing)) {
         complain(file + ": " + std::string(report.facts.why_not(quantity::kind)) + "; known are " +
                  qm_file::known_programs());
         return;

@@ -119,7 +119,8 @@ void judge_place(std::vector<verdict>& all, const thresholds& limits) {
         }
         const auto end = all.begin() + static_cast<std::ptrdiff_t>(i);
         const auto same = std::find_if(all.begin() + 1, end, [&](const verdict& other) {
-            return other.moved && are_same(*one.moved, *other.moved);
+            return other.moved && !other.has(doubt::not_finite) &&
+                   are_same(*one.moved, *other.moved);
         });
         if (same == end) continue;
         if (limits.pairs || length(difference(one.change, same->change)) > limits.max_asymmetry) {
