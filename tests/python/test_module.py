@@ -146,6 +146,7 @@ def test_signs_from_arrays(water):
         assert [int(each) - 1 for each in text[9].split()[2:]] == list(found.element)
         assert f"{found.value:.10E}" == text[10].split()[2]
         assert 0.97 < found.ratio < 1.03 and abs(found.overlap) > 0.99
+    assert not stigruz.Sign(1, -0.9, (0, 0), 0.4, 0.4).agrees
     # One orbital less, as where linear dependences were removed.
     fewer = stigruz.sign(first.orbitals()[:, :-1], first.amplitudes()[:-1], now.orbitals()[:, :-1], now.amplitudes()[:-1], 1)
     assert fewer.sign == found.sign and abs(fewer.overlap - found.overlap) < 1e-2
