@@ -321,12 +321,9 @@ void wrong_sets(int sets) {
         precision how;
         double left;  // of the dipole at the reference
     };
-    const row rows[] = {{"4 decimals, bright", {4, 0}, 1},
-                        {"4 decimals, dim", {4, 0}, 0.01},
-                        {"4 decimals, dark", {4, 0}, 0},
-                        {"9 decimals, bright", {9, 0}, 1},
-                        {"9 decimals, dark", {9, 0}, 0},
-                        {"9, noise 1e-5, dark", {9, 1e-5}, 0}};
+    const row rows[] = {{"4 decimals, bright", {4, 0}, 1}, {"4 decimals, dim", {4, 0}, 0.01},
+                        {"4 decimals, dark", {4, 0}, 0},   {"9 decimals, bright", {9, 0}, 1},
+                        {"9 decimals, dark", {9, 0}, 0},   {"9, noise 1e-5, dark", {9, 1e-5}, 0}};
     std::printf("%-22s %5s %7s %7s %7s %7s %7s %7s\n", "1 to 6 wrong signs", "sets", "right",
                 "among", "unsound", "wrong", "missed", "flatly");
     for (const row& each : rows) {
@@ -364,8 +361,8 @@ void wrong_sets(int sets) {
             const std::set<std::size_t> truth = seen(reversed);
             const auto& flips = found.suspects.flips;
             const auto is_among = [&](const auto& guesses) {
-                return std::ranges::any_of(
-                    guesses, [&](const auto& guess) { return seen(guess) == truth; });
+                return std::ranges::any_of(guesses,
+                                           [&](const auto& guess) { return seen(guess) == truth; });
             };
             if (found.suspects.unsound) {
                 ++unsound;
@@ -377,17 +374,19 @@ void wrong_sets(int sets) {
                 ++wrong;
                 if (found.suspects.flips.size() + found.signs.as_good.size() == 1) ++called_fine;
                 if (std::getenv("VERBOSE") != nullptr) {
-                    std::printf("wrong: %zu atoms, %zu of them, named %zu, others %zu, as good %zu\n",
-                                of.size(), truth.size(), seen(flips.front()).size(),
-                                flips.size() - 1, found.signs.as_good.size());
+                    std::printf(
+                        "wrong: %zu atoms, %zu of them, named %zu, others %zu, as good %zu\n",
+                        of.size(), truth.size(), seen(flips.front()).size(), flips.size() - 1,
+                        found.signs.as_good.size());
                 }
             } else {
                 ++missed;
                 if (found.signs.complete()) ++called_fine;
                 if (std::getenv("VERBOSE") != nullptr) {
-                    std::printf("missed: %zu atoms, %zu of them, fine %d, as good %zu, unseen %zu\n",
-                                of.size(), truth.size(), found.fine(),
-                                found.signs.as_good.size(), found.signs.unseen.size());
+                    std::printf(
+                        "missed: %zu atoms, %zu of them, fine %d, as good %zu, unseen %zu\n",
+                        of.size(), truth.size(), found.fine(), found.signs.as_good.size(),
+                        found.signs.unseen.size());
                 }
             }
         }

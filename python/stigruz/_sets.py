@@ -208,7 +208,9 @@ def displace(
     can be made.
     """
     if not isinstance(step, (str, float, int)):
-        step = ",".join(str(each) for each in step)
+        if len(step) > 64:
+            raise Error(f"there are {len(step)} steps; some few will do")
+        step = ",".join(str(float(each)) for each in step)
     values = _core.displace(input, step, atoms, directory, one_sided, overwrite)
     into = os.fsdecode(directory)
     files = [name if into in ("", ".") else os.path.join(into, name) for name in values["files"]]

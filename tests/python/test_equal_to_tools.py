@@ -90,7 +90,8 @@ def same_set(told, s):
          [[f.doubt, f.text, f.file] for f in s.findings])
     for name, rules in told["sum_rules"].items():
         same_rules(rules, getattr(s.sum_rules, name))
-    for name in ("suspects", "alternatives", "unsound"):
+    for name in ("suspects", "alternatives", "unsound", "unseen", "unseen_error", "reference_unseen",
+                 "as_good"):
         same(told["sum_rules"]["dipole"][name], getattr(s.sum_rules, name))
 
 
@@ -133,7 +134,7 @@ def test_states(name, monkeypatch):
         same(each["dipole"], first.printed_dipoles[at].copy())
         same(each["spin"], first.spins[at])
     prepared = stigruz.Reference(first)
-    same(told["thresholds"], {"mixed_below": 0.8, "lost_below": 0.2})
+    same(told["thresholds"], {"mixed_below": 0.8, "lost_below": 0.2, "near_energies": 0.1})
     for each, file in zip(told["jobs"], others, strict=True):
         followed = stigruz.follow(prepared, file)
         same(each["name"], followed.name)

@@ -184,7 +184,7 @@ def test_steps_of_arrays_have_all_their_digits():
     x = np.array([[0, 0, 0.1], [0, 0.8, -0.5], [0, -0.8, -0.5]]) + moved.reshape(-1, 3, 3) * stigruz.units.bohr
     s = stigruz.Set.from_arrays("O H H".split(), x, [0.1, 0.2, 0.3] + moved @ derivatives, sum_rules=False)
     assert np.allclose(s.dipole_derivatives, derivatives, atol=1e-9)
-    assert np.all(s.dipole_uncertainty < 1e-7)
+    assert np.all(s.dipole_rounding < 1e-7)
 
 
 def test_outputs(water):

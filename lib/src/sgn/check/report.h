@@ -35,8 +35,8 @@ struct report {
     double largest_force = 0;        ///< component at the reference, Hartree/Bohr
     std::vector<normal_mode> modes;  ///< empty also if a mass is missing
 
-    /// Why the dipoles are not those of the checkpoints, with the name of a file; empty if they are,
-    /// or if nobody looked.
+    /// Why the dipoles are not those of the checkpoints, with the name of a file; empty if they
+    /// are, or if nobody looked.
     std::string no_full_digits;
     /// What does not move with the set (surroundings_beside()); empty if nobody looked.
     std::vector<std::string> surroundings;

@@ -27,8 +27,9 @@ struct job_set {
 };
 
 /// Reads the jobs with these checkpoints and follows `state` of the reference into all of them;
-/// without, the state that the reference was run for. A job given twice, and the reference among the jobs, count once. Throws flib::run_error,
-/// which names the file, if a job cannot be read or no root of it continues the state.
+/// without, the state that the reference was run for. A job given twice, and the reference among
+/// the jobs, count once. Throws flib::run_error, which names the file, if a job cannot be read or
+/// no root of it continues the state.
 job_set set_of_jobs(const std::string& reference, std::span<const std::string> checkpoints,
                     std::optional<std::int32_t> state, const follow_options& how = {},
                     const follow_progress& tell = {});

@@ -36,9 +36,8 @@ std::vector<finding> set_findings(const displaced_set& set, const derivatives& o
     }
     if (!set.has_forces) return result;
     const double asymmetry = largest_asymmetry(of.forces);
-    const double uncertainty =
-        std::hypot(of.force_step_error,
-                   *std::max_element(of.force_rounding.begin(), of.force_rounding.end()));
+    const double uncertainty = std::hypot(
+        of.force_step_error, *std::max_element(of.force_rounding.begin(), of.force_rounding.end()));
     if (forces.judged && asymmetry > limit_of(doubt::asymmetric_forces) * uncertainty) {
         add(doubt::asymmetric_forces, {decimal(asymmetry, 4)});
     }
