@@ -164,11 +164,12 @@ std::string names_of(const std::vector<std::size_t>& jobs, const report& of) {
 std::string verdict_of(const report& of) {
     const auto& flips = of.suspects.flips;
     if (!flips.empty() && flips.size() + of.signs.as_good.size() > 1) {
-        return "Reversing the " + signs_in_words(flips.front(), of) +
-               " mends the sums, and so do " +
-               (flips.size() > 1 ? "the " + signs_in_words(flips[1], of)
-                                 : std::string("more of them at once")) +
-               ": which of them are wrong the dipoles do not tell.";
+        const std::string others =
+            flips.size() == 1
+                ? "do more of them at once"
+                : (flips[1].size() == 1 ? "does the " : "do the ") + signs_in_words(flips[1], of);
+        return "Reversing the " + signs_in_words(flips.front(), of) + " mends the sums, and so " +
+               others + ": which of them are wrong the dipoles do not tell.";
     }
     if (!flips.empty()) {
         const std::size_t wrong = flips.front().size();
