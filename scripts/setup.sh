@@ -30,7 +30,7 @@ need_tools() {
 need_python() {
     need pybind11-dev /usr/include/pybind11/pybind11.h
     python3 -c 'import numpy, sysconfig; open(sysconfig.get_path("include") + "/Python.h").close()' 2>/dev/null || {
-        need python3-dev /usr/include/python3.*/Python.h
+        compgen -G '/usr/include/python3.*/Python.h' >/dev/null || missing+=(python3-dev)
         need python3-numpy /usr/lib/python3/dist-packages/numpy
     }
 }
