@@ -175,6 +175,26 @@ TEST(Proof, NamesSignsThatFitAsWell) {
     }
 }
 
+/// Forces are noisy too, and told from wrong ones.
+TEST(Noise, IsToldFromWrongForces) {
+    for (const double by : {1e-6, 1e-3}) {
+        molecule smooth = model::bent;
+        smooth.force_decimals = 10;
+        auto files = model::displaced(smooth);
+        const auto far = model::displaced(smooth, 0.02);
+        files.insert(files.end(), far.begin(), far.end());
+        for (result_file& each : files) {
+            for (vec3& force : each.contents.frc) {
+                for (double& component : force) component += by * noise();
+            }
+        }
+        const report all = analyse(model::reference(smooth), files);
+        EXPECT_EQ(all.force_rules.satisfied, by < 1e-5) << by;
+        EXPECT_EQ(all.force_rules.noise > 0, by < 1e-5) << by;
+        EXPECT_EQ(all.fine(), by < 1e-5) << verdict_of(all);
+    }
+}
+
 /// What a single file with more digits says of the others: nothing.
 TEST(Decimals, AreThoseOfMostFiles) {
     auto files = model::displaced(model::bent);

@@ -433,8 +433,7 @@ found_signs evidence::find() const {
         for (const std::size_t job : differing(signs, result.signs)) result.open.push_back(job);
     }
     std::ranges::sort(result.open);
-    const auto repeated = std::ranges::unique(result.open);
-    result.open.erase(repeated.begin(), repeated.end());
+    result.open.erase(std::unique(result.open.begin(), result.open.end()), result.open.end());
     if (!result.open.empty()) {
         result.reason = names_of(result.open);
         if (sums == 0) {

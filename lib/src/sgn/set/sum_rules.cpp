@@ -86,7 +86,8 @@ sum_rules evaluate(const rigid_motions& motions, const Eigen::VectorXd& values,
 
     sum_rules result;
     result.judged = true;
-    if (components == 3 && known.rounding > 0 && sums.allFinite())
+    const bool explained = components == 3 || known.largest_factor > 1;
+    if (explained && known.rounding > 0 && sums.allFinite())
         explain(motions, sums, known, variances, result);
     const Eigen::MatrixXd uncertainty = (variances.rounding + variances.step).cwiseSqrt();
     constexpr double too_large = std::numeric_limits<double>::infinity();
@@ -192,7 +193,13 @@ sum_rules force_rules(const displaced_set& set, const derivatives& of) {
     for (std::size_t i = 0; i < set.atoms.size(); ++i) {
         forces.segment<3>(index(3 * i)) = vector(set.jobs.front().forces[i]);
     }
-    return rules(set, of, view(of.forces), forces, of.force_step, set.force_decimals, 0);
+    const auto with_noise = [&](double noise) {
+        return rules(set, of, view(of.forces), forces, of.force_step, set.force_decimals, noise);
+    };
+    result = with_noise(0);
+    if (result.satisfied) return result;
+    const sum_rules noisy = with_noise(largest_force_noise);
+    return noisy.satisfied ? noisy : result;
 }
 
 sum_rules rules_of(std::span<const atom> atoms, std::span<const double> values,

@@ -20,6 +20,9 @@ inline constexpr double largest_mean_square = 4;
 /// au): jobs that converged less. More would be seen in the four decimals of a log.
 inline constexpr double largest_noise = 2e-5;
 
+/// The same of forces, Hartree/Bohr.
+inline constexpr double largest_force_noise = 1e-5;
+
 /// In sums the errors of the steps cancel in part: what was measured was never more than this part
 /// of what they would be if they did not.
 inline constexpr double step_error_in_sums = 0.5;

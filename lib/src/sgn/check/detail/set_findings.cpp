@@ -6,6 +6,7 @@
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
 #include "flib/util/units.h"
+#include "sgn/set/decimals.h"
 #include "sgn/set/listed.h"
 #include "sgn/set/modes.h"
 
@@ -36,8 +37,10 @@ std::vector<finding> set_findings(const displaced_set& set, const derivatives& o
     }
     if (!set.has_forces) return result;
     const double asymmetry = largest_asymmetry(of.forces);
-    const double uncertainty = std::hypot(
-        of.force_step_error, *std::max_element(of.force_rounding.begin(), of.force_rounding.end()));
+    const double noise = std::hypot(1, forces.noise / rounding_error(set.force_decimals));
+    const double uncertainty =
+        std::hypot(of.force_step_error,
+                   noise * *std::max_element(of.force_rounding.begin(), of.force_rounding.end()));
     if (forces.judged && asymmetry > limit_of(doubt::asymmetric_forces) * uncertainty) {
         add(doubt::asymmetric_forces, {decimal(asymmetry, 4)});
     }
