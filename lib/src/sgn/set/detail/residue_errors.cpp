@@ -90,7 +90,10 @@ explanation residue_errors::explain(std::span<const double> residues) const {
     explanation found = best->by;
     const double most_noise = attempts_.back().by.noise;
     const double most_step = attempts_.back().by.step;
-    for (double between = between_factors; between > 1e-3; between /= 2) {
+    double between = 2 * between_factors;
+    constexpr int halvings = 11;
+    for (int i = 0; i < halvings; ++i) {
+        between /= 2;
         for (double explanation::*factor : {&explanation::noise, &explanation::step}) {
             if (!(found.*factor > 1)) continue;
             const double middle = found.*factor;
