@@ -37,8 +37,8 @@ sgn_contents atoms_of(std::span<const std::string> symbols, const std::vector<do
     return atoms;
 }
 
-result_file file_of(const job_arrays& job, std::string name, const sgn_contents& atoms) {
-    result_file file{job.name.empty() ? std::move(name) : job.name, atoms};
+result_file file_of(const job_arrays& job, const std::string& name, const sgn_contents& atoms) {
+    result_file file{job.name.empty() ? name : job.name, atoms};
     sgn_contents& contents = file.contents;
     contents.parameters.sign = 1;
     contents.parameters.natom = static_cast<std::int32_t>(job.x.size());

@@ -68,8 +68,7 @@ void explain(const rigid_motions& motions, const Eigen::MatrixXd& sums, const er
             variances.push_back({of.rounding(l, k), of.step(l, k)});
         }
     }
-    const explanation by =
-        residue_errors(std::move(variances), known.largest_factor).explain(residues);
+    const explanation by = residue_errors(variances, known.largest_factor).explain(residues);
     result.noise = known.rounding * std::sqrt(by.noise - 1);
     result.step_scale = std::sqrt(by.step);
     of.rounding *= by.noise;
