@@ -8,11 +8,12 @@
 
 #include "flib/excited/density_parts.h"
 #include "flib/io/stop_run.h"
-#include "flib/util/units.h"
 #include "module.h"
 #include "sgn/job/density.h"
 #include "sgn/job/job.h"
+#include "sgn/set/set_moments.h"
 #include "sgn/states/follow.h"
+#include "sgn/states/state_file.h"
 #include "values.h"
 
 namespace stigruz_python {
@@ -99,6 +100,18 @@ py::object spin_or_none(const std::optional<flib::root_spin>& spin) {
     return text_of(flib::name_of(*spin));
 }
 
+/// The checkpoint's, which have more digits, or the log's.
+std::vector<sgn::vec3> coordinates_from(const job& of) {
+    const std::vector<sgn::vec3> printed = sgn::coordinates_of(of);
+    std::vector<sgn::vec3> full;
+    try {
+        full = sgn::full_coordinates(of.files.checkpoint, printed, of.files.log);
+    } catch (const flib::ending&) {
+        return printed;
+    }
+    return full.empty() ? printed : full;
+}
+
 py::dict values_of(const job& of) {
     py::dict values;
     values["name"] = file_name(of.files.name);
@@ -108,11 +121,7 @@ py::dict values_of(const job& of) {
     values["counts"] = counts_of(of.counts);
     values["states"] = of.states;
     values["atomic_numbers"] = whole_numbers(of.atoms.nat.all());
-    py::array_t<double> x =
-        columns_of(of.full_x.view().rows() == 3 ? of.full_x.view() : of.atoms.x.view());
-    double* coordinates = x.mutable_data();
-    for (py::ssize_t i = 0; i < x.size(); ++i) coordinates[i] *= flib::bohr_radius;
-    values["coordinates"] = x;
+    values["coordinates"] = array_of(coordinates_from(of));
     values["masses"] = array_of(of.atoms.mass.all());
     values["forces"] = of.no_forces.empty() ? py::object(columns_of(of.force.view())) : py::none();
     values["forces_of"] = of.forces_of > 0 ? py::cast(of.forces_of) : py::none();

@@ -21,7 +21,6 @@
 #include "flib/qm_file/type_tag.h"
 #include "flib/text/fixed_text.h"
 #include "flib/util/file.h"
-#include "flib/util/units.h"
 #include "sgn/job/file_state.h"
 #include "sgn/job/job_files.h"
 
@@ -190,7 +189,6 @@ void read_amplitudes(job& now, const std::optional<flib::dump_layout>& layout) {
 
 /// Half a unit of the last decimal that a log prints, and a little for the rounding of the other.
 constexpr double half_of_dipole = 0.5e-4 + 1e-8;
-constexpr double half_of_coordinate = (0.5e-6 + 1e-8) / flib::bohr_radius;
 
 bool rounds_to(std::span<const double> full, std::span<const double> printed, double half) {
     return std::ranges::equal(full, printed, [half](double a, double b) {
@@ -219,7 +217,6 @@ std::string other_than_printed(const job& now, const flib::state_moments& moment
 
 /// The digits of the checkpoint are welcome, and nothing hangs on them.
 void read_full_digits(job& now) {
-    std::int32_t info = 0;
     try {
         now.moments = flib::qm_file_state_moments(now.files.checkpoint);
         if (now.moments) now.forces_of = now.moments->target;
@@ -231,18 +228,6 @@ void read_full_digits(job& now) {
         now.moments.reset();
     } catch (const flib::stop_run& stop) {
         now.no_moments = flib::printable(now.files.checkpoint) + ": " + stop.what();
-    }
-    std::int32_t natom = 0;
-    try {
-        flib::qm_file_natom(now.files.checkpoint, natom, info);
-        if (natom != now.counts.natom) return;
-        flib::matrix<double> x(3, natom, "the coordinates");
-        flib::qm_file_coord(now.files.checkpoint, natom, x.view(), info);
-        if (rounds_to(x.view().all(), now.atoms.x.view().all(), half_of_coordinate)) {
-            now.full_x = std::move(x);
-        }
-    } catch (const flib::ending&) {
-        return;
     }
 }
 
@@ -312,8 +297,7 @@ job::job(job_files its_files, const job_counts& sizes, std::int32_t its_states)
       force(3, sizes.natom, "the forces"),
       moc(sizes.nbasis, sizes.nbsuse, "the MO coefficients"),
       tdip(3, its_states, "the transition dipoles"),
-      xpy({sizes.ma, sizes.mi, 2, its_states}, "the excitation amplitudes"),
-      full_x(0, 0, "") {}
+      xpy({sizes.ma, sizes.mi, 2, its_states}, "the excitation amplitudes") {}
 
 std::span<const double> job::amplitudes(std::int32_t root) const {
     const auto block = static_cast<std::size_t>(counts.ma) * static_cast<std::size_t>(counts.mi);

@@ -57,9 +57,6 @@ struct job {
     /// Of all states in nine digits, from the checkpoint; they round to the log's dipoles.
     std::optional<flib::state_moments> moments{};
     std::string no_moments{};  ///< why there are none, with the file's name; empty if there are
-    /// 3 x natom, Bohr, from the checkpoint, in more digits than `atoms.x`; empty where it has
-    /// other atoms, or in another frame.
-    flib::matrix<double> full_x;
 };
 
 /// Reads the job with these files. Throws flib::run_error, which names the file, if one of its
