@@ -95,6 +95,16 @@ py::array_t<double> moment(const std::vector<double>& values, std::int32_t state
                     {states, components});
 }
 
+/// None where there is no other state.
+py::object near_or_none(const std::optional<sgn::near_state>& of) {
+    if (!of) return py::none();
+    py::dict values;
+    values["root"] = of->root;
+    values["distance"] = of->distance;
+    values["is_near"] = of->is_near();
+    return values;
+}
+
 py::object spin_or_none(const std::optional<flib::root_spin>& spin) {
     if (!spin) return py::none();
     return text_of(flib::name_of(*spin));
@@ -128,10 +138,16 @@ py::dict values_of(const job& of) {
     values["energies"] = array_of(of.energy);
     values["printed_dipoles"] = columns_of(of.tdip.view());
     py::list spins;
+    py::list nearest;
+    std::vector<double> strengths;
     for (std::int32_t state = 1; state <= of.states; ++state) {
         spins.append(spin_or_none(of.spin_of(state)));
+        nearest.append(near_or_none(nearest_to(of, state)));
+        strengths.push_back(sgn::values_of(of, state).oscillator_strength());
     }
     values["spins"] = spins;
+    values["nearest"] = nearest;
+    values["oscillator_strengths"] = array_of(strengths);
     py::dict missing;
     if (!of.no_forces.empty()) missing["forces"] = text_of(of.no_forces);
     if (of.moments) {
@@ -171,6 +187,7 @@ py::dict values_of(const sgn::followed_state& of) {
     values["dipole"] = of.values ? py::object(array_of(of.values->dipole)) : py::none();
     values["oscillator_strength"] =
         of.values ? py::cast(of.values->oscillator_strength()) : py::none();
+    values["nearest"] = near_or_none(of.nearest);
     values["overlaps"] = array_of(of.overlaps);
     return values;
 }
