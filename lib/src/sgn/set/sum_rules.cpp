@@ -127,6 +127,12 @@ std::string why_not(const displaced_set& set, const derivatives& of) {
            first + (set.one_sided == 1 ? ")" : ", ...)");
 }
 
+/// For each of the motions the variance of its sum, if that of all jobs' values, from which
+/// derivatives are made with `weights`, is 1.
+Eigen::Vector3d variance_of_sums(const Eigen::MatrixXd& motion, const table& weights) {
+    return (motion.transpose() * view(weights)).rowwise().squaredNorm();
+}
+
 /// Of values with so many decimals, and with noise up to so much.
 sum_rules rules(const displaced_set& set, const derivatives& of,
                 const Eigen::MatrixXd& values_by_coordinate, const Eigen::VectorXd& values,

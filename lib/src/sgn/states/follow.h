@@ -11,6 +11,7 @@
 #include "flib/util/math.h"
 #include "flib/util/units.h"
 #include "sgn/job/job.h"
+#include "sgn/set/displaced_set.h"
 #include "sgn/states/overlap.h"
 
 namespace sgn {
@@ -50,7 +51,7 @@ struct root_values {
     double oscillator_strength() const;
 };
 
-/// The values of `root` (from 1 on).
+/// The values of `root` (from 1 on), as the log prints them.
 root_values values_of(const job& now, std::int32_t root);
 
 /// A state of the reference that is to be followed.
@@ -59,6 +60,7 @@ struct reference_state {
     root_values values;
     std::optional<flib::root_spin> spin{};  ///< if the dump tells it
     std::optional<near_state> nearest{};    ///< among the states of the reference
+    std::optional<full_digits> full{};      ///< if the job has the moments of its checkpoint
     /// The largest element of its transition density, which stigruz would choose, and its value.
     flib::element_location element{0, 0};
     double element_value = 0;
@@ -85,7 +87,9 @@ struct followed_state {
     std::optional<root_values> values{};  ///< of the root, the dipole times the sign
     std::optional<flib::root_spin> spin{};  ///< of the root, if the dump tells it
     std::optional<near_state> nearest{};    ///< among the states of the job
-    double element_value = 0;               ///< of the root's density at the state's element
+    /// The moments of the root times the sign, if the job has those of its checkpoint.
+    std::optional<full_digits> full{};
+    double element_value = 0;        ///< of the root's density at the state's element
     std::vector<double> overlaps{};  ///< with every state of the job; 0 where the spins differ
 };
 

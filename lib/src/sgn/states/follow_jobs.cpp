@@ -16,7 +16,6 @@
 #include "flib/util/file.h"
 #include "sgn/job/job_files.h"
 #include "sgn/job/same_file.h"
-#include "sgn/set/set_moments.h"
 #include "sgn/states/state_file.h"
 
 namespace sgn {
@@ -100,15 +99,18 @@ void require_forces(const job& of) {
 }
 
 void follow_into(job_result& result, const reference_set& reference, const follow_options& how) {
-    const job now = read_job(how.find(result.checkpoint), &reference.reference);
+    job now = read_job(how.find(result.checkpoint), &reference.reference);
+    const std::vector<vec3> x = take_full_coordinates(now);
     followed_job followed = follow(reference, now, how.limits);
     if (how.write) require_forces(now);
     if (how.keep || how.write) {
         for (const followed_state& state : followed.states) {
-            result.values.push_back(values_of_followed(reference, now, state));
+            result_file& made =
+                result.values.emplace_back(values_of_followed(reference, now, state));
+            if (made.full) made.full->x = x;
         }
     }
-    result.no_full_digits = why_not_full_digits(now, result.values);
+    result.no_full_digits = now.no_moments;
     result.no_forces = now.no_forces;
     result.forces_of = now.forces_of;
     result.followed = std::move(followed);
@@ -191,21 +193,8 @@ std::vector<job_result> follow_jobs(const reference_set& reference,
     return jobs;
 }
 
-std::string why_not_full_digits(const job& of, std::span<result_file> values) {
-    if (!of.no_moments.empty()) return of.no_moments;
-    try {
-        const std::vector<vec3> x =
-            full_coordinates(of.files.checkpoint, coordinates_of(of), of.files.log);
-        for (result_file& each : values) each.full->x = x;
-    } catch (const flib::ending& ending) {
-        return ending.what();
-    }
-    return {};
-}
-
 std::string why_not_full_digits(const reference_set& reference, std::span<const job_result> jobs) {
-    std::string why_not = why_not_full_digits(reference.reference, {});
-    if (!why_not.empty()) return why_not;
+    if (!reference.reference.no_moments.empty()) return reference.reference.no_moments;
     const auto first = std::ranges::find_if(
         jobs, [](const job_result& each) { return !each.no_full_digits.empty(); });
     return first == jobs.end() ? std::string() : first->no_full_digits;

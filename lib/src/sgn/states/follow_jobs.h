@@ -32,7 +32,7 @@ struct job_result {
     std::string name;
     std::optional<followed_job> followed{};
     std::vector<result_file> values{};  ///< of each state of the reference, if they are kept
-    std::string no_full_digits{};       ///< why they lack those, with the file's name
+    std::string no_full_digits{};       ///< why there are none, with the file's name
     std::string no_forces{};            ///< why there are none, with the file's name
     std::int32_t forces_of = 0;         ///< the root that the job was run for; 0: not told
     std::size_t written_files = 0;
@@ -52,10 +52,6 @@ using follow_progress = std::function<void(std::size_t done, std::size_t all)>;
 std::vector<job_result> follow_jobs(const reference_set& reference,
                                     std::span<const std::string> checkpoints,
                                     const follow_options& how, const follow_progress& tell = {});
-
-/// Why the digits of a job's checkpoint do not count, or nothing: `values`, what result files of
-/// its states would hold, get the coordinates then, too.
-std::string why_not_full_digits(const job& of, std::span<result_file> values);
 
 /// Why the dipoles of the logs count and not the more exact ones of the checkpoints, of which all
 /// jobs that were followed or none must have them: names the first file. Empty if they do.
