@@ -67,7 +67,7 @@ class Job:
     energies: (states,), of excitation, Hartree
     spins: "singlet" or "triplet" of each state, None where the dump does not tell
     nearest: a NearState of each state, None where there is no other of its spin
-    oscillator_strengths: (states,), of the printed dipoles
+    oscillator_strengths: (states,), of the electric dipoles
     electric_dipoles: (states, 3), ground to excited state, atomic units, in nine digits where the
         checkpoint has them; printed_dipoles: the same as the log prints them
     velocity_dipoles, magnetic_dipoles: (states, 3), velocity_quadrupoles: (states, 6) in the order
@@ -137,8 +137,10 @@ class FollowedState:
     verdict: "same", "exchanged", "mixed" or "lost"
     overlap: its magnitude, None if it is lost; sign: 1 or -1, of the overlap, 0 if it is lost
     spin: "singlet", "triplet" or None
-    energy: of excitation, Hartree; oscillator_strength; dipole: (3,), transition dipole of the log
-        times the sign, atomic units; None if the state is lost
+    energy: of excitation, Hartree; oscillator_strength; dipole: (3,), electric transition dipole
+        times the sign, atomic units, as Job.electric_dipoles; None if the state is lost
+    velocity_dipole, magnetic_dipole: (3,), velocity_quadrupole: (6,), times the sign, as those of
+        Job; None if the job does not tell them, or the state is lost
     nearest: the NearState of the root among the states of the job, None if there is none
     overlaps: (states of the job,), with each of them
     """
@@ -152,6 +154,9 @@ class FollowedState:
     energy: Optional[float]
     dipole: Optional[Floats]
     oscillator_strength: Optional[float]
+    velocity_dipole: Optional[Floats]
+    magnetic_dipole: Optional[Floats]
+    velocity_quadrupole: Optional[Floats]
     nearest: Optional[NearState]
     overlaps: Floats
 

@@ -6,6 +6,7 @@ them lacks is a difference like another value. The first lines of a failure name
 
 import math
 import os
+from pathlib import Path
 
 import numpy as np
 import pytest
@@ -155,10 +156,10 @@ def near(of):
     return of and {"root": of.root, "distance": of.distance * stigruz.units.hartree}
 
 
-def as_told_of_reference(job, others):
-    """An object for every state of the reference; `others` are the moments that the tool tells."""
-    names = "spin=spins energy=energies dipole=printed_dipoles strength=oscillator_strengths nearest"
-    told = rows(job, " ".join((names, *others)), job.states)
+def as_told_of_reference(job):
+    """An object for every state of the reference."""
+    names = "spin=spins energy=energies dipole=electric_dipoles strength=oscillator_strengths nearest"
+    told = rows(job, " ".join((names, *(f"{each}={each}s" for each in OTHERS))), job.states)
     for i, state in enumerate(told):
         state["state"] = i + 1
         state["energy"] *= stigruz.units.hartree
@@ -166,32 +167,40 @@ def as_told_of_reference(job, others):
     return told
 
 
-def as_told_of_job(file, followed):
+def as_told_of_job(job, followed):
     states = []
     for each in followed.states:
-        its = picked(each, "state root spin overlap sign energy dipole strength=oscillator_strength verdict overlaps")
+        its = picked(each, "state root spin overlap sign energy dipole strength=oscillator_strength verdict overlaps "
+                      "velocity_dipole magnetic_dipole velocity_quadrupole")
         if its["energy"] is not None:
             its["energy"] *= stigruz.units.hartree
         states.append(its | {"nearest": near(each.nearest)})
     assert followed.roots.tolist() == [each.root or 0 for each in followed.states]
     assert followed.signs.tolist() == [each.sign for each in followed.states]
-    return {"name": followed.name, "checkpoint": file, "states": states,
+    return {"name": followed.name, "checkpoint": job.checkpoint, "states": states,
+            "no_moments": job.missing.get("magnetic_dipoles"),
             "stigruz": {"sign": followed.stigruz_sign, "agrees": followed.stigruz_agrees}}
+
+
+def require_equal_states(reference, others):
+    told = json_of("sgn_states", reference, *others, cwd=".")
+    jobs = [stigruz.Job(file) for file in (reference, *others)]
+    prepared = stigruz.Reference(jobs[0])
+    followed = [stigruz.follow(prepared, job) for job in jobs[1:]]
+    require_equal(told, {
+        "written_by": "sgn_states", "reference": jobs[0].name, "states": as_told_of_reference(jobs[0]),
+        "no_moments": jobs[0].missing.get("magnetic_dipoles"),
+        "jobs": [as_told_of_job(*each) for each in zip(jobs[1:], followed)], "unreadable": [],
+        "thresholds": {"mixed_below": 0.8, "lost_below": 0.2, "near_energies": stigruz.near_energies * stigruz.units.hartree},
+    })
+    return jobs[0], followed
 
 
 @pytest.mark.parametrize("name", SETS)
 def test_states(name, monkeypatch):
     monkeypatch.chdir(SETS[name])
     reference, others = jobs_of(SETS[name])
-    told = json_of("sgn_states", reference, *others, cwd=SETS[name])
-    first = stigruz.Job(reference)
-    prepared = stigruz.Reference(first)
-    followed = [stigruz.follow(prepared, file) for file in others]
-    require_equal(told, {
-        "written_by": "sgn_states", "reference": first.name, "states": as_told_of_reference(first, ()),
-        "jobs": [as_told_of_job(*each) for each in zip(others, followed)], "unreadable": [],
-        "thresholds": {"mixed_below": 0.8, "lost_below": 0.2, "near_energies": stigruz.near_energies * stigruz.units.hartree},
-    })
+    first, followed = require_equal_states(reference, others)
     # In the crossing set states 2 and 3 are near each other, in the others none are.
     close = [each.nearest.root for job in followed for each in job.states if each.nearest.is_near]
     assert set(close) == ({2, 3} if name == "crossing" else set())
@@ -202,6 +211,20 @@ def test_states(name, monkeypatch):
     again = stigruz.follow(reference, others[0], mixed_below=1, lost_below=0)
     assert again.states[0].overlaps.tolist() == followed[0].states[0].overlaps.tolist()
     assert [each.verdict for each in again.states] == ["mixed"] * first.states
+
+
+def test_states_without_moments(water):
+    """They are not told, or the checkpoint is of another geometry."""
+    for name, old, new in (("h2o_01zp", "ETran", "Other"), ("h2o_02ym", "2.22987683E-01", "3.22987683E-01")):
+        text = Path(f"{name}.fchk").read_text()
+        assert old in text
+        Path(f"{name}.fchk").unlink()
+        Path(f"{name}.fchk").write_text(text.replace(old, new))
+    reference, others = jobs_of(water)
+    _, followed = require_equal_states(reference, others)
+    without = [each.name for each in followed if each.states[0].magnetic_dipole is None]
+    assert without == ["h2o_01zp", "h2o_02ym"]
+    require_equal_states("h2o_01zp.fchk", ["h2o_ref.fchk"])
 
 
 def files_to_read():
