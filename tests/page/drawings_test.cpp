@@ -200,7 +200,7 @@ report molecule_of(const std::vector<sgn::atom>& atoms, const sgn::vec3& dipole)
 /// by 0.35 towards the reader; the drawing is 460 wide, 46 of it a margin, and 360 high.
 TEST(MoleculeDrawing, ShowsWhereTheAtomsAre) {
     std::vector<sgn::atom> atoms{{"O", 8, 16, {-2, 0, 0}},
-                                 {"<", 1, 1, {2, 0, 0}},
+                                 {"<", 1, 1, {2, 0, 0}, 12},
                                  {"C", 6, 12, {0, 0.6, 0}},
                                  {"C", 6, 12, {0, -0.6, 0}}};
     std::string drawing = sgn::page::molecule_drawing(molecule_of(atoms, {0, 0, 2}));
@@ -213,8 +213,8 @@ TEST(MoleculeDrawing, ShowsWhereTheAtomsAre) {
               "230 242.09 middle: C4\n"
               "230 122.41 33.43: C3: 0.000000, 0.600000, 0.000000 \u00C5\n"
               "230 126.91 middle: C3\n"
-              "414 210.48 23.32: &lt;2: 2.000000, 0.000000, 0.000000 \u00C5\n"
-              "414 214.98 middle: &lt;2\n"
+              "414 210.48 23.32: &lt;12: 2.000000, 0.000000, 0.000000 \u00C5\n"
+              "414 214.98 middle: &lt;12\n"
               "230 180 173.63 220.02\n"
               "178.36,211.14 173.63,220.02 183.57,218.48\n"
               "166.67 229.96 middle: \u03BC\n");
