@@ -4,6 +4,7 @@
 #include <nlohmann/json.hpp>
 
 #include "sets.h"
+#include "support/json_difference.h"
 
 namespace {
 
@@ -170,6 +171,38 @@ TEST_F(DeriveJobs, FollowsTheStateAskedFor) {
     EXPECT_EQ(derive({"--state=5"}).errors,
               "sgn_derive: h2o_ref.fchk: has no state 5 of 4 in its log\n");
     EXPECT_EQ(derive({"--state=1-2"}).errors, "sgn_derive: --state takes one state, not '1-2'\n");
+}
+
+/// In one job the second state comes as near to the third as 0.43113281 - 0.42913281 Hartree, which
+/// is no doubt: symmetry may keep them apart.
+TEST_F(DeriveJobs, TellsThatAnotherStateComesNear) {
+    const std::string dump = scratch_.path() / "h2o_02yp.cis";
+    write_file(dump, support::replaced(contents_of(dump), "0.41658081D+00", "0.42913281D+00"));
+    const std::string near =
+        "State 2: another state is 0.0544 eV away in h2o_02yp, less than 0.1 eV in 1 of 19 jobs; "
+        "if the two mix, derivatives are not sound.";
+    struct row {
+        const char* state;
+        const char* json;
+        bool told;
+    };
+    for (const auto& [state, json, told] :
+         {row{"--state=1", "null", false},
+          row{"--state=2",
+              R"({"state": 2, "distance": 0.054422772, "job": "h2o_02yp", "near": 1, "jobs": 19})",
+              true}}) {
+        const auto ended = derive({state, "--json=d.json", "--html=d.html"});
+        EXPECT_EQ(ended.status, 0) << state;
+        EXPECT_THAT(ended.output,
+                    testing::EndsWith("\nAll 19 files are fine: no sign is wrong.\n"));
+        std::string output = ended.output;
+        std::ranges::replace(output, '\n', ' ');
+        EXPECT_EQ(output.find(near) != output.npos, told) << ended.output;
+        const auto made = nlohmann::json::parse(contents_of(scratch_.path() / "d.json"));
+        EXPECT_EQ(support::difference(made["near_state"], nlohmann::json::parse(json)), "");
+        const std::string page = contents_of(scratch_.path() / "d.html");
+        EXPECT_EQ(page.find("<p class=\"note\">" + near + "</p>") != page.npos, told) << state;
+    }
 }
 
 TEST_F(DeriveJobs, SaysWhatIsWrongWithAJob) {

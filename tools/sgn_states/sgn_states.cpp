@@ -54,6 +54,7 @@ void prepare_places(const sgn_states::options& how, const sgn::reference_set& re
 
 sgn_states::set_result follow_all(const sgn_states::options& how) {
     sgn::job reference = sgn::read_job(how.reference);
+    take_full_coordinates(reference);
     const std::vector<std::int32_t> wanted = wanted_states(how, reference);
     sgn_states::set_result result{.reference = prepare(std::move(reference), wanted)};
     if (how.follow.write) prepare_places(how, result.reference);

@@ -212,8 +212,9 @@ std::string dipole_part(const sgn::report& of) {
                           " of " + std::to_string(of.set.jobs.size()) +
                           " jobs came out with the other sign. Corrected, the dipole follows the "
                           "displacements.";
+    const std::string near = of.near ? paragraph(text_of(*of.near), "note") : std::string();
     return section("The dipole along the jobs",
-                   paragraph(words, "note") + legend_of(legend) + wide(dipole_drawing(of)));
+                   paragraph(words, "note") + near + legend_of(legend) + wide(dipole_drawing(of)));
 }
 
 std::string rule_words(const std::string& what, const sum_rules& rules) {
