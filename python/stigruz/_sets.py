@@ -254,7 +254,9 @@ class Set:
     symbols: of the N atoms; atomic_numbers, input_numbers: (N,), the latter in the input of the job
     masses: (N,), u; coordinates: (N, 3), Angstrom
     files: a SetFile for each, the reference first
-    smallest_step, largest_step: Angstrom; dipole_decimals, force_decimals: as seen in the numbers
+    smallest_step, largest_step: Angstrom
+    dipole_decimals, force_decimals: as seen in the numbers; coordinate_decimals, Angstrom
+    dipole_source: where the dipoles come from, "checkpoints", "logs" or "result files"
     dipole: (3,), of the reference
     dipole_derivatives: (3N, 3), per Bohr
     dipole_uncertainty: (3N, 3), standard deviations of the derivatives, all in all
@@ -287,6 +289,8 @@ class Set:
     largest_step: float
     dipole_decimals: int
     force_decimals: int
+    coordinate_decimals: int
+    dipole_source: str
     dipole: Floats
     dipole_derivatives: Floats
     dipole_uncertainty: Floats
@@ -438,6 +442,17 @@ class Set:
         replaced as by write_html().
         """
         _core.write_fchk(self._core, file, template)
+
+    def write_fcc(self, name: Path, template: Optional[Path] = None) -> list[str]:
+        """Writes the files of the state for FCclasses 3; returns their names.
+
+        They are NAME.fcc, with forces and force constants, eldip_NAME and, if the jobs tell magnetic
+        dipoles, magdip_NAME, the latter two in the directory of NAME. Earlier ones are replaced as
+        by write_html(), all having been made before.
+        template: the reference's checkpoint, which tells the energy; without, the one that the set
+        was made of or that lies beside the reference's result file. Error without an energy or forces.
+        """
+        return _core.write_fcc(self._core, name, template)
 
     def to_ase(self) -> "VibrationsData":
         """The force constants as ASE has them, with the atoms; Error without forces."""
