@@ -468,12 +468,9 @@ py::dict displace(const py::object& input, const py::object& step, const py::obj
             throw flib::run_error("atoms must be numbers from 1 to " + std::to_string(natom) +
                                   ", each once");
         }
-        std::vector<named_step> steps;
-        if (text.find(',') != std::string::npos) {
-            steps = parse_steps(text, job.kind.unit);
-        } else {
-            steps.push_back({"", parse_step(text, job.kind.unit)});
-        }
+        const bool several = text.find(',') != std::string::npos;
+        const std::vector<named_step> steps =
+            several ? parse_steps(text, job.kind.unit) : parse_step(text, job.kind.unit);
         if (chosen.size() * steps.size() > (most_jobs - 1) / 6) {
             throw flib::run_error("more than " + std::to_string(most_jobs) +
                                   " files: choose the atoms to be displaced");

@@ -134,6 +134,7 @@ TEST(Program, LeavesNothingBehindWhenASignalEndsIt) {
         const pid_t child = fork();
         if (child == 0) {
             std::filesystem::current_path(scratch.path());
+            std::signal(number, SIG_DFL);  // it may be ignored here, as below nohup
             // Two threads write until they are stopped.
             ending([](arguments) -> int {
                 const auto write = [](const char* name) {

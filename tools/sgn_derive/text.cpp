@@ -102,6 +102,11 @@ std::string source_text(const sgn::report& of, const tools::terminal& on) {
     return '\n' + paragraph(text + '.' + excitation_text(of), on);
 }
 
+/// What the derivatives of a state are worth that another one comes near to.
+std::string near_text(const sgn::report& of, const tools::terminal& on) {
+    return of.near ? '\n' + paragraph(text_of(*of.near), on) : std::string();
+}
+
 std::string coordinate_text(const sgn::report& of, std::size_t c) {
     return flib::integer_field(number_of(of.set.atoms[c / 3], c / 3), 5) + " " +
            left(flib::printable(of.set.atoms[c / 3].symbol), 3) + axis_names[c % 3];
@@ -338,7 +343,7 @@ std::string residues_text(const sum_rules& rules, std::string_view of_what,
 }
 
 std::string text_of(const sgn::report& of, const tools::terminal& on, const shown_as& how) {
-    std::string text = what_it_is(of, on) + source_text(of, on) +
+    std::string text = what_it_is(of, on) + source_text(of, on) + near_text(of, on) +
                        dipole_text(of, on, how.by_angstrom) +
                        (how.moments ? moments_text(of, on, how.by_angstrom) : std::string()) +
                        rules_text(of.dipole_rules, of.force_rules, on) + moment_rules_text(of, on) +

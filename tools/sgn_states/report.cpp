@@ -117,30 +117,9 @@ std::string disagreement(const std::string& name, const followed_job& of) {
 /// Of every state that another one of its spin comes near to: how near, where and in how many jobs.
 std::string near_states(const set_result& result) {
     std::string text;
-    const auto& states = result.reference.states;
-    for (std::size_t i = 0; i < states.size(); ++i) {
-        double least = sgn::near_energies;
-        std::size_t near = 0;
-        std::size_t jobs = 0;
-        std::string where;
-        const auto look = [&](const std::string& name, const auto& state) {
-            ++jobs;
-            if (!state.nearest || !state.nearest->is_near()) return;
-            ++near;
-            if (state.nearest->distance >= least) return;
-            least = state.nearest->distance;
-            where = flib::printable(name);
-        };
-        look(result.reference.reference.files.name, states[i]);
-        for (const sgn::job_result& each : result.jobs) {
-            if (each.followed) look(each.name, each.followed->states[i]);
-        }
-        if (near == 0) continue;
-        text += "State " + std::to_string(states[i].state) + ": another state is " +
-                decimal(least * flib::hartree_energy, 4) + " eV away in " + where + ", less than " +
-                decimal(sgn::near_energies * flib::hartree_energy, 1) + " eV in " +
-                std::to_string(near) + " of " + std::to_string(jobs) +
-                " jobs; if the two mix, derivatives are not sound.\n";
+    for (std::size_t i = 0; i < result.reference.states.size(); ++i) {
+        const auto near = near_anywhere(result.reference, result.jobs, i);
+        if (near) text += text_of(*near) + "\n";
     }
     return text;
 }

@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "flib/util/math.h"
-#include "flib/util/units.h"
 #include "sgn/job/job.h"
 #include "sgn/set/displaced_set.h"
+#include "sgn/states/near_states.h"
 #include "sgn/states/overlap.h"
 
 namespace sgn {
@@ -20,19 +20,6 @@ namespace sgn {
 struct overlap_limits {
     double mixed_below = 0.8;  ///< of a state and the root that continues it
     double lost_below = 0.2;   ///< with less, no root continues the state
-};
-
-/// Two states of one spin no farther apart are near each other (Hartree; a tenth of an eV). What
-/// couples them changes by some hundredths of an eV over 0.01 Angstrom: by some ten percent of the
-/// distance, which is then the error of derivatives of their dipoles, if symmetry lets them mix.
-inline constexpr double near_energies = 0.1 / flib::hartree_energy;
-
-/// The state of the same spin whose energy is nearest to that of another.
-struct near_state {
-    std::int32_t root = 0;  ///< from 1 on
-    double distance = 0;    ///< of the energies, Hartree
-
-    bool is_near() const { return distance < near_energies; }
 };
 
 /// Nothing where there is no other state; where the dump does not tell spins, all count as equal.

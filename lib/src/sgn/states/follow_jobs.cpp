@@ -10,6 +10,7 @@
 #include <thread>
 #include <utility>
 
+#include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
 #include "flib/qm_file/qm_file_type.h"
 #include "flib/qm_file/type_tag.h"
@@ -191,6 +192,37 @@ std::vector<job_result> follow_jobs(const reference_set& reference,
         attempt(each, [&](job_result& of) { write_states(of, reference, full_digits); });
     }
     return jobs;
+}
+
+std::optional<state_with_others> near_anywhere(const reference_set& reference,
+                                               std::span<const job_result> jobs,
+                                               std::size_t place) {
+    const reference_state& state = reference.states[place];
+    state_with_others found{.state = state.state, .distance = near_energies};
+    const auto look = [&](const std::string& name, const std::optional<near_state>& nearest) {
+        ++found.jobs;
+        if (!nearest || !nearest->is_near()) return;
+        ++found.near;
+        if (nearest->distance >= found.distance) return;
+        found.distance = nearest->distance;
+        found.job = name;
+    };
+    look(reference.reference.files.name, state.nearest);
+    for (const job_result& each : jobs) {
+        if (each.followed) look(each.name, each.followed->states[place].nearest);
+    }
+    if (found.near == 0) return {};
+    return found;
+}
+
+std::string text_of(const state_with_others& of) {
+    using flib::decimal;
+    return "State " + std::to_string(of.state) + ": another state is " +
+           decimal(of.distance * flib::hartree_energy, 4) + " eV away in " +
+           flib::printable(of.job) + ", less than " +
+           decimal(near_energies * flib::hartree_energy, 1) + " eV in " + std::to_string(of.near) +
+           " of " + std::to_string(of.jobs) + (of.jobs == 1 ? " job" : " jobs") +
+           "; if the two mix, derivatives are not sound.";
 }
 
 std::string why_not_full_digits(const reference_set& reference, std::span<const job_result> jobs) {

@@ -53,6 +53,11 @@ std::vector<job_result> follow_jobs(const reference_set& reference,
                                     std::span<const std::string> checkpoints,
                                     const follow_options& how, const follow_progress& tell = {});
 
+/// The state at `place` among those of the reference, if another one of its spin comes near to it,
+/// there or in a job that was followed; where it is lost, nothing is near it.
+std::optional<state_with_others> near_anywhere(const reference_set& reference,
+                                               std::span<const job_result> jobs, std::size_t place);
+
 /// Why the dipoles of the logs count and not the more exact ones of the checkpoints, of which all
 /// jobs that were followed or none must have them: names the first file. Empty if they do.
 std::string why_not_full_digits(const reference_set& reference, std::span<const job_result> jobs);

@@ -87,6 +87,7 @@ job_set set_of_jobs(const std::string& reference, std::span<const std::string> c
         }
         made.files.push_back(std::move(each.values.front()));
     }
+    made.near = near_anywhere(from, jobs, 0);
     made.no_full_digits = why_not_full_digits(from, jobs);
     const auto forget = [&](result_file& of) {
         if (!made.no_full_digits.empty()) of.full.reset();
