@@ -395,6 +395,126 @@ void wrong_sets(int sets) {
     }
 }
 
+/// The other moments of a molecule: vectors that move and turn with it as the dipole does, the
+/// magnetic one of them about the centroid, and six numbers about it.
+struct moment_model {
+    molecule velocity;
+    molecule about_centroid;
+    molecule quadrupole[2];
+
+    explicit moment_model(const molecule& of)
+        : velocity(other(of)), about_centroid(other(of)), quadrupole{other(of), other(of)} {}
+
+    /// As large, of other numbers.
+    static molecule other(molecule of) {
+        std::ranges::shuffle(of.exchange, dice);
+        std::ranges::shuffle(of.neighbour, dice);
+        std::ranges::fill(of.constant, 0);
+        return of;
+    }
+
+    /// Velocity dipole, magnetic dipole, quadrupole; jobs that converged less are off in all of
+    /// them, also by what moving the origin makes of the velocity dipole.
+    std::vector<double> at(const geometry& x, double noise = 0) const {
+        const auto off = [&](vec3 of) {
+            if (noise > 0) {
+                for (double& each : of) each += noise * gaussian();
+            }
+            return of;
+        };
+        const vec3 v = off(dipole(velocity, x));
+        const vec3 m = off(dipole(about_centroid, x));
+        vec3 centre{};
+        for (const vec3& each : x) {
+            centre = sgn::sum(centre, sgn::scaled(1 / flib::bohr_radius, each));
+        }
+        centre = sgn::scaled(1 / static_cast<double>(x.size()), centre);
+        std::vector<double> all(v.begin(), v.end());
+        for (std::size_t k = 0; k < 3; ++k) {
+            const std::size_t l = (k + 1) % 3;
+            const std::size_t n = (k + 2) % 3;
+            all.push_back(m[k] + centre[l] * v[n] - centre[n] * v[l]);
+        }
+        const vec3 diagonal = off(off(dipole(quadrupole[0], x)));
+        const vec3 others = off(dipole(quadrupole[1], x));
+        for (std::size_t k = 0; k < 3; ++k) all.push_back(diagonal[k] + 2 * centre[k] * v[k]);
+        for (std::size_t k = 0; k < 3; ++k) {
+            const std::size_t l = k == 2 ? 1 : 0;
+            const std::size_t n = k == 0 ? 1 : 2;
+            all.push_back(others[k] + centre[l] * v[n] + centre[n] * v[l]);
+        }
+        return all;
+    }
+};
+
+/// How far the derivatives of the other moments are off, in their uncertainties.
+void moments_coverage(int sets) {
+    struct row {
+        const char* name;
+        kind what;
+        precision how;
+        std::size_t most;
+    };
+    const row rows[] = {
+        {"9 decimals", kind::pairs, {9, 0}, 100},
+        {"9, noise 1e-5", kind::pairs, {9, 1e-5}, 100},
+        {"9, two steps, noise 1e-6", kind::two_steps, {9, 1e-6}, 30},
+        {"9, two steps, noise 1e-5", kind::two_steps, {9, 1e-5}, 30},
+        {"9, oblique", kind::oblique, {9, 0}, 20},
+    };
+    std::printf("%-26s %5s %7s | %20s | %20s | %20s\n", "other moments", "sets", "alarms",
+                "velocity 1, 2, 3", "magnetic 1, 2, 3", "quadrupole 1, 2, 3");
+    for (const row& each : rows) {
+        int alarms = 0;
+        tally off[3];
+        for (int i = 0; i < sets; ++i) {
+            const molecule of =
+                made_up(std::min(each.most, drawn_size()), i % 5 == 0, i % 3 == 0 ? 0.001 : 1);
+            const moment_model model(of);
+            set_of_files files = displaced(of, each.what, each.how);
+            for (result_file& one : files) {
+                sgn::full_digits& full = one.full.emplace();
+                full.dipole = one.contents.corrected_tdip;
+                full.x = one.contents.x;
+                std::vector<double> all = model.at(one.contents.x, each.how.noise);
+                for (double& value : all) value = std::round(value * 1e9) / 1e9;
+                std::copy_n(all.begin(), 3, full.moments.velocity_dipole.begin());
+                std::copy_n(all.begin() + 3, 3, full.moments.magnetic_dipole.begin());
+                std::copy_n(all.begin() + 6, 6, full.moments.velocity_quadrupole.begin());
+            }
+            const sgn::report found = judged(files);
+            alarms += !found.velocity_rules.satisfied || !found.magnetic_rules.satisfied;
+            const double h = 0.0015;  // Bohr
+            for (std::size_t c = 0; c < 3 * of.size(); ++c) {
+                const auto at = [&](double factor) {
+                    geometry x = of.x;
+                    x[c / 3][c % 3] += factor * h * flib::bohr_radius;
+                    return model.at(x);
+                };
+                const auto far_back = at(-2), back = at(-1), on = at(1), far_on = at(2);
+                std::size_t first = 0;
+                std::size_t moment = 0;
+                for (const auto& [name, made] : sgn::other_derivatives(found.derivatives)) {
+                    for (std::size_t k = 0; k < made->values.columns; ++k) {
+                        const std::size_t j = first + k;
+                        const double right =
+                            (8 * (on[j] - back[j]) - (far_on[j] - far_back[j])) / (12 * h);
+                        off[moment].add(std::abs(made->values(c, k) - right) /
+                                        made->uncertainty(c, k));
+                    }
+                    first += made->values.columns;
+                    ++moment;
+                }
+            }
+        }
+        std::printf("%-26s %5d %7d |", each.name, sets, alarms);
+        for (const tally& one : off) {
+            std::printf(" %6.1f %6.1f %6.1f |", one.below(1), one.below(2), one.below(3));
+        }
+        std::printf("\n");
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -402,5 +522,6 @@ int main(int argc, char** argv) {
     const int sets = argc > 1 ? std::atoi(argv[1]) : 200;
     if (argc < 3 || std::string(argv[2]) == "right") right_sets_and_coverage(sets);
     if (argc < 3 || std::string(argv[2]) == "wrong") wrong_sets(sets);
+    if (argc < 3 || std::string(argv[2]) == "moments") moments_coverage(sets);
     return 0;
 }
