@@ -164,6 +164,19 @@ py::object excitation_of(const sgn::report& of) {
     return values;
 }
 
+/// None where no state is near, or states were not followed.
+py::object near_state_of(const sgn::report& of) {
+    if (!of.near) return py::none();
+    py::dict values;
+    values["state"] = of.near->state;
+    values["distance"] = of.near->distance;
+    values["job"] = file_name(of.near->job);
+    values["near"] = of.near->near;
+    values["jobs"] = of.near->jobs;
+    values["text"] = text_of(sgn::text_of(*of.near));
+    return values;
+}
+
 py::dict rules_of(const sgn::sum_rules& of) {
     py::dict values;
     values["judged"] = of.judged;
@@ -248,6 +261,7 @@ py::dict values_of(const set_report& from) {
     values["stationary"] = set.has_forces ? py::cast(of.stationary()) : py::none();
     values["modes"] = modes_of(of);
     values["excitation"] = excitation_of(of);
+    values["near_state"] = near_state_of(of);
     values["surroundings"] = texts_of(of.surroundings);
     values["dipole_rules"] = rules_of(of.dipole_rules);
     values["force_rules"] = rules_of(of.force_rules);

@@ -109,6 +109,24 @@ class Excitation:
     gradient: Optional[Floats]
 
 
+@dataclass(frozen=True)
+class NearInSet:
+    """Another state that comes near the one of a set; where both mix, derivatives are not sound.
+
+    state: of the reference, the one of the set, from 1 on
+    distance: the least of the energies, Hartree; job: where that is
+    near, jobs: in how many jobs it is less than near_energies, of how many
+    text: all that in words
+    """
+
+    state: int
+    distance: float
+    job: str
+    near: int
+    jobs: int
+    text: str
+
+
 @dataclass(frozen=True, eq=False)
 class SumRules:
     """What must vanish when the molecule is moved or turned as a whole.
@@ -271,6 +289,7 @@ class Set:
     stationary: the reference is a stationary point; None without forces
     modes: Modes
     excitation: Excitation, None if no checkpoint tells
+    near_state: NearInSet, None if no state comes near, or the files are no jobs
     surroundings: what around the atoms does not move with them, in words
     sum_rules: SetSumRules
     findings: a Finding for everything that deserves doubt; verdict: one sentence
@@ -308,6 +327,7 @@ class Set:
     stationary: Optional[bool]
     modes: Modes
     excitation: Optional[Excitation]
+    near_state: Optional[NearInSet]
     surroundings: list[str]
     sum_rules: SetSumRules
     findings: list[Finding]
@@ -397,6 +417,8 @@ class Set:
         values["modes"] = Modes(**values["modes"])
         if values["excitation"] is not None:
             values["excitation"] = Excitation(**values["excitation"])
+        if values["near_state"] is not None:
+            values["near_state"] = NearInSet(**values["near_state"])
         flips: list[list[str]] = values.pop("flips")
         values["sum_rules"] = SetSumRules(
             dipole=SumRules(**values.pop("dipole_rules")),

@@ -106,6 +106,8 @@ def as_told_of_set(s):
         names += f" {name}_derivative={name}_derivatives {name}_derivative_q={name}_derivatives_q"
     told["modes"] = rows(s.modes, names, len(s.modes))
     told["excitation"] = s.excitation and picked(s.excitation, "state state_of_forces energy gradient")
+    told["near_state"] = s.near_state and picked(s.near_state, "state job near jobs") | {
+        "distance": s.near_state.distance * stigruz.units.hartree}
     told["sum_rules"] = {"dipole": as_told_of_rules(s.sum_rules.dipole, s.sum_rules),
                          "forces": as_told_of_rules(s.sum_rules.forces) | {"suspects": []}}
     for name in OTHERS[:2]:
@@ -125,7 +127,10 @@ def test_sets_of_jobs(name, state, monkeypatch):
     monkeypatch.chdir(SETS[name])
     reference, others = jobs_of(SETS[name])
     told = json_of("sgn_derive", f"--state={state}", reference, *others, cwd=SETS[name])
-    require_equal_sets(told, stigruz.Set(reference, others, state=state))
+    s = stigruz.Set(reference, others, state=state)
+    require_equal_sets(told, s)
+    assert (s.near_state is not None) == (name == "crossing" and state in (2, 3))
+    assert s.near_state is None or s.near_state.text.startswith(f"State {state}: another state is 0.00")
 
 
 def test_sets_of_result_files(water, monkeypatch):
