@@ -329,9 +329,9 @@ void wrong_sets(int sets) {
                 return std::ranges::find(unseen, job) == unseen.end() &&
                        sgn::length(jobs[job].dipole) > 0;
             };
-            const auto seen = [&](const auto& of) {
+            const auto seen = [&](const auto& those) {
                 std::set<std::size_t> result;
-                for (const std::size_t job : of) {
+                for (const std::size_t job : those) {
                     if (matters(job)) result.insert(job);
                 }
                 return result;
