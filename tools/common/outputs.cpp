@@ -45,7 +45,7 @@ std::string syntax_of(const planned_output& output) {
 }
 
 void judge_place(const planned_output& output, bool overwrite) {
-    const occupant old = occupant_of(output.file);
+    const occupant old = sgn::occupant_of(output.file);
     if (old.is_file && old.kind == output.kind) return;
     const bool of_result =
         old.kind == output_kind::result_file ||
