@@ -2,10 +2,16 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <cstdlib>
+#include <thread>
+
+#include "common/progress.h"
+#include "support/support.h"
 
 namespace {
 
@@ -26,6 +32,17 @@ class pseudo_terminal {
     pseudo_terminal& operator=(const pseudo_terminal&) = delete;
 
     int descriptor() const { return terminal_; }
+    /// What was written to it.
+    std::string shown() const {
+        std::string text;
+        char part[100];
+        for (pollfd output{master_, POLLIN, 0}; poll(&output, 1, 300) > 0;) {
+            const ssize_t count = read(master_, part, sizeof part);
+            if (count <= 0) break;
+            text.append(part, static_cast<std::size_t>(count));
+        }
+        return text;
+    }
 
   private:
     int master_ = -1;
@@ -64,6 +81,25 @@ TEST(Terminal, HasColoursAndAWidthUnlessItIsNone) {
     const int file = open("/dev/null", O_WRONLY);
     EXPECT_FALSE(tools::terminal_at(file).colours || tools::terminal_at(file).width);
     close(file);
+}
+
+TEST(Progress, IsShownOnATerminalAfterASecond) {
+    const pseudo_terminal on(80);
+    if (on.descriptor() < 0) GTEST_SKIP() << "no terminal to be had";
+    const support::scratch_directory scratch;
+    const std::string path = scratch.file("shown", "");
+    const int file = open(path.c_str(), O_RDWR);
+    {
+        tools::progress shown(on.descriptor(), 601);
+        tools::progress hidden(file, 601);
+        shown.at(1, "reading");
+        std::this_thread::sleep_for(std::chrono::milliseconds(1005));
+        shown.at(12, "reading");
+        hidden.at(12, "reading");
+    }
+    close(file);
+    EXPECT_EQ(on.shown(), "\r\033[Kreading 12 of 601\r\033[K");
+    EXPECT_EQ(support::contents_of(path), "");
 }
 
 }  // namespace

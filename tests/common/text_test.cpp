@@ -6,7 +6,7 @@
 #include "common/table.h"
 #include "flib/io/fixed_field.h"
 #include "flib/text/shown_text.h"
-#include "support/support.h"
+#include "support/session.h"
 
 namespace {
 
@@ -40,9 +40,6 @@ std::string made(const std::string& routine, const std::string& text) {
     const std::string what = routine.substr(0, blank);
     const int number = std::stoi(routine.substr(blank));
     const auto width = static_cast<std::size_t>(number);
-    if (what == "table") {
-        return table_at(text, number == 0 ? tools::terminal{} : tools::terminal{.width = width});
-    }
     if (what == "wrapped") return lines_text(text, width);
     if (what == "shortened") return flib::shortened(text, width);
     if (what == "decimal") return flib::decimal(std::stod(text), number);
@@ -55,6 +52,15 @@ std::string made(const std::string& routine, const std::string& text) {
 TEST(Texts, AreMadeAsTheRowsSay) {
     for (const auto& row : support::table_of("made_texts.txt")) {
         EXPECT_EQ(made(row[0], row[1]), row[2]) << row[0] << " of " << row[1];
+    }
+}
+
+TEST(Texts, StandInTablesOfAnyWidth) {
+    for (const auto& [step, expected] : support::session_of("made_tables.txt")) {
+        const auto row = support::fields_of(step, 2);
+        tools::terminal on;
+        if (row[0] != "0") on.width = std::stoul(row[0]);
+        EXPECT_EQ(table_at(row[1], on), expected) << "$ " << step;
     }
 }
 

@@ -2,28 +2,23 @@
 // what a routine makes of its results.
 #include <gmock/gmock.h>
 
-#include <iterator>
 #include <sstream>
 
 #include "flib/excited/qm_file_ci_xpy.h"
 #include "flib/excited/qm_file_mo_coeff_nbasis_nbsuse.h"
-#include "support/support.h"
+#include "support/session.h"
 
 namespace {
 
 TEST(ExcitedStateReaders, AnswerAsTheRowsSay) {
     const support::scratch_directory scratch;
-    for (const auto& row : support::table_of("excited_answers.txt")) {
-        const std::string& from = row[2];
-        std::string text = support::contents_of(support::data_file(row[1]));
-        if (!from.empty()) text = support::replaced(text, from, row[3]);
-        scratch.file("edited", text);
-        std::istringstream words(row[0]);
-        const std::vector<std::string> arguments{std::istream_iterator<std::string>(words), {}};
-        const auto ended = support::run({"qm_file", arguments, scratch.path(), row[4]});
-        EXPECT_THAT(std::to_string(ended.status) + ": " + ended.output + ended.errors,
-                    testing::HasSubstr(row[5]))
-            << row[0] << " of " << row[1] << " with '" << row[3] << "' for '" << from << "'";
+    for (const auto& [step, said] : support::session_of("excited_answers.txt")) {
+        const auto row = support::fields_of(step, 5);
+        const std::string whole = support::contents_of(support::data_file(row[1]));
+        scratch.file("edited", support::edited(whole, row[2], row[3]));
+        const auto ended =
+            support::run({"qm_file", support::words_of(row[0]), scratch.path(), row[4]});
+        EXPECT_EQ(support::elided(support::said_in(ended), said), said) << "$ " << step;
     }
 }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <iomanip>
 #include <sstream>
 #include <thread>
 
@@ -36,23 +37,28 @@ TEST_F(ReadingAJob, TakesEverythingOfIt) {
     const auto& [natom, nbasis, nbsuse, mi, ma, mci, nfc, nfv] = now.counts;
     std::ostringstream text;
     text.precision(12);
-    const auto add = [&](const char* name, const auto& numbers) {
+    const auto add = [&](const char* name, const auto& numbers, int per_line) {
         text << name;
-        for (const auto number : numbers) text << ' ' << number;
+        int count = 0;
+        for (const auto number : numbers) {
+            text << (count++ % per_line == 0 ? "\n" : "") << std::setw(20) << number;
+        }
         text << '\n';
     };
-    add("counts", std::vector{natom, nbasis, nbsuse, mi, ma, mci, nfc, nfv});
-    add("atoms", now.atoms.nat.all());
-    add("x", now.atoms.x.view().all());
-    add("mass", now.atoms.mass.all());
-    add("force", now.force.view().all());
-    add("tdip", now.tdip.view().all());
-    add("energy", now.energy);
-    add("states", std::vector{now.states});
-    add("orbital 2", now.moc.view().column(2));
-    add("orbital 22", now.moc.view().column(22));
-    add("amplitudes 1", now.amplitudes(1));
-    add("amplitudes 4", now.amplitudes(4));
+    std::vector<double> angstrom;
+    for (const double x : now.atoms.x.view().all()) angstrom.push_back(0.529177249 * x);
+    add("counts", std::vector{natom, nbasis, nbsuse, mi, ma, mci, nfc, nfv}, 8);
+    add("atoms", now.atoms.nat.all(), 3);
+    add("x (Angstrom)", angstrom, 3);
+    add("mass", now.atoms.mass.all(), 3);
+    add("force", now.force.view().all(), 3);
+    add("tdip", now.tdip.view().all(), 3);
+    add("energy", now.energy, 5);
+    add("states", std::vector{now.states}, 1);
+    add("orbital 2", now.moc.view().column(2), 5);
+    add("orbital 22", now.moc.view().column(22), 5);
+    add("amplitudes 1", now.amplitudes(1), 5);
+    add("amplitudes 4", now.amplitudes(4), 5);
     EXPECT_EQ(text.str(), contents_of(support::data_file("states/job.txt")));
     const auto& [name, checkpoint, log, dump] = sgn::files_of("/some where/a.b.fchk");
     EXPECT_EQ(name + ' ' + checkpoint + ' ' + log + ' ' + dump,

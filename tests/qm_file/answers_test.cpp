@@ -9,11 +9,10 @@ namespace {
 TEST(Readers, AnswerAsTheRowsSay) {
     const support::scratch_directory scratch;
     for (const auto& row : support::table_of("qm_file_answers.txt")) {
-        const std::string& from = row[3];
-        std::string text = support::contents_of(support::data_file(row[2]));
-        if (!from.empty()) text = support::replaced(text, from, row[4]);
+        const std::string whole = support::contents_of(support::data_file(row[2]));
+        const std::string text = support::edited(whole, row[3], row[4]);
         EXPECT_EQ(ask(row[0], scratch.file("edited", text), std::stoi(row[1])), row[5])
-            << row[0] << " of " << row[2] << " with '" << row[4] << "' for '" << from << "'";
+            << row[0] << " of " << row[2] << " with '" << row[4] << "' for '" << row[3] << "'";
     }
 }
 

@@ -24,8 +24,9 @@
 /// "INFO: TAG [VERSION]"; or how it ends the run. The values of force_tdip are the forces and room
 /// for the dipoles of three states, of which two are asked for (of dipoles, four); those of layers
 /// are the high layer's count, that of all atoms and the positions. Orbitals are three of four
-/// functions, amplitudes those of three roots, from two occupied to four virtual orbitals. "short "
-/// before the reader: the array handed in has a value or a column less.
+/// functions, amplitudes those of three roots, from two occupied to four virtual orbitals.
+/// Coordinates are told in Angstrom, eight digits of them. "short " before the reader: the array
+/// handed in has a value or a column less.
 inline std::string ask(std::string_view who, const std::string& file, std::int32_t atoms = 3) {
     constexpr std::int32_t untouched = -77;
     const auto n = static_cast<std::size_t>(std::max(atoms, 0));
@@ -82,7 +83,9 @@ inline std::string ask(std::string_view who, const std::string& file, std::int32
         if (who == "xpy") flib::qm_file_ci_xpy(file, 2, 4, 3, real, info);
         if (who == "energy") flib::qm_file_ci_energy(file, 3, real, info);
         std::ostringstream answer;
-        answer << std::setprecision(10) << info << ':';
+        const bool places = who == "coord";
+        for (double& value : real) value *= places && value != untouched ? 0.529177249 : 1;
+        answer << std::setprecision(places ? 8 : 10) << info << ':';
         if (who == "type") answer << ' ' << type.trimmed() << " [" << version.trimmed() << ']';
         real.insert(real.end(), whole.begin(), whole.end());
         for (const double value : real) {

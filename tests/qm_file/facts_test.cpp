@@ -6,7 +6,7 @@
 
 #include "flib/facts/file_facts.h"
 #include "flib/io/stop_run.h"
-#include "support/support.h"
+#include "support/session.h"
 
 namespace {
 
@@ -28,7 +28,8 @@ void add(std::ostream& text, const std::vector<Value>& list) {
     for (const Value& value : list) add(text, value);
 }
 
-/// All of the facts: "QUANTITY VALUES; ...", and "QUANTITY - REASON; ..." for what is missing.
+/// All of the facts, a line each: "QUANTITY VALUES", "QUANTITY - REASON" for what is missing,
+/// "QUANTITY ! REASON" for what is damaged. Coordinates are in Angstrom.
 std::string told(const file_facts& facts) {
     std::ostringstream text;
     const auto values = [&](const auto&... all) { (add(text, all), ...); };
@@ -40,7 +41,7 @@ std::string told(const file_facts& facts) {
         if (why != facts.missing.end()) {
             text << (why->second.damaged ? " ! " : " - ") << why->second.reason;
         }
-        text << "; ";
+        text << '\n';
     };
     fact(quantity::kind, facts.kind, [&](const auto& kind) {
         text << ' ' << kind.tag << ", " << kind.in_words << ", " << kind.version << ", "
@@ -49,9 +50,14 @@ std::string told(const file_facts& facts) {
     fact(quantity::natom, facts.natom, values);
     fact(quantity::numbers, facts.numbers, values);
     fact(quantity::geometry, facts.geometry, [&](const auto& geometry) {
-        add(text, geometry.x);
-        text << (geometry.last ? " last of " : " first of ") << geometry.tables << ' '
-             << geometry.frame << (geometry.two_frames ? " (two frames)" : "");
+        auto places = geometry.x;
+        for (auto& place : places) {
+            for (double& component : place) component *= 0.529177249;
+        }
+        add(text, places);
+        text << (geometry.last ? " last of " : " first of ") << geometry.tables;
+        text << (geometry.frame.empty() ? "" : " ") << geometry.frame;
+        text << (geometry.two_frames ? " (two frames)" : "");
     });
     fact(quantity::masses, facts.masses, values);
     fact(quantity::forces, facts.forces, values);
@@ -89,17 +95,13 @@ std::string told(const file_facts& facts) {
     return text.str();
 }
 
-TEST(FileFacts, AreToldAsTheRowsSay) {
+TEST(FileFacts, AreToldAsStandsBelowEachFile) {
     const support::scratch_directory scratch;
-    for (const auto& row : support::table_of("file_facts.txt")) {
-        std::string text = support::contents_of(support::data_file(row[0]));
-        if (row[1] == "END") {
-            text.resize(text.find(row[2]));
-        } else if (!row[1].empty()) {
-            text = support::replaced(text, row[1], row[2]);
-        }
-        const std::string answer = told(flib::facts_of(scratch.file("edited", text)));
-        EXPECT_THAT(answer, testing::HasSubstr(row[3])) << row[0] << " with " << row[1];
+    for (const auto& [step, expected] : support::session_of("file_facts.txt")) {
+        const auto row = support::fields_of(step, 3);
+        const std::string whole = support::contents_of(support::data_file(row[0]));
+        const std::string file = scratch.file("edited", support::edited(whole, row[1], row[2]));
+        EXPECT_EQ(support::elided(told(flib::facts_of(file)), expected), expected) << "$ " << step;
     }
 }
 
@@ -108,14 +110,15 @@ TEST(FileFacts, AreThoseThatWereAskedFor) {
     const quantity wanted[] = {quantity::dipoles, quantity::basis};
     const file_facts some = flib::facts_of(log, wanted);
     EXPECT_EQ(told(some),
-              "file type GAUSSIAN LOG, a Gaussian log, G16RevA.03, 2; transition dipoles -0.5354 "
-              "0.001 -0.002, 0 0 0.7,; basis - not read from a Gaussian log: the number of "
-              "independent functions, its NBsUse=, is taken from standard input; ");
+              "file type GAUSSIAN LOG, a Gaussian log, G16RevA.03, 2\n"
+              "transition dipoles -0.5354 0.001 -0.002, 0 0 0.7,\n"
+              "basis - not read from a Gaussian log: the number of independent functions, its "
+              "NBsUse=, is taken from standard input\n");
     const quantity forces[] = {quantity::forces};
     EXPECT_THAT(told(flib::facts_of(log, forces)),
-                testing::HasSubstr("; forces 0 0 0.0123457, 0.00"));
+                testing::HasSubstr("\nforces 0 0 0.0123457, 0.00"));
     EXPECT_THAT(told(flib::facts_of(support::data_file("gaussian/oniom.log"), forces)),
-                testing::HasSubstr("; forces 0.002 0.004 0.006, 0.003 "));
+                testing::HasSubstr("\nforces 0.002 0.004 0.006, 0.003 "));
     EXPECT_EQ(some.file + std::string(some.why_not(quantity::masses)), log);
     EXPECT_THAT(some.why_not(quantity::basis), testing::StartsWith("not read from a Gaussian"));
 }

@@ -29,15 +29,9 @@ std::string shown(const std::string& form, file_report report, const std::string
 TEST(QmFileShows, WhatTheRowsSay) {
     const support::scratch_directory scratch;
     for (const auto& [line, expected] : support::session_of("qm_file_shown.txt")) {
-        std::vector<std::string> row = support::fields_of(line);
-        row.resize(5);
-        std::string text = support::contents_of(support::data_file(row[1]));
-        if (row[2] == "END") {
-            text.resize(text.find(row[3]));
-        } else if (!row[2].empty()) {
-            text = support::replaced(text, row[2], row[3]);
-        }
-        const std::string path = scratch.file("edited", text);
+        const auto row = support::fields_of(line, 5);
+        const std::string whole = support::contents_of(support::data_file(row[1]));
+        const std::string path = scratch.file("edited", support::edited(whole, row[2], row[3]));
         const file_report report = qm_file::report_of(path, flib::all_quantities);
         EXPECT_EQ(report.facts.file, path);
         EXPECT_EQ(shown(row[0], report, row[4]), expected) << "$ " << line;

@@ -2,8 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "sets.h"
 #include "sgn/set/centre.h"
+#include "support/sets.h"
 
 namespace {
 

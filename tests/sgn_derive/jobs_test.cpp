@@ -6,8 +6,8 @@
 #include <nlohmann/json.hpp>
 
 #include "common/csv.h"
-#include "sets.h"
 #include "support/json_difference.h"
+#include "support/sets.h"
 
 namespace {
 
@@ -210,20 +210,6 @@ TEST_F(DeriveJobs, TellsTheNoiseOfAllMoments) {
     EXPECT_THAT(rows, HasSubstr(uncertain));
 }
 
-TEST_F(DeriveJobs, FollowsTheStateAskedFor) {
-    const auto second = derive({"--state=2", "--json=d.json"});
-    EXPECT_EQ(second.status, 0);
-    EXPECT_EQ(second.errors,
-              "sgn_derive: h2o_ref.fchk: the forces are those of state 1, not of 2; forces are "
-              "left out\n");
-    const auto json = nlohmann::json::parse(contents_of(scratch_.path() / "d.json"));
-    EXPECT_NEAR(std::abs(double(json["dipole_derivatives"][1][0])), 1.703340047, 1e-6);
-    EXPECT_TRUE(json["modes"].empty());
-    EXPECT_EQ(derive({"--state=5"}).errors,
-              "sgn_derive: h2o_ref.fchk: has no state 5 of 4 in its log\n");
-    EXPECT_EQ(derive({"--state=1-2"}).errors, "sgn_derive: --state takes one state, not '1-2'\n");
-}
-
 /// In one job the second state comes as near to the third as 0.43113281 - 0.42913281 Hartree, which
 /// is no doubt: symmetry may keep them apart.
 TEST_F(DeriveJobs, TellsThatAnotherStateComesNear) {
@@ -254,35 +240,6 @@ TEST_F(DeriveJobs, TellsThatAnotherStateComesNear) {
         const std::string page = contents_of(scratch_.path() / "d.html");
         EXPECT_EQ(page.find("<p class=\"note\">" + near + "</p>") != page.npos, told) << state;
     }
-}
-
-TEST_F(DeriveJobs, SaysWhatIsWrongWithAJob) {
-    // Another dipole than the log's: all dipoles are those of the logs. Behind the energy, the
-    // first of the numbers is the dipole's x.
-    const std::string path = scratch_.path() / "h2o_01xm.fchk";
-    const std::string right = contents_of(path);
-    std::string contents = right;
-    const std::size_t heading = contents.find("ETran state values");
-    ASSERT_NE(heading, contents.npos);
-    contents.replace(contents.find('\n', heading) + 1 + 16, 16, "  1.00000000E+00");
-    write_file(path, contents);
-    const auto printed = derive({});
-    EXPECT_EQ(printed.status, 1);
-    EXPECT_EQ(
-        printed.errors,
-        "sgn_derive: h2o_01xm.fchk: has a transition dipole of state 1 that does not round to "
-        "that of h2o_01xm.log: they are not of one run; the dipoles are those of the logs\n");
-    EXPECT_THAT(printed.output, HasSubstr("dipoles to 4 decimals"));
-    // Those of another geometry.
-    write_file(path, support::replaced(right, "  2.22987683E-01", "  2.41884943E-01"));
-    EXPECT_EQ(derive({}).errors,
-              "sgn_derive: h2o_01xm.fchk: has coordinates that are 0.0100 Angstrom from those of "
-              "h2o_01xm.log: they are not of one run; the dipoles are those of the logs\n");
-    fs::remove(scratch_.path() / "h2o_01xm.cis");
-    const auto missing = derive({});
-    EXPECT_EQ(std::to_string(missing.status) + missing.output, "2");
-    EXPECT_EQ(missing.errors,
-              "sgn_derive: h2o_01xm.cis: cannot be opened: No such file or directory\n");
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 
 #include <nlohmann/json.hpp>
 
-#include "sets.h"
 #include "sgn/check/report.h"
 #include "sgn/set/input_numbers.h"
 #include "sgn/set/listed.h"
@@ -12,6 +11,7 @@
 #include "sgn_derive/csv.h"
 #include "sgn_derive/json.h"
 #include "sgn_derive/text.h"
+#include "support/sets.h"
 
 namespace {
 
@@ -59,24 +59,6 @@ TEST_F(Oniom, NumbersAreThoseOfTheLogOrTheCheckpoint) {
     // Their places say as much.
     EXPECT_EQ(with_layers(" 1 1 1 2 2 2"), numbers{});
     EXPECT_EQ(sgn::input_numbers_beside(path("none.sgn"), 3), numbers{});
-}
-
-TEST_F(Oniom, ToolsTellThem) {
-    EXPECT_THAT(run("sgn_check", {"--no-pairs"}).output,
-                HasSubstr("4 O (2 of the high layer) +z 0.0100"));
-    const auto moved = nlohmann::json::parse(run("sgn_check", {"--json=-"}).output)
-                           .at("files")
-                           .at(0)
-                           .at("displacement");
-    EXPECT_EQ(moved.at("atom"), 2);
-    EXPECT_EQ(moved.at("input"), 4);
-    EXPECT_EQ(
-        run("sgn_derive", {}).errors,
-        "sgn_derive: ref.sgn: coordinates are missing: no file displaces 2 H (1 of the high "
-        "layer) x, y, z; 4 O (2 of the high layer) x, y; 5 H (3 of the high layer) x, y, z (8 "
-        "of 9 directions)\n");
-    fs::remove(path("ref.log"));
-    EXPECT_THAT(run("sgn_check", {"--no-pairs"}).output, HasSubstr(" 2 O +z 0.0100"));
 }
 
 TEST_F(Oniom, SurroundingsAreTold) {

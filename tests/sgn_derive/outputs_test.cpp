@@ -1,22 +1,16 @@
-// All outputs as a whole, against tests/data/sgn_derive, of sets that differ in everything: what is
-// not as it was made is left in the directory for temporary files.
-#include <fcntl.h>
+// All outputs as a whole, against tests/data/sgn_derive, of sets that differ in everything.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <poll.h>
-#include <unistd.h>
 
 #include <nlohmann/json.hpp>
-#include <thread>
 
-#include "common/progress.h"
 #include "set/model.h"
-#include "sets.h"
 #include "sgn/check/report.h"
 #include "sgn_derive/json.h"
 #include "sgn_derive/molden.h"
 #include "sgn_derive/text.h"
 #include "support/json_difference.h"
+#include "support/sets.h"
 
 namespace {
 
@@ -24,19 +18,8 @@ using namespace sgn_derive;
 using sgn::report;
 using testing::HasSubstr;
 
-/// The first line that is not as in the fixture, or nothing.
-std::string difference_from(const std::string& fixture, const std::string& made) {
-    const std::string expected = support::contents_of(support::data_file(fixture));
-    if (made == expected) return {};
-    const auto file =
-        std::filesystem::temp_directory_path() / fixture.substr(fixture.rfind('/') + 1);
-    support::write_file(file, made);
-    const auto [at, there] =
-        std::mismatch(made.begin(), made.end(), expected.begin(), expected.end());
-    const auto from = made.rfind('\n', static_cast<std::size_t>(at - made.begin())) + 1;
-    return fixture + ", line " + std::to_string(1 + std::count(made.begin(), at, '\n')) + ": " +
-           made.substr(from, made.find('\n', from) - from) +
-           "\nall that was made: " + file.string();
+std::string fixture(const std::string& name) {
+    return support::contents_of(support::data_file(name));
 }
 
 /// Wrong in every way in which a set can still be judged.
@@ -98,13 +81,13 @@ TEST(Outputs, AreThoseOfTheFixtures) {
     };
     for (const auto& [name, of] : cases) {
         const std::string base = "sgn_derive/" + std::string(name);
-        EXPECT_EQ(difference_from(base + ".txt", text_of(of, {})), "");
-        EXPECT_EQ(difference_from(base + "_80.txt", text_of(of, {true, 80})), "");
+        EXPECT_EQ(text_of(of, {}), fixture(base + ".txt"));
+        EXPECT_EQ(text_of(of, {true, 80}), fixture(base + "_80.txt"));
         if (base.find("water") == base.npos && base.find("doubt") == base.npos) continue;
         EXPECT_EQ(support::difference_from(base + ".json", json_of(of)), "");
-        EXPECT_EQ(difference_from(base + ".molden", molden_of(of)), "");
+        EXPECT_EQ(molden_of(of), fixture(base + ".molden"));
     }
-    EXPECT_EQ(difference_from("sgn_derive/water.txt", text_of(cases[0].of, {false, 118})), "");
+    EXPECT_EQ(text_of(cases[0].of, {false, 118}), fixture("sgn_derive/water.txt"));
     EXPECT_THAT(text_of(cases[0].of, {false, 117}), HasSubstr("mass-weighted coordinate: x"));
     sgn::sum_rules failed = cases[3].of.dipole_rules;
     failed.satisfied = false;
@@ -113,33 +96,6 @@ TEST(Outputs, AreThoseOfTheFixtures) {
     EXPECT_EQ(json["files"][1]["role"], "one_sided");
     EXPECT_NEAR(json["step"]["smallest"], 0.01, 1e-6);
     EXPECT_NEAR(json["step"]["largest"], 0.0125, 1e-6);
-}
-
-TEST(Progress, IsShownOnATerminalAfterASecond) {
-    const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
-    const bool ready = terminal >= 0 && grantpt(terminal) == 0 && unlockpt(terminal) == 0;
-    const int inside = ready ? open(ptsname(terminal), O_RDWR | O_NOCTTY) : -1;
-    if (inside < 0) GTEST_SKIP() << "no terminal to be had";
-    const support::scratch_directory scratch;
-    const int file = open(scratch.file("shown", "").c_str(), O_RDWR);
-    {
-        tools::progress shown(inside, 601);
-        tools::progress hidden(file, 601);
-        shown.at(1, "reading");
-        std::this_thread::sleep_for(std::chrono::milliseconds(1005));
-        shown.at(12, "reading");
-        hidden.at(12, "reading");
-    }
-    std::string text;
-    char part[100];
-    for (pollfd output{terminal, POLLIN, 0}; poll(&output, 1, 300) > 0;) {
-        const ssize_t count = read(terminal, part, sizeof part);
-        if (count <= 0) break;
-        text.append(part, static_cast<std::size_t>(count));
-    }
-    EXPECT_EQ(text, "\r\033[Kreading 12 of 601\r\033[K");
-    EXPECT_EQ(lseek(file, 0, SEEK_END), 0);
-    for (const int each : {terminal, inside, file}) close(each);
 }
 
 }  // namespace

@@ -7,17 +7,17 @@
 
 #include "common/csv.h"
 #include "common/version.h"
-#include "sets.h"
 #include "sgn/checkpoint/checkpoint.h"
 #include "sgn/checkpoint/detail/checkpoint_sections.h"
 #include "sgn/page/html.h"
 #include "sgn_derive/json.h"
 #include "sgn_derive/molden.h"
+#include "support/session.h"
+#include "support/sets.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using testing::HasSubstr;
 using words = std::vector<std::string>;
 
 std::string fixture(const std::string& name) {
@@ -45,11 +45,6 @@ class SgnDerive : public testing::Test {
     }
     std::string path(const std::string& name) const { return scratch_.path() / name; }
     std::string text_of(const std::string& name) const { return support::contents_of(path(name)); }
-    /// Status, and what is shown.
-    std::string judged(const std::string& name) const {
-        const auto told = run({"--judge=" + name});
-        return std::to_string(told.status) + told.errors + told.output;
-    }
 
     support::scratch_directory scratch_;
     words files_;
@@ -116,30 +111,23 @@ TEST_F(SgnDerive, WritesTablesForSpreadsheets) {
     EXPECT_EQ(modes[3], third + "\r");
 }
 
-TEST_F(SgnDerive, SaysNothingBesideWhatItStreams) {
-    const std::string alone = derive({"--json=-"}).output;
-    EXPECT_EQ(derive({"--json=-", "--csv=d.csv", "--molden=d.molden"}).output, alone);
-    // The reference among the files, as *.sgn has it.
-    EXPECT_EQ(derive({"--json=-", "h2o_ref.sgn"}).output, alone);
+TEST(SgnDeriveSession, SaysAndWritesThis) {
+    const support::scratch_directory scratch;
+    const fs::path files = scratch.path() / "files";
+    fs::copy(sets::water_directory(), scratch.path() / "jobs");
+    fs::create_directory(files);
+    for (const auto& entry : fs::directory_iterator(scratch.path() / "jobs")) {
+        if (entry.path().extension() == ".sgn") fs::copy(entry.path(), files);
+    }
+    fs::copy(scratch.path() / "jobs/h2o_ref.fchk", files);
+    fs::copy(support::data_file("oniom"), scratch.path() / "oniom");
+    fs::copy(support::data_file("sgn_derive"), scratch.path() / "expected");
+    support::expect_session("sgn_derive/session.txt", scratch.path());
 }
 
-TEST_F(SgnDerive, ShowsDerivativesByAngstrom) {
-    const std::string shown = derive({"--units=angstrom"}).output;
-    EXPECT_THAT(shown, HasSubstr("(e Bohr, by Angstrom)"));
-    EXPECT_THAT(shown, HasSubstr("\n    2 H  x     0.0000     0.3500    -0.4500  0.0021\n"));
-    EXPECT_THAT(shown, HasSubstr("\n   dipole     -0.5354     0.0000     0.0000\n"));
-    EXPECT_EQ(derive({"--units=au"}).output, derive({}).output);
-}
-
-TEST_F(SgnDerive, LeavesTheSumRulesAlone) {
-    const auto told = derive({"--no-sum-rules"});
-    EXPECT_EQ(told.status, 0);
-    EXPECT_THAT(told.output, HasSubstr("dipole   not judged: sum rules are not wanted\n"
-                                       "   forces   not judged: sum rules are not wanted\n"));
-    EXPECT_THAT(told.output,
-                testing::EndsWith("All 19 files are fine by themselves; the signs were "
-                                  "not judged by the sum rules.\n"));
-    // As a field acts on all of them alike: the sums fail, but nothing by itself.
+/// Fields acting on all files alike make the sums fail, but are no doubt where these are not
+/// wanted.
+TEST(NoSumRules, LeaveTheRestJudged) {
     auto files = sets::water().files;
     for (auto* each : {&files[8], &files[9]}) {
         const double step = each == &files[8] ? -1 : 1;
@@ -155,32 +143,11 @@ TEST_F(SgnDerive, LeavesTheSumRulesAlone) {
     EXPECT_EQ(doubts, "asymmetric_forces ");
 }
 
-TEST_F(SgnDerive, SaysWhichFileIsTheReference) {
-    words all = files_;
-    all.emplace_back("h2o_ref.sgn");
-    const auto told = run(all);
-    EXPECT_EQ(std::to_string(told.status) + told.errors,
-              "1sgn_derive: h2o_01xm.sgn does not look like the reference: h2o_ref.sgn does, the "
-              "other files lie in pairs around it. The reference comes first.\n");
-}
-
-TEST_F(SgnDerive, FillsTheTemplateOfACheckpoint) {
-    EXPECT_EQ(derive({"--fchk=whole.fchk", "--template", "h2o_ref.fchk"}).status, 0);
-    EXPECT_EQ(text_of("whole.fchk"), fixture("whole.fchk"));
-    // From what was made nothing is added twice; what is not read stays as it is.
-    const std::string more = fixture("whole.fchk") + fixture("more_sections.txt");
-    support::write_file(path("more.fchk"), more);
-    EXPECT_EQ(derive({"--fchk=again.fchk", "--template=more.fchk"}).status, 0);
-    EXPECT_EQ(text_of("again.fchk"), more);
-}
-
-TEST_F(SgnDerive, JudgesCheckpoints) {
-    for (const char* name : {"water.fchk", "whole.fchk"}) {
-        support::write_file(path("x.fchk"), fixture(name));
-        EXPECT_EQ(judged("x.fchk"), fixture("judged.txt")) << name;
-    }
-    // The second of two states.
+TEST_F(SgnDerive, JudgesTheStateThatACheckpointNames) {
+    // The second of two states is judged as it is alone.
     const std::string good = fixture("water.fchk");
+    support::write_file(path("x.fchk"), good);
+    const std::string before = support::said_in(run({"--judge=x.fchk"}));
     const std::string scalars = "           1          16           1          10           ";
     const std::string name = "ETran state values";
     auto values = sgn::read_sections(path("x.fchk")).reals(name, 208);
@@ -189,16 +156,7 @@ TEST_F(SgnDerive, JudgesCheckpoints) {
     second = support::replaced(second, scalars + "1", "           2" + scalars.substr(12) + "2");
     second += sgn::text_of(sgn::real_section(name, values));
     support::write_file(path("x.fchk"), second);
-    EXPECT_EQ(judged("x.fchk"), fixture("judged.txt"));
-    // A wrong sign; no gradient; a force constant that is off.
-    std::string wrong;
-    for (const auto& [from, to] : {std::pair{"4.81551297E-01", "-4.8155130E-01"},
-                                   {"Cartesian Gradient", "Another Gradient  "},
-                                   {"45\n -7.5", "45\n -9.5"}}) {
-        support::write_file(path("x.fchk"), support::replaced(good, from, to));
-        wrong += judged("x.fchk");
-    }
-    EXPECT_EQ(wrong, fixture("judged_wrong.txt"));
+    EXPECT_EQ(support::said_in(run({"--judge=x.fchk"})), before);
     // Of the very last number a part is a number, too.
     constexpr std::size_t last_number = 16;
     for (std::size_t i = 0; i + last_number < good.size(); i += 97) {
@@ -210,7 +168,6 @@ TEST_F(SgnDerive, JudgesCheckpoints) {
 TEST_F(SgnDerive, RefusesInOneLineAndWritesNothing) {
     support::write_file(path("good.fchk"), fixture("water.fchk"));
     support::write_file(path("log.fchk"), "a\nb\nc\n");
-    support::write_file(path("two"), "a\n");
     const std::string old = "{\n  \"written_by\": \"sgn_derive\"}\n";
     support::write_file(path("old.json"), old);
     support::write_file(path("notes"), "mine\n");
@@ -218,31 +175,23 @@ TEST_F(SgnDerive, RefusesInOneLineAndWritesNothing) {
     fs::create_hard_link(path("h2o_02ym.sgn"), path("hard"));
     fs::create_symlink("absent", path("to-nothing"));
     fs::create_directory(path("directory"));
-    for (const auto& row : support::table_of("sgn_derive/refusals.txt")) {
-        if (row[0] == "file") continue;
-        // A file is changed at one place and called "bad".
-        support::write_file(path("bad"), row[0] == "-" ? ""
-                                         : row[2] == "CUT"
-                                             ? text_of(row[0]).substr(0, std::stoul(row[1]))
-                                             : support::replaced(text_of(row[0]), row[1], row[2]));
-        words arguments;
-        std::istringstream line(row[3]);
-        for (std::string word; line >> word;) {
-            if (word != "SET") {
-                arguments.push_back(word);
-                continue;
-            }
-            arguments.emplace_back("h2o_ref.sgn");
-            arguments.insert(arguments.end(), files_.begin(), files_.end());
+    for (const auto& [step, expected] : support::session_of("sgn_derive/refusals.txt")) {
+        const auto row = support::fields_of(step, 4);
+        std::string bad;
+        if (row[1] == "CUT")
+            bad = text_of(row[0]).substr(0, std::stoul(row[2]));
+        else if (!row[0].empty())
+            bad = support::edited(text_of(row[0]), row[1], row[2]);
+        support::write_file(path("bad"), bad);
+        words arguments = support::words_of(row[3]);
+        if (const auto set = std::ranges::find(arguments, "SET"); set != arguments.end()) {
+            *set = "h2o_ref.sgn";
+            arguments.insert(set + 1, files_.begin(), files_.end());
         }
         const words before = scratch_.names();
-        const auto told = run(arguments);
-        EXPECT_EQ(told.status, 2) << row[3];
-        EXPECT_EQ(told.errors, "sgn_derive: " + row[4] + "\n");
-        EXPECT_EQ(told.output, "") << row[3];
-        EXPECT_EQ(scratch_.names(), before) << row[3];
-        EXPECT_EQ(text_of("old.json"), old) << row[3];
-        EXPECT_EQ(text_of("notes"), "mine\n") << row[3];
+        EXPECT_EQ(support::said_in(run(arguments)), expected) << "$ " << step;
+        EXPECT_EQ(scratch_.names(), before) << "$ " << step;
+        EXPECT_EQ(text_of("old.json") + text_of("notes"), old + "mine\n") << "$ " << step;
     }
 }
 

@@ -6,8 +6,8 @@
 
 #include <cmath>
 
-#include "sets.h"
 #include "sgn/check/check.h"
+#include "support/sets.h"
 
 namespace {
 
@@ -110,54 +110,7 @@ TEST(Report, PairsAsSgnCheckDoes) {
     }
 }
 
-TEST(Report, TellsAllThatDeservesDoubt) {
-    const auto dipole = [](auto& file) -> auto& {
-        return file.contents.corrected_tdip;
-    };
-    const std::pair<const char*, std::function<void(sets::set_files&)>> cases[] = {
-        {"a pair reversed",
-         [&](auto& set) {
-             for (const std::size_t i : {10, 11}) sets::reverse(set.files[i], true);
-         }},
-        {"one-sided", [](auto& set) { set.files.erase(set.files.begin() + 3); }},
-        {"no mass",
-         [](auto& set) {
-             set.reference.contents.mass[2] = 0;
-             for (auto& each : set.files) each.contents.mass[2] = 0;
-         }},
-        {"values of mirror images exchanged",
-         [&](auto& set) {
-             std::swap(set.files[9].contents.frc, set.files[14].contents.frc);
-             std::swap(dipole(set.files[9]), dipole(set.files[14]));
-         }},
-        {"dipoles without meaning",
-         [&](auto& set) {
-             dipole(set.files[0]) = {0.1, 0.2, 0.3};
-             dipole(set.files[5]) = {-0.3, 0.5, 0.2};
-         }},
-        {"ten times the step", [](auto& set) {
-             for (auto& each : set.files) {
-                 for (std::size_t i = 0; i < 9; ++i) {
-                     double& x = each.contents.x[i / 3][i % 3];
-                     x += 9 * (x - set.reference.contents.x[i / 3][i % 3]);
-                 }
-             }
-         }}};
-    std::string told;
-    for (const auto& [name, change] : cases) {
-        sets::set_files set = sets::water();
-        change(set);
-        const report of = analyse(set);
-        told += std::string("== ") + name + "\n";
-        for (const auto& each : of.findings) {
-            const bool whole = each.job == each.whole_set;
-            told += std::string(name_of(each.kind)) + " " +
-                    (whole ? "" : of.set.jobs[each.job].name) + ": " + each.text;
-            told += '\n';
-        }
-        told += verdict_of(of) + "\n";
-    }
-    EXPECT_EQ(told, support::contents_of(support::data_file("sgn_derive/doubts.txt")));
+TEST(Report, TellsWhetherTheReferenceIsStationary) {
     sets::set_files downhill = sets::water();
     for (auto& force : downhill.reference.contents.frc) force = sgn::scaled(-1, force);
     report slope = analyse(downhill);

@@ -9,58 +9,15 @@
 
 #include "flib/excited/qm_file_state_moments.h"
 #include "flib/util/units.h"
-#include "sets.h"
-#include "sgn/check/report.h"
 #include "sgn/checkpoint/checkpoint.h"
-#include "sgn/checkpoint/detail/checkpoint_sections.h"
-#include "sgn/checkpoint/fcc_files.h"
+#include "support/session.h"
+#include "support/sets.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 using support::contents_of;
 using words = std::vector<std::string>;
-
-/// A state file as a program reads it: items, the blank lines counting.
-struct state_file {
-    words symbols;
-    std::vector<double> x;  // Angstrom
-    double energy = 0;
-    std::vector<double> gradient;
-    std::vector<double> triangle;
-};
-
-state_file read_state(const std::string& text) {
-    state_file state;
-    std::istringstream lines(text);
-    std::string line;
-    const auto section = [&](const std::string& head) {
-        EXPECT_TRUE(std::getline(lines, line) && line == head) << line << " for " << head;
-        words items;
-        while (std::getline(lines, line) && !line.empty()) {
-            const bool comment = head.starts_with("GEOM") && items.size() == 1;
-            std::istringstream values(comment ? "comment" : line);
-            for (std::string item; values >> item;) items.push_back(item);
-        }
-        return items;
-    };
-    const auto numbers = [&](const std::string& head) {
-        std::vector<double> values;
-        for (const std::string& item : section(head)) values.push_back(std::stod(item));
-        return values;
-    };
-    section("INFO");
-    const words geometry = section("GEOM      UNITS=ANGS");
-    EXPECT_EQ(geometry.size(), 2 + 4 * std::stoul(geometry.at(0)));
-    for (std::size_t i = 2; i + 3 < geometry.size(); i += 4) {
-        state.symbols.push_back(geometry[i]);
-        for (std::size_t k = 1; k <= 3; ++k) state.x.push_back(std::stod(geometry[i + k]));
-    }
-    state.energy = numbers("ENER      UNITS=AU").at(0);
-    state.gradient = numbers("GRAD      UNITS=AU");
-    state.triangle = numbers("HESS      UNITS=AU");
-    return state;
-}
 
 std::vector<double> numbers_of(const std::string& text) {
     std::istringstream items(text);
@@ -96,33 +53,13 @@ TEST_F(Vibronic, FilesOfAStateAreThoseOfTheCheckpoint) {
     EXPECT_EQ(text_of("fcc/water.fcc"), fixture("water.fcc"));
     EXPECT_EQ(text_of("fcc/eldip_water"), fixture("eldip_water"));
 
-    const state_file state = read_state(text_of("fcc/water.fcc"));
     const sgn::checkpoint same = sgn::read_checkpoint(path("s.fchk"));
     const auto moments = flib::qm_file_state_moments(path("s.fchk"));
     ASSERT_TRUE(moments && moments->derivatives);
-    EXPECT_EQ(state.symbols, (words{"O", "H", "H"}));
-    EXPECT_NEAR(state.energy, *moments->total_energy, 1e-12);
+    EXPECT_EQ(moments->total_energy, -75.67318842789800);
     EXPECT_EQ(moments->of_states.energy, std::vector{-75.6731884});
     for (std::size_t c = 0; c < 9; ++c) {
-        EXPECT_NEAR(state.x.at(c), same.atoms[c / 3].x[c % 3], 1e-8);
-        EXPECT_NEAR(state.gradient.at(c), -same.forces[c], 1e-16);
-        EXPECT_NEAR(state.gradient.at(c), moments->derivatives->energy[c], 1e-16);
-        for (std::size_t d = 0; d <= c; ++d) {
-            EXPECT_NEAR(state.triangle.at(c * (c + 1) / 2 + d), -same.force_derivatives(c, d),
-                        1e-16);
-        }
-    }
-    EXPECT_EQ(state.triangle.size(), 45U);
-    std::vector<double> dipole = numbers_of(text_of("fcc/eldip_water"));
-    ASSERT_EQ(dipole.size(), 6U + 27U);
-    for (std::size_t k = 0; k < 3; ++k) {
-        EXPECT_EQ(dipole[k], same.dipole[k]);
-        EXPECT_EQ(dipole[3 + k], same.dipole[k]);
-    }
-    dipole.erase(dipole.begin(), dipole.begin() + 6);
-    for (std::size_t i = 0; i < dipole.size(); ++i) {
-        EXPECT_NEAR(dipole[i], same.dipole_derivatives.values[i], 1e-9);
-        EXPECT_EQ(same.dipole_derivatives.values[i], moments->derivatives->dipole[i]);
+        EXPECT_EQ(moments->derivatives->energy[c], -same.forces[c]) << c;
     }
 }
 
@@ -224,141 +161,29 @@ TEST_F(Vibronic, ExcitationIsToldWithItsGradient) {
     const double expected =
         (energy("h2o_02yp.fchk") - energy("h2o_02ym.fchk")) / 0.02 * flib::bohr_radius;
     EXPECT_NEAR(told.at("gradient").at(1).at(1), expected, 5e-8);
-    EXPECT_THAT(
-        derive({}).output,
-        testing::HasSubstr("\nThe dipoles are those of the checkpoints, with 9 decimals. The "
-                           "dipole is that of\nstate 1, 9.3295 eV above the ground state; "
-                           "the gradient of this energy has\ncomponents of up to 0.1067 "
-                           "Hartree/Bohr.\n"));
-}
-
-/// They are those of the checkpoints unless they are in a Bohr of another length.
-TEST_F(Vibronic, CoordinatesHaveTheDigitsOfTheCheckpoints) {
-    const auto decimals = [&] {
-        return nlohmann::json::parse(derive({"--json=-"}).output).at("decimals").dump();
-    };
-    EXPECT_EQ(decimals(), R"({"coordinates":8,"dipole":9,"forces":9})");
-    const std::string changed = path("h2o_03zm.fchk");
-    support::write_file(
-        changed, support::replaced(contents_of(changed), "  2.22987683E-01", "  2.22997683E-01"));
-    EXPECT_EQ(decimals(), R"({"coordinates":6,"dipole":9,"forces":9})");
 }
 
 /// One of the checkpoints is changed or missing: what is told of the dipoles, and of the magnetic
 /// one.
 TEST_F(Vibronic, CheckpointsOfOtherRunsDoNotCount) {
     fs::copy_file(path("h2o_ref.fchk"), path("kept.fchk"));
-    for (const auto& row : support::table_of("sgn_derive/moments.txt")) {
-        const std::string name = row[0];
-        const std::string text = text_of(name);
+    for (const auto& [step, expected] : support::session_of("sgn_derive/moments.txt")) {
+        const auto row = support::fields_of(step, 3);
+        const std::string text = text_of(row[0]);
         if (row[1] == "GONE") {
-            fs::remove(path(name));
-        } else if (!row[1].empty()) {
-            support::write_file(path(name), support::replaced(text, row[1], row[2]));
+            fs::remove(path(row[0]));
+        } else {
+            support::write_file(path(row[0]), support::edited(text, row[1], row[2]));
         }
-        const auto shown = derive({"--fcc=water", "--template=kept.fchk"});
-        std::string source = shown.output.substr(shown.output.find("The dipoles"));
-        source.resize(source.find("\n\n"));
-        std::ranges::replace(source, '\n', ' ');
-        EXPECT_EQ(source, row[3]) << row[0] << ": " << row[2];
-        EXPECT_EQ(std::to_string(shown.status), row[4]) << row[2];
-        std::string errors = shown.errors;
-        for (std::size_t at = 0; (at = errors.find('\n', at)) != errors.npos; at += 3) {
-            errors.replace(at, 1, " // ");
-        }
-        EXPECT_EQ(errors, row[5]) << row[2];
-        const bool full = source.find("checkpoints, ") != source.npos;
-        EXPECT_EQ(fs::exists(path("magdip_water")), full) << row[2];
+        auto shown = derive({"--fcc=water", "--template=kept.fchk"});
+        shown.output.erase(0, shown.output.find("The dipoles"));
+        shown.output.resize(shown.output.find("\n\n") + 1);
+        EXPECT_EQ(support::said_in(shown), expected) << "$ " << step;
+        const bool full = shown.output.find("checkpoints, ") != std::string::npos;
+        EXPECT_EQ(fs::exists(path("magdip_water")), full) << "$ " << step;
         fs::remove(path("magdip_water"));
-        support::write_file(path(name), text);
+        support::write_file(path(row[0]), text);
     }
-}
-
-TEST_F(Vibronic, ForcesOfAnotherStateAreTold) {
-    for (const auto& entry : fs::directory_iterator(scratch_.path())) {
-        if (entry.path().extension() != ".fchk") continue;
-        support::write_file(
-            entry.path(),
-            support::replaced(contents_of(entry.path()), "          10           1           0",
-                              "          10           2           0"));
-    }
-    const auto told = derive({});
-    EXPECT_EQ(std::to_string(told.status) + told.errors,
-              "0sgn_derive: h2o_ref.sgn: the dipole is that of state 1, the forces are those of "
-              "state 2\n");
-}
-
-TEST_F(Vibronic, ResultFilesOfStatesHaveTheCheckpointOfTheirJob) {
-    std::string name;
-    for (std::string* each : {&name, &files_[0]}) {
-        if (each == &name) name = "h2o_ref.sgn";
-        const std::string of_state = each->substr(0, each->size() - 4) + "_s12.sgn";
-        fs::rename(path(*each), path(of_state));
-        *each = of_state;
-    }
-    const auto told = derive({"--fcc=water"}, name);
-    EXPECT_EQ(std::to_string(told.status) + told.errors, "0");
-    EXPECT_TRUE(fs::exists(path("magdip_water")));
-    // One of that very name comes first.
-    support::write_file(path("h2o_ref_s12.fchk"), "none");
-    EXPECT_EQ(derive({"--fcc=water"}, name).errors,
-              "sgn_derive: h2o_ref_s12.fchk: is no formatted checkpoint; the dipoles are those of "
-              "the result files\nsgn_derive: h2o_ref_s12.fchk: line 1: is no formatted checkpoint: "
-              "it ends in its titles\n");
-}
-
-TEST_F(Vibronic, TemplateMayBeOfALargerSystem) {
-    // Two atoms stand between the three.
-    sgn::sections from = sgn::read_sections(path("h2o_ref.fchk"));
-    auto x = from.reals("Current cartesian coordinates", 9);
-    x.insert(x.begin() + 3, {0, 8, 8});
-    x.insert(x.begin(), {9, 0, 0});
-    const auto write = [&](const std::string& name, const std::vector<std::int32_t>& numbers) {
-        std::string text = from.titles[0] + '\n' + from.titles[1] + '\n';
-        for (sgn::section& each : from.all) {
-            for (const sgn::section& by : {sgn::integer_section("Number of atoms", 5),
-                                           sgn::integer_section("Atomic numbers", numbers),
-                                           sgn::real_section("Current cartesian coordinates", x)}) {
-                if (each.label == by.label) each = by;
-            }
-            text += sgn::text_of(each);
-        }
-        support::write_file(path(name), text);
-    };
-    write("larger.fchk", {18, 8, 10, 1, 1});
-    // The dipoles are those of the result files.
-    fs::remove(path("h2o_03zm.fchk"));
-    const auto told = derive({"--fchk=s.fchk", "--fcc=s", "--template=larger.fchk"});
-    EXPECT_EQ(
-        std::to_string(told.status) + told.errors,
-        "0sgn_derive: magdip_s is not written: it takes magnetic dipoles from the checkpoints "
-        "of all jobs, and h2o_03zm.fchk: is not there beside h2o_03zm.sgn\n");
-    // Of the larger one only electrons and energies are kept.
-    const std::string alone =
-        support::replaced(fixture("water.fchk"), "  0.00000000E+00 -5.35400000E-01",
-                          " -7.56731884E+01 -5.35400000E-01");
-    EXPECT_EQ(text_of("s.fchk"),
-              "sgn_derive: water CIS reference\nForce     RCIS-FC                       6-31+G(d)\n"
-              "Number of atoms                            I                3\n"
-              "Atomic numbers                             I   N=           3\n"
-              "           8           1           1\n"
-              "Nuclear charges                            R   N=           3\n"
-              "  8.00000000E+00  1.00000000E+00  1.00000000E+00\n"
-              "Charge                                     I                0\n"
-              "Multiplicity                               I                1\n"
-              "Number of electrons                        I               10\n"
-              "Number of alpha electrons                  I                5\n"
-              "Number of beta electrons                   I                5\n"
-              "Number of basis functions                  I               22\n"
-              "Number of independent functions            I               22\n"
-              "SCF Energy                                 R     -7.601604101723170E+01\n"
-              "Total Energy                               R     -7.567318842789800E+01\n" +
-                  alone.substr(alone.find("Current cartesian")));
-    EXPECT_NEAR(read_state(text_of("s.fcc")).energy, -75.673188427898, 1e-12);
-    write("bad.fchk", {18, 8, 1, 10, 1});
-    EXPECT_EQ(
-        derive({"--fcc=s", "--template=bad.fchk"}).errors,
-        "sgn_derive: bad.fchk: atom 2 of h2o_ref.sgn is none of its 5 atoms, in their order\n");
 }
 
 }  // namespace

@@ -98,6 +98,11 @@ std::string replaced(std::string text, std::string_view from, std::string_view t
     return text;
 }
 
+std::string edited(const std::string& text, const std::string& from, const std::string& to) {
+    if (from.empty()) return text;
+    return from == "END" ? text.substr(0, text.find(to)) : replaced(text, from, to);
+}
+
 scratch_directory::scratch_directory() {
     std::string pattern = (fs::temp_directory_path() / "stigruz-test-XXXXXX").string();
     if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no scratch directory");

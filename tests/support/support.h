@@ -30,6 +30,10 @@ void write_file(const std::filesystem::path& path, std::string_view contents);
 /// `text` with every `from`, of which there must be one, replaced by `to`.
 std::string replaced(std::string text, std::string_view from, std::string_view to);
 
+/// `text` with every `from` replaced by `to`, or as it is if `from` is empty. With END for `from`
+/// it ends before the first `to`.
+std::string edited(const std::string& text, const std::string& from, const std::string& to);
+
 /// An empty directory, removed with everything in it when this goes.
 class scratch_directory {
   public:

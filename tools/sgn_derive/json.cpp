@@ -139,14 +139,13 @@ std::string json_of(const sgn::report& of) {
     result["near_state"] = near_state_of(of);
     result["surroundings"] = of.surroundings;
 
-    std::vector<std::string> names;
-    for (const sgn::displaced_job& each : set.jobs) names.push_back(each.name);
     json_value forces_rules = json_of(of.force_rules);
     forces_rules["suspects"] = json_value::array();
-    result["sum_rules"] = {{"dipole", json_of(of.dipole_rules, of.suspects, of.signs, names)},
-                           {"forces", forces_rules},
-                           {"velocity_dipole", json_of(of.velocity_rules)},
-                           {"magnetic_dipole", json_of(of.magnetic_rules)}};
+    result["sum_rules"] = {
+        {"dipole", json_of(of.dipole_rules, of.suspects, of.signs, names_of(set))},
+        {"forces", forces_rules},
+        {"velocity_dipole", json_of(of.velocity_rules)},
+        {"magnetic_dipole", json_of(of.magnetic_rules)}};
 
     json_value& findings = result["findings"] = json_value::array();
     for (const sgn::finding& each : of.findings) {
