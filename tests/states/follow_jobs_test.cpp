@@ -1,10 +1,14 @@
 #include "sgn/states/follow_jobs.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <new>
 #include <numeric>
 
+#include "flib/io/stop_run.h"
+#include "sgn/states/job_set.h"
 #include "support/support.h"
 
 namespace {
@@ -69,6 +73,29 @@ TEST(FollowJobs, FindsLogAndDumpBesideTheCheckpoint) {
     // In the working directory all of them would be one job.
     EXPECT_THAT(summary(follow_jobs(reference, jobs, {.find = sgn::files_of})),
                 testing::HasSubstr("has the name of"));
+}
+
+TEST(FollowJobs, ShowsNamesInPrintableCharacters) {
+    const support::working_directory here;
+    const auto put = [](const std::string& name, const std::string& from) {
+        for (const char* suffix : {".fchk", ".log", ".cis"}) {
+            fs::copy_file(support::data_file("crossing/" + from + suffix), name + suffix);
+        }
+    };
+    put("a\x1b", "h2ox_ref");
+    put("b\x1b", "h2ox_02yp");
+    const sgn::job_set made = sgn::set_of_jobs("a\x1b.fchk", std::vector<std::string>{"b\x1b.fchk"},
+                                               2, {.limits = {.mixed_below = 1}});
+    EXPECT_THAT(made.mixed, testing::ElementsAre("b\\x1B.fchk: state 2 is mixed: the overlap is "
+                                                 "1.00"));
+    EXPECT_THAT(made.no_forces, testing::HasSubstr("a\\x1B.fchk: the forces are those of"));
+    EXPECT_THAT(text_of(made.near.value()), testing::HasSubstr(" eV away in b\\x1B, less than"));
+    sgn::job_result failed;
+    failed.checkpoint = "a\x1b.fchk";
+    failed.failure = std::make_exception_ptr(std::bad_alloc());
+    EXPECT_EQ(failed.reason(), "a\\x1B.fchk: not enough memory");
+    failed.failure = std::make_exception_ptr(flib::run_error("is odd"));
+    EXPECT_EQ(failed.reason(), "a\\x1B.fchk: is odd");
 }
 
 }  // namespace

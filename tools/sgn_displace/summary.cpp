@@ -18,6 +18,14 @@ std::string quoted(const std::string& word) {
         "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_.+/-";
     if (word.find_first_not_of(harmless) == std::string::npos && !word.starts_with('-'))
         return word;
+    if (flib::printable(word) != word) {
+        // As bash and its like read it.
+        std::string escaped = word.starts_with('-') ? "./" : "";
+        for (const char c : word) escaped.append(c == '\'' || c == '\\' ? "\\" : "").append(1, c);
+        std::string text = "$'";
+        // printable() writes the rest as they do.
+        return text.append(flib::printable(escaped)).append("'");
+    }
     std::string text = word.starts_with('-') ? "'./" : "'";
     for (const char c : word) {
         if (c == '\'') {
