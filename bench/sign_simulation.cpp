@@ -10,18 +10,18 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <functional>
 #include <random>
 #include <set>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "flib/util/units.h"
 #include "sgn/check/report.h"
+#include "sgn/set/from_arrays.h"
 
 namespace {
 
-using sgn::result_file;
 using sgn::vec3;
 using geometry = std::vector<vec3>;
 
@@ -78,17 +78,17 @@ vec3 dipole(const molecule& of, const geometry& x) {
 
 /// Charges that do not change, by which the dipole vanishes but for `left` of it.
 void darken(molecule& of, double left) {
-    const vec3 bright = dipole(of, of.x);
     const std::size_t n = of.size();
-    // The gyration tensor, inverted by a few sweeps of steepest descent with exact steps.
-    vec3 rest = sgn::scaled(-(1 - left), bright);
+    vec3 rest = sgn::scaled(-(1 - left), dipole(of, of.x));
+    // Steepest descent with exact steps; each pair takes what it is along.
     for (int sweep = 0; sweep < 2000 && sgn::length(rest) > 1e-14; ++sweep) {
+        std::vector<double> parts(n * n);
         vec3 made{};
         for (std::size_t a = 0; a < n; ++a) {
             for (std::size_t b = 0; b < a; ++b) {
                 const vec3 arm =
                     sgn::scaled(1 / flib::bohr_radius, sgn::difference(of.x[a], of.x[b]));
-                double part = 0;
+                double& part = parts[a * n + b];
                 for (std::size_t k = 0; k < 3; ++k) part += arm[k] * rest[k];
                 made = sgn::sum(made, sgn::scaled(part, arm));
             }
@@ -100,15 +100,7 @@ void darken(molecule& of, double left) {
             down += made[k] * made[k];
         }
         const double step = down > 0 ? up / down : 0;
-        for (std::size_t a = 0; a < n; ++a) {
-            for (std::size_t b = 0; b < a; ++b) {
-                const vec3 arm =
-                    sgn::scaled(1 / flib::bohr_radius, sgn::difference(of.x[a], of.x[b]));
-                double part = 0;
-                for (std::size_t k = 0; k < 3; ++k) part += arm[k] * rest[k];
-                of.constant[a * n + b] += step * part;
-            }
-        }
+        for (std::size_t i = 0; i < parts.size(); ++i) of.constant[i] += step * parts[i];
         rest = sgn::difference(rest, sgn::scaled(step, made));
     }
 }
@@ -150,35 +142,22 @@ struct precision {
     double noise = 0;  // au
 };
 
-result_file file(const molecule& of, const std::string& name, const geometry& x,
-                 const precision& how) {
-    result_file result{name, {}};
-    auto& contents = result.contents;
-    contents.parameters.sign = 1;
-    contents.parameters.natom = static_cast<std::int32_t>(x.size());
-    contents.parameters.nmo = 31;
-    contents.parameters.tden_maxval = 0.4;
-    for (std::size_t i = 0; i < x.size(); ++i) {
-        contents.symbol.emplace_back("C");
-        contents.nat.push_back(6);
-        contents.mass.push_back(12);
-    }
-    contents.x = x;
-    contents.frc.assign(x.size(), {0, 0, 0});
-    contents.corrected_tdip = dipole(of, x);
+sgn::job_arrays job(const molecule& of, const std::string& name, const geometry& x,
+                    const precision& how) {
+    sgn::job_arrays result{x, dipole(of, x), {}, name};
     const double unit = std::pow(10, how.decimals);
-    for (double& value : contents.corrected_tdip) {
+    for (double& value : result.dipole) {
         value = std::round((value + how.noise * gaussian()) * unit) / unit;
     }
     return result;
 }
 
-using set_of_files = std::vector<result_file>;  // the reference first
+using jobs_of_set = std::vector<sgn::job_arrays>;  // the reference first
 
 enum class kind { pairs, two_steps, one_sided, oblique };
 
-set_of_files displaced(const molecule& of, kind what, const precision& how, double step = 0.01) {
-    set_of_files files{file(of, "ref", of.x, how)};
+jobs_of_set displaced(const molecule& of, kind what, const precision& how, double step = 0.01) {
+    jobs_of_set jobs{job(of, "ref", of.x, how)};
     const std::size_t coordinates = 3 * of.size() + (what == kind::oblique ? of.size() : 0);
     for (std::size_t c = 0; c < coordinates; ++c) {
         geometry shift(of.size());
@@ -199,14 +178,22 @@ set_of_files displaced(const molecule& of, kind what, const precision& how, doub
             }
             std::string name = std::to_string(c / 3 + 1);
             name += sgn::axis_names[c % 3];
-            files.push_back(file(of, name + std::to_string(factor), x, how));
+            jobs.push_back(job(of, name + std::to_string(factor), x, how));
         }
     }
-    return files;
+    return jobs;
 }
 
-sgn::report judged(const set_of_files& files) {
-    return sgn::analyse(files.front(), {files.begin() + 1, files.end()});
+sgn::displaced_set set_of(const jobs_of_set& jobs, const precision& how) {
+    const std::vector<std::string> symbols(jobs.front().x.size(), "C");
+    sgn::array_facts facts;
+    facts.dipole_decimals = how.decimals;
+    facts.coordinate_decimals = 6;
+    return sgn::set_of_arrays(symbols, jobs.front(), std::span(jobs).subspan(1), facts);
+}
+
+sgn::report judged(const jobs_of_set& jobs, const precision& how) {
+    return sgn::analyse(set_of(jobs, how));
 }
 
 /// The derivatives of the dipole without errors, 3N rows.
@@ -278,25 +265,16 @@ void right_sets_and_coverage(int sets) {
         int alarms = 0;
         tally mean_square;
         tally off;
-        int steps = 0, noises = 0;
         for (int i = 0; i < sets; ++i) {
             const std::size_t atoms = std::min(each.most, drawn_size());
             const molecule of = made_up(atoms, i % 5 == 0, i % 3 == 0 ? 0.001 : 1);
-            const sgn::report found = judged(displaced(of, each.what, each.how));
-            const bool sums = found.dipole_rules.judged;
-            if (sums) {
-                steps += found.dipole_rules.step_scale > 1;
-                noises += found.dipole_rules.noise > 0;
+            const sgn::report found = judged(displaced(of, each.what, each.how), each.how);
+            if (found.dipole_rules.judged) {
                 mean_square.add(found.dipole_rules.chi2 /
                                 static_cast<double>(found.dipole_rules.sums));
                 if (!found.dipole_rules.satisfied || !found.suspects.flips.empty() ||
                     found.suspects.unsound) {
                     ++alarms;
-                    if (std::getenv("VERBOSE") != nullptr)
-                        std::printf(
-                            "alarm: %zu atoms, dark %d, chi2 %g flips %zu unsound %d noise %g\n",
-                            atoms, i % 3 == 0, found.dipole_rules.chi2, found.suspects.flips.size(),
-                            found.suspects.unsound, found.dipole_rules.noise);
                 }
             }
             const std::vector<vec3> right = true_derivatives(of);
@@ -310,7 +288,6 @@ void right_sets_and_coverage(int sets) {
         std::printf("%-26s %5d %7d %7.2f %7.2f | %8.1f %8.1f %8.1f\n", each.name, sets, alarms,
                     mean_square.mean(), mean_square.part(0.99), off.below(1), off.below(2),
                     off.below(3));
-        std::printf("   steps %d noises %d\n", steps, noises);
     }
 }
 
@@ -332,28 +309,29 @@ void wrong_sets(int sets) {
         int unsound = 0;
         int wrong = 0;
         int missed = 0;
-        int called_fine = 0;
+        int flatly = 0;
         for (int i = 0; i < sets; ++i) {
             const molecule of = made_up(drawn_size(), i % 5 == 0, each.left);
-            set_of_files files = displaced(of, kind::pairs, each.how);
+            jobs_of_set jobs = displaced(of, kind::pairs, each.how);
             const auto count = static_cast<std::size_t>(1 + i % 6);
             std::set<std::size_t> reversed;
-            while (reversed.size() < std::min(count, files.size() / 3)) {
-                reversed.insert(1 + dice() % (files.size() - 1));
+            while (reversed.size() < std::min(count, jobs.size() / 3)) {
+                reversed.insert(1 + dice() % (jobs.size() - 1));
             }
             for (const std::size_t job : reversed) {
-                for (double& value : files[job].contents.corrected_tdip) value = -value;
+                jobs[job].dipole = sgn::scaled(-1, jobs[job].dipole);
             }
-            const sgn::report found = judged(files);
-            // Wrong signs that are told not to be seen, and those that change nothing, are none.
+            const sgn::report found = judged(jobs, each.how);
+            // Wrong signs that are told not to be seen, and those that change nothing, are
+            // none.
             const auto matters = [&](std::size_t job) {
                 const auto& unseen = found.suspects.unseen;
                 return std::ranges::find(unseen, job) == unseen.end() &&
-                       sgn::length(files[job].contents.corrected_tdip) > 0;
+                       sgn::length(jobs[job].dipole) > 0;
             };
-            const auto seen = [&](const auto& jobs) {
+            const auto seen = [&](const auto& those) {
                 std::set<std::size_t> result;
-                for (const std::size_t job : jobs) {
+                for (const std::size_t job : those) {
                     if (matters(job)) result.insert(job);
                 }
                 return result;
@@ -372,35 +350,144 @@ void wrong_sets(int sets) {
                 ++among;
             } else if (!flips.empty()) {
                 ++wrong;
-                if (found.suspects.flips.size() + found.signs.as_good.size() == 1) ++called_fine;
-                if (std::getenv("VERBOSE") != nullptr) {
-                    std::printf(
-                        "wrong: %zu atoms, %zu of them, named %zu, others %zu, as good %zu\n",
-                        of.size(), truth.size(), seen(flips.front()).size(), flips.size() - 1,
-                        found.signs.as_good.size());
-                }
+                if (found.suspects.flips.size() + found.signs.as_good.size() == 1) ++flatly;
             } else {
                 ++missed;
-                if (found.signs.complete()) ++called_fine;
-                if (std::getenv("VERBOSE") != nullptr) {
-                    std::printf(
-                        "missed: %zu atoms, %zu of them, fine %d, as good %zu, unseen %zu\n",
-                        of.size(), truth.size(), found.fine(), found.signs.as_good.size(),
-                        found.signs.unseen.size());
-                }
+                if (found.signs.complete()) ++flatly;
             }
         }
         std::printf("%-22s %5d %7d %7d %7d %7d %7d %7d\n", each.name, sets, right, among, unsound,
-                    wrong, missed, called_fine);
+                    wrong, missed, flatly);
+    }
+}
+
+/// The other moments of a molecule: vectors that move and turn with it as the dipole does, the
+/// magnetic one of them about the centroid, and six numbers about it.
+struct moment_model {
+    molecule velocity;
+    molecule about_centroid;
+    molecule quadrupole[2];
+
+    explicit moment_model(const molecule& of)
+        : velocity(other(of)), about_centroid(other(of)), quadrupole{other(of), other(of)} {}
+
+    /// As large, of other numbers.
+    static molecule other(molecule of) {
+        std::ranges::shuffle(of.exchange, dice);
+        std::ranges::shuffle(of.neighbour, dice);
+        std::ranges::fill(of.constant, 0);
+        return of;
+    }
+
+    /// Velocity dipole, magnetic dipole, quadrupole; jobs that converged less are off in all of
+    /// them, also by what moving the origin makes of the velocity dipole.
+    std::vector<double> at(const geometry& x, double noise = 0) const {
+        const auto off = [&](vec3 of) {
+            if (noise > 0) {
+                for (double& each : of) each += noise * gaussian();
+            }
+            return of;
+        };
+        const vec3 v = off(dipole(velocity, x));
+        const vec3 m = off(dipole(about_centroid, x));
+        vec3 centre{};
+        for (const vec3& each : x) {
+            centre = sgn::sum(centre, sgn::scaled(1 / flib::bohr_radius, each));
+        }
+        centre = sgn::scaled(1 / static_cast<double>(x.size()), centre);
+        std::vector<double> all(v.begin(), v.end());
+        for (std::size_t k = 0; k < 3; ++k) {
+            const std::size_t l = (k + 1) % 3;
+            const std::size_t n = (k + 2) % 3;
+            all.push_back(m[k] + centre[l] * v[n] - centre[n] * v[l]);
+        }
+        const vec3 diagonal = off(off(dipole(quadrupole[0], x)));
+        const vec3 others = off(dipole(quadrupole[1], x));
+        for (std::size_t k = 0; k < 3; ++k) all.push_back(diagonal[k] + 2 * centre[k] * v[k]);
+        for (std::size_t k = 0; k < 3; ++k) {
+            const std::size_t l = k == 2 ? 1 : 0;
+            const std::size_t n = k == 0 ? 1 : 2;
+            all.push_back(others[k] + centre[l] * v[n] + centre[n] * v[l]);
+        }
+        return all;
+    }
+};
+
+/// How far the derivatives of the other moments are off, in their uncertainties.
+void moments_coverage(int sets) {
+    struct row {
+        const char* name;
+        kind what;
+        precision how;
+        std::size_t most;
+    };
+    const row rows[] = {
+        {"9 decimals", kind::pairs, {9, 0}, 100},
+        {"9, noise 1e-5", kind::pairs, {9, 1e-5}, 100},
+        {"9, two steps, noise 1e-6", kind::two_steps, {9, 1e-6}, 30},
+        {"9, two steps, noise 1e-5", kind::two_steps, {9, 1e-5}, 30},
+        {"9, oblique", kind::oblique, {9, 0}, 20},
+    };
+    std::printf("%-26s %5s %7s | %20s | %20s | %20s\n", "other moments", "sets", "alarms",
+                "velocity 1, 2, 3", "magnetic 1, 2, 3", "quadrupole 1, 2, 3");
+    for (const row& each : rows) {
+        int alarms = 0;
+        tally off[3];
+        for (int i = 0; i < sets; ++i) {
+            const molecule of =
+                made_up(std::min(each.most, drawn_size()), i % 5 == 0, i % 3 == 0 ? 0.001 : 1);
+            const moment_model model(of);
+            const jobs_of_set jobs = displaced(of, each.what, each.how);
+            sgn::displaced_set set = set_of(jobs, each.how);
+            for (std::size_t j = 0; j < jobs.size(); ++j) {
+                std::vector<double> all = model.at(jobs[j].x, each.how.noise);
+                for (double& value : all) value = std::round(value * 1e9) / 1e9;
+                sgn::other_moments& moments = set.jobs[j].moments.emplace();
+                std::copy_n(all.begin(), 3, moments.velocity_dipole.begin());
+                std::copy_n(all.begin() + 3, 3, moments.magnetic_dipole.begin());
+                std::copy_n(all.begin() + 6, 6, moments.velocity_quadrupole.begin());
+            }
+            set.has_moments = true;
+            set.moment_decimals = {9, 9, 9};
+            const sgn::report found = sgn::analyse(set);
+            alarms += !found.velocity_rules.satisfied || !found.magnetic_rules.satisfied;
+            const double h = 0.0015;  // Bohr
+            for (std::size_t c = 0; c < 3 * of.size(); ++c) {
+                const auto at = [&](double factor) {
+                    geometry x = of.x;
+                    x[c / 3][c % 3] += factor * h * flib::bohr_radius;
+                    return model.at(x);
+                };
+                const auto far_back = at(-2), back = at(-1), on = at(1), far_on = at(2);
+                std::size_t first = 0;
+                std::size_t moment = 0;
+                for (const auto& [name, made] : sgn::other_derivatives(found.derivatives)) {
+                    for (std::size_t k = 0; k < made->values.columns; ++k) {
+                        const std::size_t j = first + k;
+                        const double right =
+                            (8 * (on[j] - back[j]) - (far_on[j] - far_back[j])) / (12 * h);
+                        off[moment].add(std::abs(made->values(c, k) - right) /
+                                        made->uncertainty(c, k));
+                    }
+                    first += made->values.columns;
+                    ++moment;
+                }
+            }
+        }
+        std::printf("%-26s %5d %7d |", each.name, sets, alarms);
+        for (const tally& one : off) {
+            std::printf(" %6.1f %6.1f %6.1f |", one.below(1), one.below(2), one.below(3));
+        }
+        std::printf("\n");
     }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    std::setvbuf(stdout, nullptr, _IOLBF, 0);
-    const int sets = argc > 1 ? std::atoi(argv[1]) : 200;
-    if (argc < 3 || std::string(argv[2]) == "right") right_sets_and_coverage(sets);
-    if (argc < 3 || std::string(argv[2]) == "wrong") wrong_sets(sets);
+    const int sets = argc > 1 ? std::atoi(argv[1]) : 100;
+    right_sets_and_coverage(sets);
+    wrong_sets(sets);
+    moments_coverage(sets);
     return 0;
 }

@@ -8,6 +8,7 @@
 #include "flib/qm_file/type_tag.h"
 #include "flib/util/units.h"
 #include "module.h"
+#include "sgn/result/result_facts.h"
 #include "values.h"
 
 namespace stigruz_python {
@@ -47,6 +48,7 @@ const char* attribute_of(quantity which) {
 }
 
 py::object program_of(const flib::file_kind& kind) {
+    if (kind.tag == sgn::result_tag) return text_of("stigruz");
     const auto* const row =
         std::ranges::find(flib::kinds_in_words, kind.tag, &flib::kind_in_words::tag);
     return text_or_none(row == std::ranges::end(flib::kinds_in_words) ? kind.tag : row->program);
@@ -135,24 +137,42 @@ py::dict oniom_of(const flib::oniom_layers& of) {
     return values;
 }
 
+py::dict result_of(const sgn::sgn_parameters& of) {
+    py::dict values;
+    values["sign"] = of.sign;
+    values["basis_functions"] = of.nmo;
+    values["element"] = py::make_tuple(of.tden_maxloc[0] - 1, of.tden_maxloc[1] - 1);
+    values["value"] = of.tden_maxval;
+    return values;
+}
+
+/// In Angstrom; a result file has them so.
+py::array_t<double> coordinates_of(const sgn::facts_and_result& of) {
+    if (of.result) return array_of(of.result->x);
+    flib::vector_list x = of.facts.geometry->x;
+    for (auto& atom : x) {
+        for (double& coordinate : atom) coordinate *= flib::bohr_radius;
+    }
+    return array_of(x);
+}
+
 /// Only what is there has an entry.
-py::dict values_of(const flib::file_facts& facts) {
+py::dict values_of(const sgn::facts_and_result& of) {
+    const flib::file_facts& facts = of.facts;
     py::dict values;
     if (facts.kind) {
         values["program"] = program_of(*facts.kind);
         values["kind"] = text_of(facts.kind->tag);
         values["in_words"] = text_of(facts.kind->in_words);
         values["version"] = text_or_none(facts.kind->version);
+        values["version_of"] = text_or_none(sgn::owner_of_version(*facts.kind));
+        values["class_code"] = facts.kind->class_code;
     }
     if (facts.natom) values["natom"] = *facts.natom;
     if (facts.numbers) values["atomic_numbers"] = whole_numbers(*facts.numbers);
     if (!facts.point_charges.empty()) values["point_charges"] = whole_numbers(facts.point_charges);
     if (facts.geometry) {
-        flib::vector_list x = facts.geometry->x;
-        for (auto& atom : x) {
-            for (double& coordinate : atom) coordinate *= flib::bohr_radius;
-        }
-        values["coordinates"] = array_of(x);
+        values["coordinates"] = coordinates_of(of);
         values["geometry_is_last"] = facts.geometry->last;
         values["geometries"] = facts.geometry->tables;
         values["frame"] = text_or_none(facts.geometry->frame);
@@ -166,6 +186,7 @@ py::dict values_of(const flib::file_facts& facts) {
     if (facts.excitations) values["excitations"] = counts_of(*facts.excitations);
     if (facts.dump) values["dump"] = dump_of(*facts.dump);
     if (facts.moments) values["moments"] = moments_of(*facts.moments);
+    if (of.result) values["result"] = result_of(of.result->parameters);
     py::dict missing;
     for (const auto& [which, why] : facts.missing) {
         missing[attribute_of(which)] = text_of(why.reason);
@@ -181,7 +202,7 @@ void add_facts(py::module_& module) {
         "read",
         [](const py::object& file) {
             const std::string name = path_from(file);
-            return values_of(without_lock([&] { return flib::facts_of(name); }));
+            return values_of(without_lock([&] { return sgn::facts_with_result(name); }));
         },
         py::arg("file"), "What the file holds, by the names of the attributes of stigruz.Facts.");
 }

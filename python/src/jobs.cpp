@@ -95,24 +95,49 @@ py::array_t<double> moment(const std::vector<double>& values, std::int32_t state
                     {states, components});
 }
 
+/// None where there is no other state.
+py::object near_or_none(const std::optional<sgn::near_state>& of) {
+    if (!of) return py::none();
+    py::dict values;
+    values["root"] = of->root;
+    values["distance"] = of->distance;
+    values["is_near"] = of->is_near();
+    return values;
+}
+
 py::object spin_or_none(const std::optional<flib::root_spin>& spin) {
     if (!spin) return py::none();
     return text_of(flib::name_of(*spin));
 }
 
-/// The checkpoint's, which have more digits, or the log's.
-std::vector<sgn::vec3> coordinates_from(const job& of) {
-    const std::vector<sgn::vec3> printed = sgn::coordinates_of(of);
-    std::vector<sgn::vec3> full;
-    try {
-        full = sgn::full_coordinates(of.files.checkpoint, printed, of.files.log);
-    } catch (const flib::ending&) {
-        return printed;
-    }
-    return full.empty() ? printed : full;
+/// A job, with the coordinates of its checkpoint (Angstrom), if they are told.
+struct whole_job {
+    job is;
+    std::vector<sgn::vec3> full_x;
+
+    explicit whole_job(const sgn::job_files& files)
+        : is(sgn::read_job(files)), full_x(sgn::take_full_coordinates(is)) {}
+};
+
+/// The values of a root, with the dipole of the checkpoint where there is one.
+sgn::root_values best_values(sgn::root_values values, const std::optional<sgn::full_digits>& full) {
+    if (full) values.dipole = full->dipole;
+    return values;
 }
 
-py::dict values_of(const job& of) {
+/// Of one state; None where only the log tells.
+void add_moments(py::dict& to, const std::optional<sgn::full_digits>& full) {
+    for (const char* name : {"velocity_dipole", "magnetic_dipole", "velocity_quadrupole"}) {
+        to[name] = py::none();
+    }
+    if (!full) return;
+    to["velocity_dipole"] = array_of(full->moments.velocity_dipole);
+    to["magnetic_dipole"] = array_of(full->moments.magnetic_dipole);
+    to["velocity_quadrupole"] = array_of(full->moments.velocity_quadrupole);
+}
+
+py::dict values_of(const whole_job& from) {
+    const job& of = from.is;
     py::dict values;
     values["name"] = file_name(of.files.name);
     values["checkpoint"] = file_name(of.files.checkpoint);
@@ -121,17 +146,25 @@ py::dict values_of(const job& of) {
     values["counts"] = counts_of(of.counts);
     values["states"] = of.states;
     values["atomic_numbers"] = whole_numbers(of.atoms.nat.all());
-    values["coordinates"] = array_of(coordinates_from(of));
+    values["coordinates"] = array_of(from.full_x.empty() ? sgn::coordinates_of(of) : from.full_x);
     values["masses"] = array_of(of.atoms.mass.all());
     values["forces"] = of.no_forces.empty() ? py::object(columns_of(of.force.view())) : py::none();
     values["forces_of"] = of.forces_of > 0 ? py::cast(of.forces_of) : py::none();
     values["energies"] = array_of(of.energy);
     values["printed_dipoles"] = columns_of(of.tdip.view());
     py::list spins;
+    py::list nearest;
+    std::vector<double> strengths;
     for (std::int32_t state = 1; state <= of.states; ++state) {
         spins.append(spin_or_none(of.spin_of(state)));
+        nearest.append(near_or_none(nearest_to(of, state)));
+        std::optional<sgn::full_digits> full;
+        if (of.moments) full = sgn::full_digits_of(of.moments->of_states, state, 1);
+        strengths.push_back(best_values(sgn::values_of(of, state), full).oscillator_strength());
     }
     values["spins"] = spins;
+    values["nearest"] = nearest;
+    values["oscillator_strengths"] = array_of(strengths);
     py::dict missing;
     if (!of.no_forces.empty()) missing["forces"] = text_of(of.no_forces);
     if (of.moments) {
@@ -167,10 +200,17 @@ py::dict values_of(const sgn::followed_state& of) {
     values["overlap"] = of.values ? py::cast(of.overlap) : py::none();
     values["sign"] = of.sign;
     values["spin"] = spin_or_none(of.spin);
-    values["energy"] = of.values ? py::cast(of.values->energy) : py::none();
-    values["dipole"] = of.values ? py::object(array_of(of.values->dipole)) : py::none();
-    values["oscillator_strength"] =
-        of.values ? py::cast(of.values->oscillator_strength()) : py::none();
+    values["energy"] = py::none();
+    values["dipole"] = py::none();
+    values["oscillator_strength"] = py::none();
+    if (of.values) {
+        const sgn::root_values best = best_values(*of.values, of.full);
+        values["energy"] = best.energy;
+        values["dipole"] = array_of(best.dipole);
+        values["oscillator_strength"] = best.oscillator_strength();
+    }
+    add_moments(values, of.full);
+    values["nearest"] = near_or_none(of.nearest);
     values["overlaps"] = array_of(of.overlaps);
     return values;
 }
@@ -186,7 +226,8 @@ py::dict values_of(const sgn::followed_job& of) {
     return values;
 }
 
-std::unique_ptr<reference> prepared(const job& of, const py::object& states) {
+std::unique_ptr<reference> prepared(const whole_job& from, const py::object& states) {
+    const job& of = from.is;
     std::vector<std::int32_t> wanted;
     if (states.is_none()) {
         wanted.resize(static_cast<std::size_t>(of.states));
@@ -279,7 +320,7 @@ py::dict sign_of(const py::object& c0, const py::object& x0, const py::object& c
 }  // namespace
 
 void add_jobs(py::module_& module) {
-    const py::class_<job> of_job(module, "Job", "A job that was read.");
+    const py::class_<whole_job> of_job(module, "Job", "A job that was read.");
     forbid_new(of_job);
     const py::class_<reference> of_reference(module, "Reference",
                                              "A job that others are compared with.");
@@ -288,24 +329,25 @@ void add_jobs(py::module_& module) {
         "read_job",
         [](const py::object& checkpoint, const py::object& log, const py::object& dump) {
             const sgn::job_files files = files_from(checkpoint, log, dump);
-            return without_lock([&] { return std::make_unique<job>(sgn::read_job(files)); });
+            return without_lock([&] { return std::make_unique<whole_job>(files); });
         },
         py::arg("checkpoint"), py::arg("log"), py::arg("dump"));
     module.def(
-        "job_values", [](const job& of) { return values_of(of); }, py::arg("job"));
+        "job_values", [](const whole_job& of) { return values_of(of); }, py::arg("job"));
     module.def(
         "transition_density",
-        [](const job& of, const py::object& state) {
-            const std::int32_t root = state_of(of, state);
-            const auto density = without_lock([&] { return sgn::transition_density(of, root); });
+        [](const whole_job& of, const py::object& state) {
+            const std::int32_t root = state_of(of.is, state);
+            const auto density = without_lock([&] { return sgn::transition_density(of.is, root); });
             return array_of(density.view());
         },
         py::arg("job"), py::arg("state"));
     module.def(
-        "orbitals", [](const job& of) { return array_of(of.moc.view()); }, py::arg("job"));
+        "orbitals", [](const whole_job& of) { return array_of(of.is.moc.view()); }, py::arg("job"));
     module.def(
         "amplitudes",
-        [](const job& of, const py::object& state) {
+        [](const whole_job& from, const py::object& state) {
+            const job& of = from.is;
             const std::span<const double> values = of.amplitudes(state_of(of, state));
             return array_of(
                 flib::matrix_view<const double>(values.data(), of.counts.ma, of.counts.mi));
@@ -314,10 +356,10 @@ void add_jobs(py::module_& module) {
     module.def("prepare", prepared, py::arg("job"), py::arg("states"));
     module.def(
         "follow",
-        [](const reference& from, const job& now, double mixed_below, double lost_below) {
-            require_same_sizes(from.set.reference, now);
+        [](const reference& from, const whole_job& now, double mixed_below, double lost_below) {
+            require_same_sizes(from.set.reference, now.is);
             return values_of(without_lock([&] {
-                return follow(from.set, now, {mixed_below, lost_below});
+                return follow(from.set, now.is, {mixed_below, lost_below});
             }));
         },
         py::arg("reference"), py::arg("job"), py::arg("mixed_below"), py::arg("lost_below"));

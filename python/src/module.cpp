@@ -41,5 +41,6 @@ PYBIND11_MODULE(_core, module) {
     const sgn::overlap_limits limits;
     module.attr("mixed_below") = limits.mixed_below;
     module.attr("lost_below") = limits.lost_below;
+    module.attr("near_energies") = sgn::near_energies;
     module.attr("version") = STIGRUZ_VERSION;
 }

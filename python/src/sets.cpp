@@ -1,7 +1,9 @@
 // Sets of displaced jobs: inputs, reports on them, and what is written of these.
 
 #include <algorithm>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 #include <utility>
 
 #include "flib/io/atomic_file.h"
@@ -10,10 +12,13 @@
 #include "module.h"
 #include "sgn/check/files_report.h"
 #include "sgn/checkpoint/checkpoint.h"
+#include "sgn/checkpoint/fcc_files.h"
 #include "sgn/inputs/displaced_jobs.h"
 #include "sgn/inputs/file_set.h"
+#include "sgn/job/job_files.h"
 #include "sgn/job/same_file.h"
 #include "sgn/page/html.h"
+#include "sgn/result/output_kind.h"
 #include "sgn/set/find_signs.h"
 #include "sgn/set/from_arrays.h"
 #include "sgn/set/input_numbers.h"
@@ -28,6 +33,7 @@ namespace {
 struct set_report {
     sgn::files_report made;
     std::vector<std::string> notes{};
+    std::string reference{};            ///< its file, if it is made of any
     std::vector<std::string> inputs{};  ///< files that it was made of
     std::optional<sgn::found_signs> signs{};
 };
@@ -158,6 +164,19 @@ py::object excitation_of(const sgn::report& of) {
     return values;
 }
 
+/// None where no state is near, or states were not followed.
+py::object near_state_of(const sgn::report& of) {
+    if (!of.near) return py::none();
+    py::dict values;
+    values["state"] = of.near->state;
+    values["distance"] = of.near->distance;
+    values["job"] = file_name(of.near->job);
+    values["near"] = of.near->near;
+    values["jobs"] = of.near->jobs;
+    values["text"] = text_of(sgn::text_of(*of.near));
+    return values;
+}
+
 py::dict rules_of(const sgn::sum_rules& of) {
     py::dict values;
     values["judged"] = of.judged;
@@ -223,6 +242,8 @@ py::dict values_of(const set_report& from) {
     values["largest_step"] = set.largest_step;
     values["dipole_decimals"] = set.dipole_decimals;
     values["force_decimals"] = set.force_decimals;
+    values["coordinate_decimals"] = set.coordinate_decimals;
+    values["dipole_source"] = text_of(source_of_dipoles(set));
     values["dipole"] = array_of(set.jobs.front().dipole);
     values["dipole_derivatives"] = array_of(d.dipole);
     values["dipole_uncertainty"] = array_of(of.uncertainties.total);
@@ -240,6 +261,7 @@ py::dict values_of(const set_report& from) {
     values["stationary"] = set.has_forces ? py::cast(of.stationary()) : py::none();
     values["modes"] = modes_of(of);
     values["excitation"] = excitation_of(of);
+    values["near_state"] = near_state_of(of);
     values["surroundings"] = texts_of(of.surroundings);
     values["dipole_rules"] = rules_of(of.dipole_rules);
     values["force_rules"] = rules_of(of.force_rules);
@@ -259,28 +281,89 @@ py::dict values_of(const set_report& from) {
     return values;
 }
 
-/// What a set is made of must not be lost.
-void require_no_input(const set_report& of, const std::string& file) {
+/// What a set is made of must not be lost, nor what is read for an output.
+void require_no_input(const set_report& of, const std::string& file,
+                      const std::optional<std::string>& its_template = {}) {
     for (const std::string& input : of.inputs) {
         if (!sgn::is_same_file(input, file)) continue;
         throw flib::io_error(file, 0, "is not written: the set was made of it");
     }
+    if (its_template && sgn::is_same_file(*its_template, file)) {
+        throw flib::io_error(file, 0, "is not written: it is the template");
+    }
 }
 
-void write_fchk(const set_report& of, const py::object& file, const py::object& from) {
+/// Nor what others wrote, unless it is asked for; result files cannot be made again from what is
+/// here.
+void require_replaceable(const std::string& file, sgn::output_kind kind, bool overwrite) {
+    const sgn::occupant old = sgn::occupant_of(file);
+    if (old.is_file && old.kind == kind) return;
+    if (old.kind == sgn::output_kind::result_file) {
+        throw flib::io_error(file, 0, "is not written: it is a result file");
+    }
+    if (!old.is_file || overwrite) return;
+    throw flib::io_error(file, 0,
+                         "is there and is not " + std::string(name_of(kind)) +
+                             " that stigruz wrote: overwrite=True writes over it");
+}
+
+std::optional<std::string> template_from(const py::object& file) {
+    if (file.is_none()) return {};
+    return path_from(file);
+}
+
+void write_fchk(const set_report& of, const py::object& file, const py::object& from,
+                bool overwrite) {
     const std::string name = path_from(file);
-    const std::string its_template = from.is_none() ? std::string() : path_from(from);
-    const bool has_template = !from.is_none();
+    const std::optional<std::string> its_template = template_from(from);
     without_lock([&] {
-        require_no_input(of, name);
-        if (has_template && sgn::is_same_file(its_template, name)) {
-            throw flib::io_error(name, 0, "is not written: it is the template");
-        }
+        require_no_input(of, name, its_template);
+        require_replaceable(name, sgn::output_kind::checkpoint, overwrite);
         const sgn::report& report = of.made.is;
-        flib::replace_file(name, has_template
-                                     ? checkpoint_of(report.set, report.derivatives, its_template)
+        flib::replace_file(name, its_template
+                                     ? checkpoint_of(report.set, report.derivatives, *its_template)
                                      : checkpoint_of(report.set, report.derivatives));
     });
+}
+
+/// The checkpoint that tells the energy of the reference.
+std::string checkpoint_with_energy(const set_report& of,
+                                   const std::optional<std::string>& its_template) {
+    if (its_template) return *its_template;
+    if (of.reference.empty()) {
+        throw flib::run_error("arrays tell no energy: name the reference's checkpoint as template");
+    }
+    const std::string beside = sgn::file_beside(of.reference, ".fchk");
+    if (std::error_code ignored; std::filesystem::exists(beside, ignored)) return beside;
+    throw flib::run_error("there is no " + flib::printable(beside) +
+                          ", which would tell the energy: name another one as template");
+}
+
+py::list write_fcc(const set_report& of, const py::object& name, const py::object& from,
+                   bool overwrite) {
+    const std::string family = path_from(name);
+    const std::optional<std::string> its_template = template_from(from);
+    if (family.empty() || family.ends_with('/')) {
+        throw flib::run_error("a name is needed, of which three files get theirs");
+    }
+    std::vector<std::string> written;
+    without_lock([&] {
+        const sgn::report& report = of.made.is;
+        const std::string checkpoint = checkpoint_with_energy(of, its_template);
+        const auto files = fcc_files_of(family, report.set, report.derivatives,
+                                        energy_of_checkpoint(checkpoint, report.set));
+        for (const sgn::fcc_file& each : files) {
+            require_no_input(of, each.name, checkpoint);
+            require_replaceable(each.name, sgn::output_kind::vibronic, overwrite);
+        }
+        for (const sgn::fcc_file& each : files) {
+            flib::replace_file(each.name, each.text);
+            written.push_back(each.name);
+        }
+    });
+    py::list names;
+    for (const std::string& each : written) names.append(file_name(each));
+    return names;
 }
 
 std::string page_of(const set_report& of) {
@@ -298,12 +381,20 @@ std::unique_ptr<set_report> report_on_files(const py::object& reference, const p
         throw flib::run_error("state is for jobs (NAME.fchk), not for result files");
     }
     auto made = std::make_unique<set_report>();
+    made->reference = wanted.reference;
     made->inputs = wanted.files;
     made->inputs.push_back(wanted.reference);
-    for (std::size_t i = 0; sgn::is_job(wanted.reference) && i <= wanted.files.size(); ++i) {
-        const sgn::job_files each = sgn::files_beside(made->inputs[i]);
-        made->inputs.push_back(each.log);
-        made->inputs.push_back(each.dump);
+    const bool of_jobs = sgn::is_job(wanted.reference);
+    for (std::size_t i = 0; i <= wanted.files.size(); ++i) {
+        const std::string file = made->inputs[i];
+        if (of_jobs) {
+            const sgn::job_files each = sgn::files_beside(file);
+            made->inputs.push_back(each.log);
+            made->inputs.push_back(each.dump);
+        } else {
+            made->inputs.push_back(sgn::file_beside(file, ".fchk"));
+            made->inputs.push_back(sgn::file_beside(file, std::string(sgn::suffix::log)));
+        }
     }
     const interruption interrupted(progress);
     without_lock([&] {
@@ -412,12 +503,9 @@ py::dict displace(const py::object& input, const py::object& step, const py::obj
             throw flib::run_error("atoms must be numbers from 1 to " + std::to_string(natom) +
                                   ", each once");
         }
-        std::vector<named_step> steps;
-        if (text.find(',') != std::string::npos) {
-            steps = parse_steps(text, job.kind.unit);
-        } else {
-            steps.push_back({"", parse_step(text, job.kind.unit)});
-        }
+        const bool several = text.find(',') != std::string::npos;
+        const std::vector<named_step> steps =
+            several ? parse_steps(text, job.kind.unit) : parse_step(text, job.kind.unit);
         if (chosen.size() * steps.size() > (most_jobs - 1) / 6) {
             throw flib::run_error("more than " + std::to_string(most_jobs) +
                                   " files: choose the atoms to be displaced");
@@ -448,21 +536,25 @@ void add_sets(py::module_& module) {
                py::arg("coordinate_decimals"), py::arg("sum_rules"), py::arg("find"));
     module.def(
         "report_values", [](const set_report& of) { return values_of(of); }, py::arg("report"));
-    module.def("write_fchk", write_fchk, py::arg("report"), py::arg("file"), py::arg("template"));
+    module.def("write_fchk", write_fchk, py::arg("report"), py::arg("file"), py::arg("template"),
+               py::arg("overwrite"));
+    module.def("write_fcc", write_fcc, py::arg("report"), py::arg("name"), py::arg("template"),
+               py::arg("overwrite"));
     module.def(
         "html",
         [](const set_report& of) { return text_of(without_lock([&] { return page_of(of); })); },
         py::arg("report"));
     module.def(
         "write_html",
-        [](const set_report& of, const py::object& file) {
+        [](const set_report& of, const py::object& file, bool overwrite) {
             const std::string name = path_from(file);
             without_lock([&] {
                 require_no_input(of, name);
+                require_replaceable(name, sgn::output_kind::page, overwrite);
                 flib::replace_file(name, page_of(of));
             });
         },
-        py::arg("report"), py::arg("file"));
+        py::arg("report"), py::arg("file"), py::arg("overwrite"));
     module.def("displace", displace, py::arg("input"), py::arg("step"), py::arg("atoms"),
                py::arg("directory"), py::arg("one_sided"), py::arg("overwrite"));
 }

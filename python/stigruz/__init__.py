@@ -12,8 +12,19 @@ files that are missing a FileNotFoundError too. stigruz.ase is for the Atomic Si
 from . import units
 from ._core import version as __version__
 from ._errors import Error, MissingFileError
-from ._facts import Basis, Dump, Excitations, Facts, MomentRows, Moments, Oniom, read
-from ._jobs import FollowedJob, FollowedState, Job, JobCounts, Reference, Sign, follow, sign
+from ._facts import Basis, Dump, Excitations, Facts, MomentRows, Moments, Oniom, Result, read
+from ._jobs import (
+    FollowedJob,
+    FollowedState,
+    Job,
+    JobCounts,
+    NearState,
+    Reference,
+    Sign,
+    follow,
+    near_energies,
+    sign,
+)
 from ._sets import (
     Displaced,
     Excitation,
@@ -21,6 +32,7 @@ from ._sets import (
     FoundSigns,
     Modes,
     MomentDerivatives,
+    NearInSet,
     Set,
     SetFile,
     SetSumRules,
@@ -47,8 +59,11 @@ __all__ = [
     "MomentDerivatives",
     "MomentRows",
     "Moments",
+    "NearInSet",
+    "NearState",
     "Oniom",
     "Reference",
+    "Result",
     "Set",
     "SetFile",
     "SetSumRules",
@@ -57,6 +72,7 @@ __all__ = [
     "__version__",
     "displace",
     "follow",
+    "near_energies",
     "read",
     "sign",
     "units",

@@ -1,6 +1,7 @@
 """What a file holds."""
 
 import os
+from collections.abc import Callable
 from dataclasses import dataclass
 from typing import Any, Optional, Union
 
@@ -107,13 +108,30 @@ class Oniom:
     high: Integers
 
 
+@dataclass(frozen=True)
+class Result:
+    """What a result file of stigruz tells of a job beside atoms, dipole and forces.
+
+    sign: 1, -1, or 0 if it cannot be told; the corrected dipole is the one of Facts
+    basis_functions: their number
+    element: (row, column), from 0 on, of the transition density, by which the sign was found
+    value: of the element in this job
+    """
+
+    sign: int
+    basis_functions: int
+    element: tuple[int, int]
+    value: float
+
+
 @dataclass(frozen=True, eq=False)
 class Facts:
     """What a file of a quantum-chemistry program holds; None for what it does not.
 
     file: its name as given
     program, version: of the program that wrote it; kind: the library's tag for such files, and
-        in_words: what people call them
+        in_words: what people call them; class_code: the library's code for programs
+    version_of: whose version that is: "the program", "libXC", or None if it is none
     natom: the number of atoms
     atomic_numbers: (N,); -1 where the file gives none, 0 a dummy atom
     point_charges: numbers of atoms, from 1 on, that are charges around an embedded model
@@ -122,7 +140,7 @@ class Facts:
     masses: (N,), u; NaN where the file gives none
     forces: (N, 3), Hartree/Bohr; of an ONIOM job on its high layer
     transition_dipoles: (states, 3), ground to excited state, atomic units
-    oniom, basis, excitations, dump, moments: see there
+    oniom, basis, excitations, dump, moments, result: see there
     missing: why something is not there, in words, by the name of the attribute
     """
 
@@ -132,6 +150,8 @@ class Facts:
     kind: Optional[str] = None
     in_words: Optional[str] = None
     version: Optional[str] = None
+    version_of: Optional[str] = None
+    class_code: Optional[int] = None
     natom: Optional[int] = None
     atomic_numbers: Optional[Integers] = None
     point_charges: Optional[Integers] = None
@@ -148,6 +168,7 @@ class Facts:
     excitations: Optional[Excitations] = None
     dump: Optional[Dump] = None
     moments: Optional[Moments] = None
+    result: Optional[Result] = None
 
 
 def _moments(values: dict[str, Any]) -> Moments:
@@ -159,17 +180,19 @@ def _moments(values: dict[str, Any]) -> Moments:
     )
 
 
-_PARTS = {
+_PARTS: dict[str, Callable[[dict[str, Any]], object]] = {
     "oniom": lambda values: Oniom(**values),
     "basis": lambda values: Basis(**values),
     "excitations": lambda values: Excitations(**values),
     "dump": lambda values: Dump(**values),
     "moments": _moments,
+    "result": lambda values: Result(**values),
 }
 
 
 def read(file: Path) -> Facts:
-    """Everything that the readers find in an output of a quantum-chemistry program.
+    """Everything that the readers find in an output of a quantum-chemistry program, or in a result
+    file of stigruz (.sgn), whose corrected dipole is the only one of transition_dipoles.
 
     Whatever the file holds, damage included, is told by Facts.missing. Raises MissingFileError, and
     Error for a file that cannot be read.

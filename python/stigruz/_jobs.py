@@ -2,7 +2,7 @@
 
 from collections.abc import Iterable
 from dataclasses import dataclass
-from typing import Optional, Union
+from typing import Any, Optional, Union
 
 import numpy as np
 from numpy.typing import ArrayLike
@@ -26,6 +26,27 @@ class JobCounts:
     frozen_virtual: int
 
 
+@dataclass(frozen=True)
+class NearState:
+    """The state of the same spin whose energy is nearest to that of another.
+
+    root: its number in the job, from 1 on; distance: of the energies, Hartree
+    is_near: less than near_energies; where the two mix, derivatives of their dipoles are not sound
+    """
+
+    root: int
+    distance: float
+    is_near: bool
+
+
+#: Hartree; 0.1 eV
+near_energies: float = _core.near_energies
+
+
+def _nearest(values: Optional[dict[str, Any]]) -> Optional[NearState]:
+    return None if values is None else NearState(**values)
+
+
 class Job:
     """A Gaussian job of excited states (CIS or TD, restricted closed shell): its formatted
     checkpoint with its log and the dump of its amplitudes.
@@ -45,6 +66,8 @@ class Job:
         None if that is not told
     energies: (states,), of excitation, Hartree
     spins: "singlet" or "triplet" of each state, None where the dump does not tell
+    nearest: a NearState of each state, None where there is no other of its spin
+    oscillator_strengths: (states,), of the electric dipoles
     electric_dipoles: (states, 3), ground to excited state, atomic units, in nine digits where the
         checkpoint has them; printed_dipoles: the same as the log prints them
     velocity_dipoles, magnetic_dipoles: (states, 3), velocity_quadrupoles: (states, 6) in the order
@@ -68,6 +91,8 @@ class Job:
     forces_of: Optional[int]
     energies: Floats
     spins: list[Optional[str]]
+    nearest: list[Optional[NearState]]
+    oscillator_strengths: Floats
     electric_dipoles: Floats
     printed_dipoles: Floats
     velocity_dipoles: Optional[Floats]
@@ -81,6 +106,7 @@ class Job:
         self._core = _core.read_job(checkpoint, log, dump)
         values = _core.job_values(self._core)
         values["counts"] = JobCounts(**values["counts"])
+        values["nearest"] = [_nearest(each) for each in values["nearest"]]
         self.__dict__.update(values)
 
     def __repr__(self) -> str:
@@ -111,8 +137,11 @@ class FollowedState:
     verdict: "same", "exchanged", "mixed" or "lost"
     overlap: its magnitude, None if it is lost; sign: 1 or -1, of the overlap, 0 if it is lost
     spin: "singlet", "triplet" or None
-    energy: of excitation, Hartree; oscillator_strength; dipole: (3,), transition dipole of the log
-        times the sign, atomic units; None if the state is lost
+    energy: of excitation, Hartree; oscillator_strength; dipole: (3,), electric transition dipole
+        times the sign, atomic units, as Job.electric_dipoles; None if the state is lost
+    velocity_dipole, magnetic_dipole: (3,), velocity_quadrupole: (6,), times the sign, as those of
+        Job; None if the job does not tell them, or the state is lost
+    nearest: the NearState of the root among the states of the job, None if there is none
     overlaps: (states of the job,), with each of them
     """
 
@@ -125,6 +154,10 @@ class FollowedState:
     energy: Optional[float]
     dipole: Optional[Floats]
     oscillator_strength: Optional[float]
+    velocity_dipole: Optional[Floats]
+    magnetic_dipole: Optional[Floats]
+    velocity_quadrupole: Optional[Floats]
+    nearest: Optional[NearState]
     overlaps: Floats
 
 
@@ -186,6 +219,8 @@ def follow(
     its = reference if isinstance(reference, Reference) else Reference(reference)
     now = job if isinstance(job, Job) else Job(job)
     values = _core.follow(its._core, now._core, mixed_below, lost_below)
+    for each in values["states"]:
+        each["nearest"] = _nearest(each["nearest"])
     values["states"] = [FollowedState(**each) for each in values["states"]]
     return FollowedJob(name=now.name, **values)
 

@@ -109,6 +109,24 @@ class Excitation:
     gradient: Optional[Floats]
 
 
+@dataclass(frozen=True)
+class NearInSet:
+    """Another state that comes near the one of a set; where both mix, derivatives are not sound.
+
+    state: of the reference, the one of the set, from 1 on
+    distance: the least of the energies, Hartree; job: where that is
+    near, jobs: in how many jobs it is less than near_energies, of how many
+    text: all that in words
+    """
+
+    state: int
+    distance: float
+    job: str
+    near: int
+    jobs: int
+    text: str
+
+
 @dataclass(frozen=True, eq=False)
 class SumRules:
     """What must vanish when the molecule is moved or turned as a whole.
@@ -254,7 +272,9 @@ class Set:
     symbols: of the N atoms; atomic_numbers, input_numbers: (N,), the latter in the input of the job
     masses: (N,), u; coordinates: (N, 3), Angstrom
     files: a SetFile for each, the reference first
-    smallest_step, largest_step: Angstrom; dipole_decimals, force_decimals: as seen in the numbers
+    smallest_step, largest_step: Angstrom
+    dipole_decimals, force_decimals: as seen in the numbers; coordinate_decimals, Angstrom
+    dipole_source: where the dipoles come from, "checkpoints", "logs" or "result files"
     dipole: (3,), of the reference
     dipole_derivatives: (3N, 3), per Bohr
     dipole_uncertainty: (3N, 3), standard deviations of the derivatives, all in all
@@ -269,6 +289,7 @@ class Set:
     stationary: the reference is a stationary point; None without forces
     modes: Modes
     excitation: Excitation, None if no checkpoint tells
+    near_state: NearInSet, None if no state comes near, or the files are no jobs
     surroundings: what around the atoms does not move with them, in words
     sum_rules: SetSumRules
     findings: a Finding for everything that deserves doubt; verdict: one sentence
@@ -287,6 +308,8 @@ class Set:
     largest_step: float
     dipole_decimals: int
     force_decimals: int
+    coordinate_decimals: int
+    dipole_source: str
     dipole: Floats
     dipole_derivatives: Floats
     dipole_uncertainty: Floats
@@ -304,6 +327,7 @@ class Set:
     stationary: Optional[bool]
     modes: Modes
     excitation: Optional[Excitation]
+    near_state: Optional[NearInSet]
     surroundings: list[str]
     sum_rules: SetSumRules
     findings: list[Finding]
@@ -393,6 +417,8 @@ class Set:
         values["modes"] = Modes(**values["modes"])
         if values["excitation"] is not None:
             values["excitation"] = Excitation(**values["excitation"])
+        if values["near_state"] is not None:
+            values["near_state"] = NearInSet(**values["near_state"])
         flips: list[list[str]] = values.pop("flips")
         values["sum_rules"] = SetSumRules(
             dipole=SumRules(**values.pop("dipole_rules")),
@@ -424,20 +450,36 @@ class Set:
         """The page that write_html() writes."""
         return _core.html(self._core)
 
-    def write_html(self, file: Path) -> None:
+    def write_html(self, file: Path, overwrite: bool = False) -> None:
         """Writes a page to look at, which needs nothing else; whole or not at all.
 
-        An earlier file is replaced, but none that the set was made of: Error.
+        An earlier page is replaced, another file only with `overwrite`, and none that the set was
+        made of, nor a result file: Error.
         """
-        _core.write_html(self._core, file)
+        _core.write_html(self._core, file, overwrite)
 
-    def write_fchk(self, file: Path, template: Optional[Path] = None) -> None:
+    def write_fchk(
+        self, file: Path, template: Optional[Path] = None, overwrite: bool = False
+    ) -> None:
         """Writes a formatted checkpoint with the derivatives, as vibronic programs read them.
 
-        template: the reference's checkpoint, whose other sections are kept. An earlier file is
-        replaced as by write_html().
+        template: the reference's checkpoint, whose other sections are kept. An earlier file of
+        its kind is replaced, others as by write_html().
         """
-        _core.write_fchk(self._core, file, template)
+        _core.write_fchk(self._core, file, template, overwrite)
+
+    def write_fcc(
+        self, name: Path, template: Optional[Path] = None, overwrite: bool = False
+    ) -> list[str]:
+        """Writes the files of the state for FCclasses 3; returns their names.
+
+        They are NAME.fcc, with forces and force constants, eldip_NAME and, if the jobs tell magnetic
+        dipoles, magdip_NAME, the latter two in the directory of NAME. Earlier ones are replaced as
+        by write_fchk(), all having been made before.
+        template: the reference's checkpoint, which tells the energy; without, the one that the set
+        was made of or that lies beside the reference's result file. Error without an energy or forces.
+        """
+        return _core.write_fcc(self._core, name, template, overwrite)
 
     def to_ase(self) -> "VibrationsData":
         """The force constants as ASE has them, with the atoms; Error without forces."""

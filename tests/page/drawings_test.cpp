@@ -121,7 +121,7 @@ report molecule_of(const std::vector<sgn::atom>& atoms, const sgn::vec3& dipole)
 
 void add_molecules(drawings& all) {
     std::vector<sgn::atom> atoms{{"O", 8, 16, {-2, 0, 0}},
-                                 {"<", 1, 1, {2, 0, 0}},
+                                 {"<", 1, 1, {2, 0, 0}, 12},
                                  {"C", 6, 12, {0, 0.6, 0}},
                                  {"C", 6, 12, {0, -0.6, 0}}};
     const auto add = [&](const std::string& name, const sgn::vec3& dipole) {

@@ -120,10 +120,12 @@ TEST(Page, TellsWhatCheckpointsDo) {
         for (auto& each : files) each = model::with_moments(model::bent, each);
     });
     of.surroundings = {"link atoms", "an outer field"};
+    of.set.atoms[1].input = 7;
     const std::string words = words_of(page_of(of));
     for (const char* line :
          {"\nDipoles: 9 decimals, of the checkpoints\n",
           "\nExcitation: 6.8028 eV, state 2; forces of state 1\n",
+          "\n7 | H (2 of the high layer) | ", " | 7 H (2 of the high layer) +x 0.0100 | ",
           "\nVelocity dipole: ", "\nDisplacement: 0.0100 to 0.0200 \u00C5\n",
           "\n[warning] The job has link atoms and an outer field, which do not move with the "
           "atoms: the sums need not vanish.\n"}) {

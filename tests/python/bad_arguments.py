@@ -131,8 +131,9 @@ def sound_calls(others, job, reference, report):
         "sign": (np.eye(22), np.ones((17, 4)), np.eye(22), np.ones((17, 4)), 1),
         "report_on_files": ("h2o_ref.fchk", others, 1, True, None),
         "report_on_arrays": (*arrays, None, None, None, 9, True, True), "report_values": (report._core,),
-        "html": (report._core,), "write_html": (report._core, "out.html"),
-        "write_fchk": (report._core, "out.fchk", "h2o_ref.fchk"),
+        "html": (report._core,), "write_html": (report._core, "out.html", False),
+        "write_fchk": (report._core, "out.fchk", "h2o_ref.fchk", False),
+        "write_fcc": (report._core, "out", None, False),
         "displace": ("h2o.gjf", 0.01, [1], "inputs", False, True),
     }
     functions = {name for name, each in vars(_core).items() if callable(each) and not isinstance(each, type)}
@@ -143,7 +144,7 @@ def sound_calls(others, job, reference, report):
         (stigruz.sign, core["sign"]), (stigruz.Set, ("h2o_ref.fchk", others, 1)),
         (stigruz.Set.from_arrays, (*arrays, "find")), (stigruz.displace, core["displace"]),
         (job.transition_density, (2,)), (job.amplitudes, (2,)), (report.write_fchk, ("out.fchk", None)),
-        (report.write_html, ("out.html",)), (stigruz.ase.displace, (images[0], 0.01, [0])),
+        (report.write_html, ("out.html",)), (report.write_fcc, ("out", "h2o_ref.fchk")), (stigruz.ase.displace, (images[0], 0.01, [0])),
         (stigruz.ase.set_of, (images, dipoles, None)),
     ]
 

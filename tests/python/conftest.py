@@ -25,15 +25,15 @@ def jobs_of(directory):
     return reference, [each for each in all_of if each != reference]
 
 
-def run(tool, *arguments, cwd):
-    """What a tool writes; its status is for doubts, too."""
+def run(tool, *arguments, cwd, statuses=(0, 1)):
+    """What a tool writes; its status is for doubts, too, and 2 for damage."""
     done = subprocess.run([TOOLS / tool, *arguments], cwd=cwd, capture_output=True, check=False)
-    assert done.returncode in (0, 1), done.stderr
+    assert done.returncode in statuses, done.stderr
     return done
 
 
-def json_of(tool, *arguments, cwd):
-    return json.loads(run(tool, "--json=-", *arguments, cwd=cwd).stdout)
+def json_of(tool, *arguments, cwd, **how):
+    return json.loads(run(tool, "--json=-", *arguments, cwd=cwd, **how).stdout)
 
 
 @pytest.fixture

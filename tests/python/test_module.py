@@ -102,6 +102,9 @@ def test_jobs(water):
     assert np.unravel_index(np.abs(density).argmax(), density.shape) == (14, 2)
     assert np.allclose(job.electric_dipoles, job.printed_dipoles, atol=5.1e-5)
     assert job.missing == {} and job.forces_of == 1
+    # The log has six decimals.
+    printed = stigruz.read("h2o_ref.log").coordinates
+    assert 0 < abs(job.coordinates - printed).max() < 1e-7
     # Without the moments of the checkpoint those of the log are left.
     text = Path("h2o_ref.fchk").read_text()
     Path("bare.fchk").write_text(text.replace("ETran", "Other"))
@@ -203,6 +206,80 @@ def test_outputs(water):
     assert "template" in ending(lambda: s.write_fchk("tool.fchk", "tool.fchk")).reason
     with pytest.raises(stigruz.Error):
         s.write_html("none/page.html")
+
+    # Files of others, results, and outputs of another kind.
+    Path("notes.txt").write_text("mine\n")
+    Path("eldip_notes").write_text("mine\n")
+    Path("result").write_bytes((SOURCE / "tests" / "data" / "crossing_results" / "h2ox_ref.sgn").read_bytes())
+    there = {name: Path(name).read_bytes() for name in ("notes.txt", "eldip_notes", "result", "out.fchk", "page.html")}
+    for write, name in ((s.write_html, "notes.txt"), (s.write_html, "out.fchk"), (s.write_fchk, "page.html"),
+                        (s.write_fcc, "notes")):
+        assert "overwrite=True writes over it" in ending(lambda: write(name)).reason
+    for overwrite in (False, True):
+        assert "it is a result file" in ending(lambda: s.write_html("result", overwrite=overwrite)).reason
+    assert there == {name: Path(name).read_bytes() for name in there} and not Path("notes.fcc").exists()
+    for write, name in ((s.write_html, "notes.txt"), (s.write_fchk, "page.html"), (s.write_fcc, "notes")):
+        write(name, overwrite=True)
+    assert Path("notes.txt").read_text() == s.html() and Path("eldip_notes").read_text() != "mine\n"
+
+
+def test_files_for_fcclasses(water):
+    reference, others = jobs_of(water)
+    s = stigruz.Set(reference, others)
+    for told, options in {"tool/own": (), "tool/other": ("--template=copy.fchk",)}.items():
+        Path("tool").mkdir(exist_ok=True)
+        Path("copy.fchk").write_text(Path(reference).read_text().replace("-7.567318842789800E+01", "-7.500000000000000E+01"))
+        run("sgn_derive", f"--fcc={told}", *options, reference, *others, cwd=water)
+        base = Path(told).name
+        written = s.write_fcc(base, *(each.partition("=")[2] for each in options))
+        assert written == [f"{base}.fcc", f"eldip_{base}", f"magdip_{base}"]
+        for name in written:
+            assert Path(name).read_bytes() == (Path("tool") / name).read_bytes()
+    assert Path("own.fcc").read_text() != Path("other.fcc").read_text()
+
+    # No file appears where one of them would be another's, and none without an energy.
+    Path("taken").mkdir()
+    Path("taken/eldip_h2o").symlink_to(water / others[0])
+    assert "set was made of it" in ending(lambda: s.write_fcc("taken/h2o")).reason
+    Path("magdip_h2o").symlink_to("copy.fchk")
+    assert "it is the template" in ending(lambda: s.write_fcc("h2o", template="copy.fchk")).reason
+    assert "a name is needed" in str(ending(lambda: s.write_fcc("taken/")))
+    x = [s.coordinates + each.shifts for each in s.files]
+    arrays = stigruz.Set.from_arrays(s.symbols, x, [each.dipole for each in s.files])
+    assert "arrays tell no energy" in str(ending(lambda: arrays.write_fcc("h2o")))
+    assert "holds no forces" in str(ending(lambda: arrays.write_fcc("h2o", reference)))
+    assert not Path("h2o.fcc").exists() and [each.name for each in Path("taken").iterdir()] == ["eldip_h2o"]
+
+    # Result files with nothing beside them: the energy is told by a template, magnetic dipoles by nobody.
+    bare = SOURCE / "tests" / "data" / "crossing_results"
+    without = stigruz.Set(bare / "h2ox_ref.sgn", sorted(bare.glob("*.sgn")))
+    assert "h2ox_ref.fchk, which would tell the energy" in str(ending(lambda: without.write_fcc("h2ox")))
+
+
+def test_what_lies_beside_result_files_is_kept(water):
+    reference, others = jobs_of(water)
+    run("stigruz", reference, cwd=water)
+    for each in others:
+        run("stigruz", each, "h2o_ref.sgn", cwd=water)
+    s = stigruz.Set("h2o_ref.sgn", sorted(each.name for each in water.glob("h2o_0*.sgn")))
+    for name in ("h2o_01zp.sgn", others[0], "h2o_ref.log"):
+        assert "set was made of it" in ending(lambda: s.write_fchk(name)).reason
+    assert s.write_fcc("h2o_s1")[2] == "magdip_h2o_s1"
+
+
+def test_result_files_are_read(water):
+    for name in ("h2o_ref", "h2o_01zp"):
+        run("stigruz", f"{name}.fchk", *(["h2o_ref.sgn"] if name != "h2o_ref" else []), cwd=water)
+    text = Path("h2o_01zp.sgn").read_text()
+    facts = stigruz.read("h2o_01zp.sgn")
+    assert (facts.program, facts.version, facts.natom, facts.result.sign) == ("stigruz", None, 3, -1)
+    assert facts.result.element == (14, 2) and f"{facts.result.value:.10E}" in text
+    assert f"{facts.transition_dipoles[0, 0]:.10E}" in text and facts.forces.shape == (3, 3)
+    assert facts.coordinates[0].tolist() == [0, 0, 0.128]
+    assert facts.missing["moments"] == "not in a result file"
+    Path("h2o_01zp.sgn").write_text(text.replace("0.128", "x.128"))
+    damaged = stigruz.read("h2o_01zp.sgn")
+    assert damaged.result is None and damaged.missing["program"].startswith("a damaged result file of stigruz: line ")
 
 
 def test_inputs_of_a_set(water):

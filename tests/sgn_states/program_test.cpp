@@ -8,6 +8,7 @@
 
 #include "flib/util/units.h"
 #include "sgn/result/sgn_file.h"
+#include "support/json_difference.h"
 #include "support/session.h"
 
 namespace {
@@ -72,6 +73,89 @@ TEST_F(SgnStates, WritesFilesThatGiveTheTrueDerivatives) {
                 << state << ' ' << rows[i][1] << rows[i][2];
         }
     }
+}
+
+/// State 2 of the reference is root 3 here, with its phase turned: the third row of the checkpoint
+/// times -1.
+TEST_F(SgnStates, TellsAllMomentsOfTheContinuingRoot) {
+    const std::string checkpoint = (scratch_.path() / "h2ox_02yp.fchk").string();
+    const std::string right = support::contents_of(checkpoint);
+    const std::vector<std::string> names{"dipole", "velocity_dipole", "magnetic_dipole",
+                                         "velocity_quadrupole", "strength"};
+    // 2/3 0.416568 0.0172769662^2 (energies have the digits of the dump)
+    const auto full = nlohmann::json::parse(R"({
+        "dipole": [0.0172769662, 0, 0], "velocity_dipole": [-7.25448061e-3, 0, 0],
+        "magnetic_dipole": [0, -2.61527837e-3, -0.159144255],
+        "velocity_quadrupole": [0, 0, 0, 0.248494388, 2.16301519e-3, 0],
+        "strength": 8.28948e-5, "no_moments": null})");
+    const auto printed = nlohmann::json::parse(R"({
+        "dipole": [0.0173, 0, 0], "velocity_dipole": null, "magnetic_dipole": null,
+        "velocity_quadrupole": null, "strength": 8.31159e-5})");
+    struct row {
+        const char* from;
+        const char* to;
+        const char* why;  // there are none
+    };
+    for (const auto& [from, to, why] :
+         {row{"", "", nullptr},
+          row{"ETran state values", "Etran state values",
+              "h2ox_02yp.fchk: line 158: 'ETran NETS' stands in a file without 'ETran state "
+              "values'"},
+          row{" -7.55976626E+01 -1.72769662E-02", " -7.55976626E+01 -1.73769662E-02",
+              "h2ox_02yp.fchk: has a transition dipole of state 3 that does not round to that of "
+              "h2ox_02yp.log: they are not of one run"},
+          row{"2.22987683E-01", "2.32987683E-01",
+              "h2ox_02yp.fchk: has coordinates that are 0.0053 Angstrom from those of "
+              "h2ox_02yp.log: they are not of one run"}}) {
+        support::write_file(checkpoint, *from ? support::replaced(right, from, to) : right);
+        const auto json = nlohmann::json::parse(
+            run({"--json=-", "--states=2", "h2ox_ref.fchk", "h2ox_02yp.fchk"}).output);
+        auto expected = why == nullptr ? full : printed;
+        if (why != nullptr) expected["no_moments"] = why;
+        nlohmann::json told{{"no_moments", json["jobs"][0]["no_moments"]}};
+        for (const std::string& name : names) told[name] = json["jobs"][0]["states"][0][name];
+        EXPECT_EQ(support::difference(told, expected), "") << to;
+        // The same job as the reference, its phase as it is.
+        const auto its = nlohmann::json::parse(
+            run({"--json=-", "--states=3", "h2ox_02yp.fchk", "h2ox_ref.fchk"}).output);
+        for (const std::string& name : names) {
+            if (name == "strength") continue;
+            for (auto& value : expected[name]) {
+                if (value.is_number()) value = -value.get<double>();
+            }
+        }
+        told = {{"no_moments", its["no_moments"]}};
+        for (const std::string& name : names) told[name] = its["states"][0][name];
+        EXPECT_EQ(support::difference(told, expected), "") << to;
+    }
+}
+
+TEST_F(SgnStates, TellsAllMomentsInCsv) {
+    const auto last_line = [&] {
+        const std::string text =
+            run({"--csv", "--states=2", "h2ox_ref.fchk", "h2ox_02yp.fchk"}).output;
+        const std::string line = text.substr(text.rfind("h2ox_02yp"));
+        std::string numbers;  // of the moments, but for those that vanish
+        static const std::regex field("[^,\r\n]*(,|\r\n)");
+        std::size_t at = 0;
+        for (std::sregex_iterator each(line.begin(), line.end(), field), end; each != end;
+             ++each, ++at) {
+            std::string value = each->str();
+            value.erase(value.find_first_of(",\r"));
+            const bool moment = (at >= 8 && at < 11) || at >= 15;
+            if (!moment) continue;
+            const bool vanishes = !value.empty() && std::abs(std::stod(value)) < 1e-9;
+            numbers += (numbers.empty() ? "" : ",") + (vanishes ? "0" : value);
+        }
+        return numbers;
+    };
+    EXPECT_EQ(last_line(),
+              "0.0172769662,0,0,-0.00725448061,0,0,0,-0.00261527837,-0.159144255,"
+              "0,0,0,0.248494388,0.00216301519,0");
+    const std::string checkpoint = (scratch_.path() / "h2ox_02yp.fchk").string();
+    support::write_file(checkpoint, support::replaced(support::contents_of(checkpoint),
+                                                      "ETran state values", "Etran state values"));
+    EXPECT_EQ(last_line(), "0.0173,0,0" + std::string(12, ','));
 }
 
 TEST_F(SgnStates, ColoursVerdictsOnATerminal) {

@@ -38,8 +38,8 @@ std::string text_of(const Range& numbers) {
 /// Everything that is known of a followed job, in a line per state.
 std::string text_of(const followed_job& of) {
     std::ostringstream text;
-    for (const auto& [state, kind, root, overlap, sign, values, spin, nearest, element, overlaps] :
-         of.states) {
+    for (const auto& [state, kind, root, overlap, sign, values, spin, nearest, full, element,
+                      overlaps] : of.states) {
         text << state << ' ' << name_of(kind) << ' ' << root << ' ' << sign << ' '
              << text_of(std::array{overlap}) << "; ";
         if (values) text << text_of(std::array{values->energy}) << ' ' << text_of(values->dipole);

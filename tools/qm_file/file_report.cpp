@@ -9,75 +9,18 @@
 #include "flib/excited/qm_file_nbasis_nbsuse.h"
 #include "flib/io/stop_run.h"
 #include "flib/qm_file/type_tag.h"
-#include "flib/util/units.h"
 #include "qm_file/hint.h"
 
 namespace qm_file {
-namespace {
 
 using flib::quantity;
-
-/// Why a result file does not give a quantity.
-constexpr const char* not_in_results = "not in a result file";
-
-flib::geometry geometry_of(const sgn::sgn_contents& result) {
-    flib::geometry geometry;
-    geometry.x = result.x;
-    for (auto& atom : geometry.x) {
-        for (double& coordinate : atom) coordinate /= flib::bohr_radius;
-    }
-    return geometry;
-}
-
-void take_result(flib::file_facts& facts, const sgn::sgn_contents& result,
-                 std::span<const quantity> wanted) {
-    const sgn::sgn_parameters& parameters = result.parameters;
-    facts.missing.clear();
-    facts.kind = {std::string(result_tag), "a result file of stigruz", "", -1};
-    for (const quantity which : wanted) {
-        switch (which) {
-            case quantity::kind:
-                break;
-            case quantity::natom:
-                facts.natom = parameters.natom;
-                break;
-            case quantity::numbers:
-                facts.numbers = result.nat;
-                break;
-            case quantity::geometry:
-                facts.geometry = geometry_of(result);
-                break;
-            case quantity::masses:
-                facts.masses = result.mass;
-                break;
-            case quantity::forces:
-                facts.forces = result.frc;
-                break;
-            case quantity::dipoles:
-                facts.dipoles = {result.corrected_tdip};
-                break;
-            case quantity::excitations:
-                facts.excitations = {parameters.mci, parameters.mi + parameters.nfc,
-                                     parameters.nfc, parameters.mi,
-                                     parameters.ma,  parameters.nfv};
-                break;
-            case quantity::oniom:
-            case quantity::basis:
-            case quantity::dump:
-            case quantity::moments:
-                facts.missing[which] = {not_in_results, false};
-                break;
-        }
-    }
-    facts.natom = parameters.natom;
-}
-
-}  // namespace
 
 file_report report_of(const std::string& file, std::span<const quantity> wanted) {
     file_report report;
     try {
-        report.facts = flib::facts_of(file, wanted);
+        sgn::facts_and_result of = sgn::facts_with_result(file, wanted);
+        report.facts = std::move(of.facts);
+        report.result = std::move(of.result);
     } catch (const flib::run_error& error) {
         report.facts.file = file;
         report.facts.missing[quantity::kind] = {error.what(), true};
@@ -87,18 +30,6 @@ file_report report_of(const std::string& file, std::span<const quantity> wanted)
     if (report.facts.kind) return report;
     if (std::string hint = hint_for(file); !hint.empty()) {
         report.facts.missing[quantity::kind] = {std::move(hint), false};
-    }
-    if (!sgn::is_sgn_file(file)) return report;
-    const auto damaged = [&](const std::string& why) {
-        report.facts.missing[quantity::kind] = {"a damaged result file of stigruz: " + why, true};
-    };
-    try {
-        report.result = sgn::read_sgn_file(file);
-        take_result(report.facts, *report.result, wanted);
-    } catch (const flib::io_error& error) {
-        damaged(error.without_file());
-    } catch (const flib::run_error& error) {
-        damaged(error.what());
     }
     return report;
 }

@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "flib/facts/file_facts.h"
-#include "sgn/result/sgn_file.h"
+#include "sgn/result/result_facts.h"
 
 namespace qm_file {
 
@@ -17,11 +17,7 @@ struct file_report {
     bool readable = true;                       ///< the file could be opened
 };
 
-/// What stands for the type tag of a result file.
-inline constexpr std::string_view result_tag = "STIGRUZ RESULT";
-
-/// Reads `file`. It may be one of any kind, and missing: that is told by the report. Of a result
-/// file what is in it becomes the facts, the corrected dipole that of the first state.
+/// Reads `file`. It may be one of any kind, and missing: that is told by the report.
 file_report report_of(const std::string& file, std::span<const flib::quantity> wanted);
 
 /// Reads the basis of a Gaussian log, for which a line of standard input gives the number of

@@ -125,7 +125,7 @@ json_value json_of(const file_report& report) {
     json["type"] = if_there(facts.kind, [](const auto& kind) { return kind.tag; });
     json["version"] = if_there(facts.kind, [](const auto& kind) { return kind.version; });
     json["version_of"] = if_there(facts.kind, [](const auto& kind) {
-        const std::string_view whose = owner_of_version(kind);
+        const std::string_view whose = sgn::owner_of_version(kind);
         return whose.empty() ? json_value() : json_value(whose);
     });
     json["class"] = facts.kind ? facts.kind->class_code : -1;

@@ -370,8 +370,8 @@ std::vector<std::string> moment_rows_of(const flib::state_moments& moments, real
 }
 
 std::string kind_text(const flib::file_kind& kind) {
-    if (kind.tag == result_tag) return "stigruz (a result file)";
-    const std::string_view whose = owner_of_version(kind);
+    if (kind.tag == sgn::result_tag) return "stigruz (a result file)";
+    const std::string_view whose = sgn::owner_of_version(kind);
     if (whose == "the program" || kind.tag == flib::tag::gaussian_fchk) {
         return joined(kind.tag, ", version ", flib::printable(kind.version), " (class ",
                       kind.class_code, ")");
@@ -406,14 +406,6 @@ std::string label_of(const file_facts& facts, std::size_t row_width, const termi
 }
 
 }  // namespace
-
-std::string_view owner_of_version(const flib::file_kind& kind) {
-    if (kind.tag == flib::tag::orca) return "libXC";
-    // What the rule takes for a version may be another word: "Apple", "TeraChem", ".", "UNKNOWN".
-    // "0" stands for none.
-    const bool has_digit = std::ranges::any_of(kind.version, flib::is_ascii_digit);
-    return has_digit && kind.version != "0" ? "the program" : "";
-}
 
 std::string place_of(const flib::geometry& geometry) {
     std::string text = geometry.tables == 1 ? "the only one"

@@ -25,10 +25,6 @@ std::string rows_of(const file_report& report, const named_quantity& which, bool
 /// file does not give.
 std::string xyz(const file_report& report);
 
-/// Whose version it is that the rule of this kind of file takes: "the program", "libXC" (with which
-/// ORCA was built), or "" if it is none.
-std::string_view owner_of_version(const flib::file_kind& kind);
-
 /// "last of 4, Standard orientation": which geometry is shown.
 std::string place_of(const flib::geometry& geometry);
 

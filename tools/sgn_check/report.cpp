@@ -60,7 +60,7 @@ std::vector<tools::table_cell> row_of(const sgn::verdict& of, const sgn::result_
         dipole.append(text.size() < width ? width - text.size() : dipole.empty() ? 0 : 1, ' ');
         dipole += text;
     }
-    std::string displaced = of.moved ? of.moved->text_with(atom_name(of, reference)) : "-";
+    std::string displaced = of.moved ? of.moved->text(atom_name(of, reference)) : "-";
     if (is_reference) displaced = "reference";
     return {{flib::printable(of.file->name)},
             {std::to_string(contents.parameters.sign)},
@@ -104,9 +104,8 @@ std::string summary(const sgn::assessment& of, std::size_t unreadable) {
     if (unreadable > 0) return "Of " + all + " files " + lost + ", the others are fine.";
     const std::string fine = "All " + all + " files are fine";
     if (of.signs.complete()) return fine + ".";
-    std::vector<std::string> names;
-    for (const sgn::verdict& each : of.verdicts) names.push_back(each.file->name);
-    return fine + ": no sign is wrong that could be seen. " + reservation_of(of.signs, names);
+    return fine + ": no sign is wrong that could be seen. " +
+           reservation_of(of.signs, names_of(of));
 }
 
 json_value displacement_json(const sgn::verdict& of, const sgn::result_file& reference) {
@@ -236,9 +235,7 @@ std::string json(const sgn::assessment& of, std::span<const unreadable_file> unr
     }
     result["findings"] = json_of(of.findings);
     result["surroundings"] = of.surroundings;
-    std::vector<std::string> names;
-    for (const sgn::verdict& each : of.verdicts) names.push_back(each.file->name);
-    result["sum_rules"] = {{"dipole", json_of(of.rules, of.suspects, of.signs, names)}};
+    result["sum_rules"] = {{"dipole", json_of(of.rules, of.suspects, of.signs, names_of(of))}};
     result["thresholds"] = {
         {"min_ratio", limits.min_ratio},         {"max_rotation", limits.max_rotation},
         {"max_turn", limits.max_turn},           {"min_dipole", limits.min_dipole},

@@ -6,6 +6,7 @@
 
 #include "common/json_text.h"
 #include "common/set_json.h"
+#include "flib/util/units.h"
 #include "sgn/set/input_numbers.h"
 #include "sgn/set/set_moments.h"
 
@@ -73,12 +74,24 @@ json_value excitation_of(const sgn::report& of) {
     return result;
 }
 
+/// Null where none is near, or states were not followed.
+json_value near_state_of(const sgn::report& of) {
+    if (!of.near) return nullptr;
+    return {{"state", of.near->state},
+            {"distance", of.near->distance * flib::hartree_energy},
+            {"job", of.near->job},
+            {"near", of.near->near},
+            {"jobs", of.near->jobs}};
+}
+
 /// Null where the jobs do not tell the moment.
 json_value json_of(const sgn::moment_derivatives& of) {
     if (of.values.rows == 0) return nullptr;
     return {{"values", json_of(of.values)},
             {"rounding", of.rounding},
-            {"step_errors", json_of(of.step)}};
+            {"noise", of.noise},
+            {"step_errors", json_of(of.step)},
+            {"uncertainties", json_of(of.uncertainty)}};
 }
 
 }  // namespace
@@ -123,16 +136,16 @@ std::string json_of(const sgn::report& of) {
     for (const sgn::normal_mode& each : of.modes) modes.push_back(mode_of(of, each));
 
     result["excitation"] = excitation_of(of);
+    result["near_state"] = near_state_of(of);
     result["surroundings"] = of.surroundings;
 
-    std::vector<std::string> names;
-    for (const sgn::displaced_job& each : set.jobs) names.push_back(each.name);
     json_value forces_rules = json_of(of.force_rules);
     forces_rules["suspects"] = json_value::array();
-    result["sum_rules"] = {{"dipole", json_of(of.dipole_rules, of.suspects, of.signs, names)},
-                           {"forces", forces_rules},
-                           {"velocity_dipole", json_of(of.velocity_rules)},
-                           {"magnetic_dipole", json_of(of.magnetic_rules)}};
+    result["sum_rules"] = {
+        {"dipole", json_of(of.dipole_rules, of.suspects, of.signs, names_of(set))},
+        {"forces", forces_rules},
+        {"velocity_dipole", json_of(of.velocity_rules)},
+        {"magnetic_dipole", json_of(of.magnetic_rules)}};
 
     json_value& findings = result["findings"] = json_value::array();
     for (const sgn::finding& each : of.findings) {

@@ -65,21 +65,14 @@ double energy_of(const sgn_derive::options& options, const sgn::report& report) 
 std::string add_fcc_files(const sgn_derive::options& options, const sgn::files_report& from,
                           std::vector<std::pair<std::string, std::string>>& results) {
     const sgn::report& report = from.is;
-    const sgn::displaced_set& set = report.set;
-    const sgn::derivatives& of = report.derivatives;
-    const sgn::fcc_names names = sgn::fcc_names_of(*options.fcc);
-    const sgn::fcc_state state = sgn::fcc_state_of(set, of, energy_of(options, report));
-    results.emplace_back(names.state, sgn::fcc_state_text(state));
-    results.emplace_back(names.electric, sgn::fcc_dipole_text(set.jobs.front().dipole, of.dipole));
-    if (!set.has_moments) {
-        return flib::printable(names.magnetic) +
-               " is not written: it takes magnetic dipoles from the checkpoints of all jobs" +
-               (from.without_digits ? "" : ", and " + report.no_full_digits);
+    for (sgn::fcc_file& each : sgn::fcc_files_of(*options.fcc, report.set, report.derivatives,
+                                                 energy_of(options, report))) {
+        results.emplace_back(std::move(each.name), std::move(each.text));
     }
-    results.emplace_back(
-        names.magnetic,
-        sgn::fcc_dipole_text(set.jobs.front().moments->magnetic_dipole, of.magnetic_dipole.values));
-    return {};
+    if (report.set.has_moments) return {};
+    return flib::printable(sgn::fcc_names_of(*options.fcc).magnetic) +
+           " is not written: it takes magnetic dipoles from the checkpoints of all jobs" +
+           (from.without_digits ? "" : ", and " + report.no_full_digits);
 }
 
 int run(std::span<const std::string_view> arguments) {

@@ -20,12 +20,8 @@ int run(std::span<const std::string_view> arguments) {
     }
     const std::string set = name_of_set(given.input);
     const job_template job = read_input(given.input, given.directory);
-    std::vector<named_step> steps;
-    if (given.steps) {
-        steps = parse_steps(*given.steps, job.kind.unit);
-    } else {
-        steps.push_back({"", parse_step(given.step, job.kind.unit)});
-    }
+    const std::vector<named_step> steps = given.steps ? parse_steps(*given.steps, job.kind.unit)
+                                                      : parse_step(given.step, job.kind.unit);
     const std::size_t natom = job.atoms.size();
     const std::vector<displaced_job> jobs =
         jobs_of_set(set, given.atoms ? parse_atom_list(*given.atoms, natom) : usual_atoms(job),

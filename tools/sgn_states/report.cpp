@@ -117,30 +117,9 @@ std::string disagreement(const std::string& name, const followed_job& of) {
 /// Of every state that another one of its spin comes near to: how near, where and in how many jobs.
 std::string near_states(const set_result& result) {
     std::string text;
-    const auto& states = result.reference.states;
-    for (std::size_t i = 0; i < states.size(); ++i) {
-        double least = sgn::near_energies;
-        std::size_t near = 0;
-        std::size_t jobs = 0;
-        std::string where;
-        const auto look = [&](const std::string& name, const auto& state) {
-            ++jobs;
-            if (!state.nearest || !state.nearest->is_near()) return;
-            ++near;
-            if (state.nearest->distance >= least) return;
-            least = state.nearest->distance;
-            where = flib::printable(name);
-        };
-        look(result.reference.reference.files.name, states[i]);
-        for (const sgn::job_result& each : result.jobs) {
-            if (each.followed) look(each.name, each.followed->states[i]);
-        }
-        if (near == 0) continue;
-        text += "State " + std::to_string(states[i].state) + ": another state is " +
-                decimal(least * flib::hartree_energy, 4) + " eV away in " + where + ", less than " +
-                decimal(sgn::near_energies * flib::hartree_energy, 1) + " eV in " +
-                std::to_string(near) + " of " + std::to_string(jobs) +
-                " jobs; if the two mix, derivatives are not sound.\n";
+    for (std::size_t i = 0; i < result.reference.states.size(); ++i) {
+        const auto near = near_anywhere(result.reference, result.jobs, i);
+        if (near) text += text_of(*near) + "\n";
     }
     return text;
 }
@@ -198,24 +177,58 @@ tools::json_value nearest_json(const std::optional<sgn::near_state>& of) {
     return {{"root", of->root}, {"distance", of->distance * flib::hartree_energy}};
 }
 
+/// With the dipole of the checkpoint where there is one.
+root_values best_values(root_values values, const std::optional<sgn::full_digits>& full) {
+    if (full) values.dipole = full->dipole;
+    return values;
+}
+
+/// The moments that a checkpoint alone tells.
+void add_moments(tools::json_value& to, const std::optional<sgn::full_digits>& full) {
+    const sgn::other_moments of = full.value_or(sgn::full_digits{}).moments;
+    to["velocity_dipole"] = known_json(full.has_value(), of.velocity_dipole);
+    to["magnetic_dipole"] = known_json(full.has_value(), of.magnetic_dipole);
+    to["velocity_quadrupole"] = known_json(full.has_value(), of.velocity_quadrupole);
+}
+
+void add_moments(std::vector<std::string>& fields, const std::optional<sgn::full_digits>& full) {
+    const sgn::other_moments of = full.value_or(sgn::full_digits{}).moments;
+    const auto add = [&](const auto& values) {
+        for (const double value : values) fields.push_back(full ? tools::csv_real(value) : "");
+    };
+    add(of.velocity_dipole);
+    add(of.magnetic_dipole);
+    add(of.velocity_quadrupole);
+}
+
+/// Null if there is none.
+tools::json_value reason_json(const std::string& reason) {
+    return known_json(!reason.empty(), reason);
+}
+
 tools::json_value job_json(const sgn::job_result& of) {
     tools::json_value list = tools::json_value::array();
     for (const followed_state& each : of.followed->states) {
         const bool known = each.values.has_value();
-        const root_values values = each.values.value_or(root_values{});
-        list.push_back({{"state", each.state},
-                        {"root", known_json(known, each.root)},
-                        {"spin", known_json(each.spin.has_value(), name_of(each.spin))},
-                        {"overlap", known_json(known, each.overlap)},
-                        {"sign", each.sign},
-                        {"energy", known_json(known, electronvolts(values))},
-                        {"dipole", known_json(known, values.dipole)},
-                        {"strength", known_json(known, values.oscillator_strength())},
-                        {"nearest", nearest_json(each.nearest)},
-                        {"verdict", sgn::name_of(each.kind)},
-                        {"overlaps", each.overlaps}});
+        const root_values values = best_values(each.values.value_or(root_values{}), each.full);
+        tools::json_value state{{"state", each.state},
+                                {"root", known_json(known, each.root)},
+                                {"spin", known_json(each.spin.has_value(), name_of(each.spin))},
+                                {"overlap", known_json(known, each.overlap)},
+                                {"sign", each.sign},
+                                {"energy", known_json(known, electronvolts(values))},
+                                {"dipole", known_json(known, values.dipole)},
+                                {"strength", known_json(known, values.oscillator_strength())},
+                                {"nearest", nearest_json(each.nearest)},
+                                {"verdict", sgn::name_of(each.kind)},
+                                {"overlaps", each.overlaps}};
+        add_moments(state, each.full);
+        list.push_back(std::move(state));
     }
-    tools::json_value object{{"name", of.name}, {"checkpoint", of.checkpoint}, {"states", list}};
+    tools::json_value object{{"name", of.name},
+                             {"checkpoint", of.checkpoint},
+                             {"states", list},
+                             {"no_moments", reason_json(of.no_full_digits)}};
     if (const auto& answer = of.followed->stigruz) {
         object["stigruz"] = {{"sign", answer->sign}, {"agrees", answer->agrees}};
     }
@@ -298,6 +311,7 @@ std::string json(const set_result& result, const options& how) {
     tools::json_value all{{"written_by", "sgn_states"},
                           {"reference", result.reference.reference.files.name},
                           {"states", tools::json_value::array()},
+                          {"no_moments", reason_json(result.reference.reference.no_moments)},
                           {"jobs", tools::json_value::array()},
                           {"thresholds",
                            {{"mixed_below", how.follow.limits.mixed_below},
@@ -305,12 +319,15 @@ std::string json(const set_result& result, const options& how) {
                             {"near_energies", sgn::near_energies * flib::hartree_energy}}},
                           {"unreadable", tools::json_value::array()}};
     for (const sgn::reference_state& each : result.reference.states) {
-        all["states"].push_back({{"state", each.state},
-                                 {"spin", known_json(each.spin.has_value(), name_of(each.spin))},
-                                 {"energy", electronvolts(each.values)},
-                                 {"dipole", each.values.dipole},
-                                 {"strength", each.values.oscillator_strength()},
-                                 {"nearest", nearest_json(each.nearest)}});
+        const root_values values = best_values(each.values, each.full);
+        tools::json_value state{{"state", each.state},
+                                {"spin", known_json(each.spin.has_value(), name_of(each.spin))},
+                                {"energy", electronvolts(values)},
+                                {"dipole", values.dipole},
+                                {"strength", values.oscillator_strength()},
+                                {"nearest", nearest_json(each.nearest)}};
+        add_moments(state, each.full);
+        all["states"].push_back(std::move(state));
     }
     for (const sgn::job_result& each : result.jobs) {
         if (each.followed) {
@@ -324,30 +341,38 @@ std::string json(const set_result& result, const options& how) {
 }
 
 std::string csv(const set_result& result) {
-    std::string text = tools::csv_line({"job", "state", "root", "spin", "overlap", "sign", "energy",
-                                        "strength", "dipole_x", "dipole_y", "dipole_z", "verdict",
-                                        "overlaps", "nearest_root", "nearest_distance"});
+    std::string text = tools::csv_line(
+        {"job",           "state",         "root",          "spin",          "overlap",
+         "sign",          "energy",        "strength",      "dipole_x",      "dipole_y",
+         "dipole_z",      "verdict",       "overlaps",      "nearest_root",  "nearest_distance",
+         "velocity_x",    "velocity_y",    "velocity_z",    "magnetic_x",    "magnetic_y",
+         "magnetic_z",    "quadrupole_xx", "quadrupole_yy", "quadrupole_zz", "quadrupole_xy",
+         "quadrupole_xz", "quadrupole_yz"});
     for (const sgn::reference_state& each : result.reference.states) {
         std::vector<std::string> fields =
             csv_fields(result.reference.reference.files.name, each.state, "", each.spin, "", "",
-                       each.values, "reference");
+                       best_values(each.values, each.full), "reference");
         fields.emplace_back();
         add_nearest(fields, each.nearest);
+        add_moments(fields, each.full);
         text += tools::csv_line(fields);
     }
     for (const sgn::job_result& each : result.jobs) {
         if (!each.followed) continue;
         for (const followed_state& of : each.followed->states) {
             const bool known = of.root != 0;
+            std::optional<root_values> values = of.values;
+            if (values) values = best_values(*values, of.full);
             std::vector<std::string> fields =
                 csv_fields(each.name, of.state, known ? std::to_string(of.root) : "", of.spin,
                            known ? tools::csv_real(of.overlap) : "", std::to_string(of.sign),
-                           of.values, sgn::name_of(of.kind));
+                           values, sgn::name_of(of.kind));
             std::string& overlaps = fields.emplace_back();
             for (const double value : of.overlaps) {
                 overlaps.append(overlaps.empty() ? "" : " ").append(tools::csv_real(value));
             }
             add_nearest(fields, of.nearest);
+            add_moments(fields, of.full);
             text += tools::csv_line(fields);
         }
     }

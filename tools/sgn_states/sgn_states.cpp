@@ -43,7 +43,7 @@ void prepare_places(const sgn_states::options& how, const sgn::reference_set& re
     for (const std::string& name : names) {
         for (const sgn::reference_state& state : reference.states) {
             outputs.push_back({"--write", sgn::state_file_name(name, state.state),
-                               tools::output_kind::result_file});
+                               sgn::output_kind::result_file});
         }
     }
     tools::require_harmless(outputs, inputs_of(how), how.overwrite);
@@ -54,6 +54,7 @@ void prepare_places(const sgn_states::options& how, const sgn::reference_set& re
 
 sgn_states::set_result follow_all(const sgn_states::options& how) {
     sgn::job reference = sgn::read_job(how.reference);
+    take_full_coordinates(reference);
     const std::vector<std::int32_t> wanted = wanted_states(how, reference);
     sgn_states::set_result result{.reference = prepare(std::move(reference), wanted)};
     if (how.follow.write) prepare_places(how, result.reference);

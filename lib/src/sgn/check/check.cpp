@@ -168,6 +168,12 @@ bool assessment::fine() const {
                        [](const verdict& each) { return each.fine(); });
 }
 
+std::vector<std::string> names_of(const assessment& of) {
+    std::vector<std::string> names;
+    for (const verdict& each : of.verdicts) names.push_back(each.file->name);
+    return names;
+}
+
 assessment check(const result_file& reference, const std::vector<result_file>& files,
                  const thresholds& limits) {
     if (const std::string shape = other_shape(reference.contents); !shape.empty()) {

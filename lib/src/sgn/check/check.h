@@ -76,6 +76,9 @@ struct assessment {
     bool fine() const;
 };
 
+/// Of the judged files, the reference's first.
+std::vector<std::string> names_of(const assessment& of);
+
 /// Judges the reference, the files against it, and the set as a whole. The verdicts point to what
 /// they were made from. Throws flib::io_error, which names the reference, if its arrays are not of
 /// equally many atoms; of another file that is a doubt.

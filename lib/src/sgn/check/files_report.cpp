@@ -39,6 +39,7 @@ files_report report_on_jobs(const set_files& wanted, const report_listener& list
     files_report result{report_on_results(jobs.reference, jobs.files, wanted.sum_rules)};
     for (const std::string& line : jobs.mixed) listener.note(line);
     result.clear = jobs.mixed.empty();
+    result.is.near = jobs.near;
     result.is.no_full_digits = jobs.no_full_digits;
     if (!jobs.no_full_digits.empty()) note_source(result, listener);
     if (!jobs.no_forces.empty()) listener.note(jobs.no_forces + "; forces are left out");

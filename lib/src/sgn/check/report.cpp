@@ -19,9 +19,7 @@ std::string shown(const displaced_job& of) {
 /// Signs that are suspect, then the set as a whole.
 void add_set_findings(report& of) {
     if (!of.suspects.flips.empty()) {
-        std::vector<std::string> names;
-        for (const displaced_job& each : of.set.jobs) names.push_back(each.name);
-        of.findings = suspect_findings(of.suspects.flips.front(), names);
+        of.findings = suspect_findings(of.suspects.flips.front(), names_of(of.set));
     }
     for (finding& each :
          set_findings(of.set, of.derivatives, of.dipole_rules, of.force_rules, of.suspects)) {
@@ -101,6 +99,7 @@ report analyse_whole(displaced_set&& set, bool sum_rules) {
             each->why_not = "sum rules are not wanted";
         }
     }
+    add_noise(result.derivatives, result.set, sum_rules);
     result.signs = proof_of(result.set, d, result.dipole_rules, result.suspects);
     result.uncertainties = uncertainties_of(result.set, d, result.dipole_rules, result.signs);
     if (result.set.has_forces) add_forces(result);
@@ -184,9 +183,8 @@ std::string verdict_of(const report& of) {
     }
     if (of.fine() && of.signs.complete()) return all + ": no sign is wrong.";
     if (of.fine()) {
-        std::vector<std::string> names;
-        for (const displaced_job& each : of.set.jobs) names.push_back(each.name);
-        return all + ": no sign is wrong that could be seen. " + reservation_of(of.signs, names);
+        return all + ": no sign is wrong that could be seen. " +
+               reservation_of(of.signs, names_of(of.set));
     }
     const bool signs = of.dipole_rules.judged && of.dipole_rules.satisfied;
     return signs ? "The signs fit together, but something else deserves doubt."

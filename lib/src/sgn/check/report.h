@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,7 @@
 #include "sgn/set/sum_rules.h"
 #include "sgn/set/suspects.h"
 #include "sgn/set/table.h"
+#include "sgn/states/near_states.h"
 
 namespace sgn {
 
@@ -40,6 +42,8 @@ struct report {
     std::string no_full_digits;
     /// What does not move with the set (surroundings_beside()); empty if nobody looked.
     std::vector<std::string> surroundings;
+    /// Another state that comes near, where states were followed: told, but no doubt.
+    std::optional<state_with_others> near{};
 
     std::vector<finding> findings;
 

@@ -114,4 +114,17 @@ fcc_names fcc_names_of(const std::string& name) {
     return {name + ".fcc", with_prefix("eldip_"), with_prefix("magdip_")};
 }
 
+std::vector<fcc_file> fcc_files_of(const std::string& name, const displaced_set& set,
+                                   const derivatives& of, double energy) {
+    const displaced_job& reference = set.jobs.front();
+    const fcc_names names = fcc_names_of(name);
+    std::vector<fcc_file> files{{names.state, fcc_state_text(fcc_state_of(set, of, energy))},
+                                {names.electric, fcc_dipole_text(reference.dipole, of.dipole)}};
+    if (set.has_moments) {
+        files.push_back({names.magnetic, fcc_dipole_text(reference.moments->magnetic_dipole,
+                                                         of.magnetic_dipole.values)});
+    }
+    return files;
+}
+
 }  // namespace sgn

@@ -40,4 +40,14 @@ struct fcc_names {
 };
 fcc_names fcc_names_of(const std::string& name);
 
+struct fcc_file {
+    std::string name;
+    std::string text;
+};
+
+/// The files of `name` for a set whose reference has this energy; magdip_NAME only if the jobs tell
+/// magnetic dipoles. Throws flib::run_error if the set has no forces.
+std::vector<fcc_file> fcc_files_of(const std::string& name, const displaced_set& set,
+                                   const derivatives& of, double energy);
+
 }  // namespace sgn

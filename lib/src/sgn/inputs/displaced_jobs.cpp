@@ -68,9 +68,9 @@ std::int64_t millionths(decimal length) {
 
 }  // namespace
 
-decimal parse_step(const std::string& text, length_unit unit) {
+std::vector<named_step> parse_step(const std::string& text, length_unit unit) {
     constexpr double largest = 1;  // Angstrom; no derivative comes from more
-    if (const auto length = length_of(text, largest, unit)) return *length;
+    if (const auto length = length_of(text, largest, unit)) return {{"", *length}};
     throw flib::run_error("--step takes a length in Angstrom, 0.0001 to 1, not '" +
                           flib::printable(text) + "'");
 }

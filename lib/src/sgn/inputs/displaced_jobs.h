@@ -36,15 +36,15 @@ std::string name_of_set(const std::string& file);
 /// layer. Numbers count from 1.
 std::vector<std::size_t> usual_atoms(const job_template& job);
 
-/// A length in Angstrom as printed, in `unit`; in Bohr with ten decimals. Throws flib::run_error
-/// unless it is 0.0001 to 1 Angstrom.
-decimal parse_step(const std::string& text, length_unit unit);
-
-/// A step of a set that has several.
+/// A step of a set.
 struct named_step {
-    std::string name;  ///< in the names of jobs: "10000", millionths of an Angstrom
+    std::string name;  ///< in the names of jobs: "10000", millionths of an Angstrom; or empty
     decimal length;    ///< in the unit of the input
 };
+
+/// The only step of a set, without a name: a length in Angstrom as printed, in `unit`; in Bohr with
+/// ten decimals. Throws flib::run_error unless it is 0.0001 to 1 Angstrom.
+std::vector<named_step> parse_step(const std::string& text, length_unit unit);
 
 /// Of a list like "0.01,0.02" (Angstrom) the steps in ascending order, their names of one length;
 /// the name of a single one is empty. Throws flib::run_error unless each is 0.0001 to 0.1 Angstrom,

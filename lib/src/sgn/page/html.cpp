@@ -10,6 +10,7 @@
 #include "sgn/page/detail/drawings.h"
 #include "sgn/page/detail/style.h"
 #include "sgn/page/detail/svg.h"
+#include "sgn/set/input_numbers.h"
 #include "sgn/set/listed.h"
 #include "sgn/set/molecule.h"
 
@@ -165,7 +166,8 @@ std::string molecule_part(const sgn::report& of) {
     const auto& atoms = of.set.atoms;
     std::string rows;
     for (std::size_t i = 0; i < atoms.size(); ++i) {
-        std::vector<cell> row{{std::to_string(i + 1)}, {atoms[i].symbol, "name"}};
+        std::vector<cell> row{{std::to_string(number_of(atoms[i], i))},
+                              {atoms[i].symbol + place_text(atoms[i], i), "name"}};
         for (const double x : atoms[i].x) row.push_back({decimal(x, 4)});
         row.push_back({number(atoms[i].mass, 4)});
         rows += row_of(row) + "\n";
@@ -210,8 +212,9 @@ std::string dipole_part(const sgn::report& of) {
                           " of " + std::to_string(of.set.jobs.size()) +
                           " jobs came out with the other sign. Corrected, the dipole follows the "
                           "displacements.";
+    const std::string near = of.near ? paragraph(text_of(*of.near), "note") : std::string();
     return section("The dipole along the jobs",
-                   paragraph(words, "note") + legend_of(legend) + wide(dipole_drawing(of)));
+                   paragraph(words, "note") + near + legend_of(legend) + wide(dipole_drawing(of)));
 }
 
 std::string rule_words(const std::string& what, const sum_rules& rules) {
@@ -318,9 +321,10 @@ std::string files_part(const sgn::report& of) {
         for (const sgn::finding& found : of.findings) {
             if (found.job == i) doubts += (doubts.empty() ? "" : "; ") + found.text;
         }
+        const std::size_t farthest = each.moved.farthest;
         const std::string moved = each.is == sgn::role::reference
                                       ? "reference"
-                                      : each.moved.text(of.set.atoms[each.moved.farthest].symbol);
+                                      : each.moved.text(name_of(of.set.atoms[farthest], farthest));
         std::vector<cell> row{{each.name, "name"}, {moved, "kept"}, sign_cell(each)};
         for (const double component : each.dipole) {
             row.push_back(

@@ -9,6 +9,7 @@
 #include "flib/io/stop_run.h"
 #include "sgn/set/decimals.h"
 #include "sgn/set/detail/decompositions.h"
+#include "sgn/set/detail/direction.h"
 #include "sgn/set/detail/linear_algebra.h"
 #include "sgn/set/detail/shape.h"
 #include "sgn/set/input_numbers.h"
@@ -18,27 +19,21 @@ namespace {
 
 /// A displacement d, and what its jobs contribute: the equation sum of part x value = J d.
 struct equation {
-    Eigen::RowVectorXd d;      // Bohr
+    direction along;
     Eigen::RowVectorXd parts;  // of every job
     /// What the smallest step alone would contribute: differs where there are several.
     Eigen::RowVectorXd of_smallest{};
     bool paired = false;
     double longest = 0;         // step, Bohr
     bool extrapolated = false;  // of_smallest differs
-    double length = 0;          // of d
-    Eigen::Index largest = 0;   // component of d
 };
 
-Eigen::RowVectorXd displacement_of(const displaced_set& set, std::size_t plus, std::size_t minus) {
-    const std::vector<vec3>& shift = set.jobs[plus].moved.shift;
-    Eigen::RowVectorXd d(index(3 * shift.size()));
-    for (std::size_t i = 0; i < shift.size(); ++i) {
-        const vec3 moved = minus == 0
-                               ? shift[i]
-                               : scaled(0.5, difference(shift[i], set.jobs[minus].moved.shift[i]));
-        d.segment<3>(index(3 * i)) = vector(moved).transpose() / flib::bohr_radius;
+direction displacement_between(const displaced_set& set, std::size_t plus, std::size_t minus) {
+    std::vector<vec3> shift = set.jobs[plus].moved.shift;
+    for (std::size_t i = 0; minus != 0 && i < shift.size(); ++i) {
+        shift[i] = scaled(0.5, difference(shift[i], set.jobs[minus].moved.shift[i]));
     }
-    return d;
+    return direction(shift);
 }
 
 /// One for each pair and for each displacement without partner.
@@ -49,29 +44,21 @@ std::vector<equation> single_equations(const displaced_set& set) {
         const bool paired = each.is == role::paired;
         if (!(paired && each.other > i) && each.is != role::one_sided) continue;
         const std::size_t minus = paired ? each.other : 0;
-        equation made{displacement_of(set, i, minus),
+        equation made{displacement_between(set, i, minus),
                       Eigen::RowVectorXd::Zero(index(set.jobs.size()))};
         made.parts[index(i)] = paired ? 0.5 : 1;
         made.parts[index(minus)] = paired ? -0.5 : -1;
         made.of_smallest = made.parts;
         made.paired = paired;
         made.longest = each.moved.distance / flib::bohr_radius;
-        made.length = made.d.norm();
-        made.d.cwiseAbs().maxCoeff(&made.largest);
         equations.push_back(std::move(made));
     }
     return equations;
 }
 
-/// Whether two pairs go along one direction, as exactly as coordinates tell.
+/// Whether two pairs go along one direction.
 bool are_collinear(const equation& a, const equation& b) {
-    if (!a.paired || !b.paired) return false;
-    constexpr double angle = 1e-3;
-    // Most directions differ in the component that is the largest of one of them.
-    const double share = std::abs(a.d[a.largest]) / a.length;
-    if (std::abs(std::abs(b.d[a.largest]) / b.length - share) > 2 * angle) return false;
-    const double cosine = a.d.dot(b.d) / (a.length * b.length);
-    return std::abs(cosine) > 1 - angle * angle / 2;
+    return a.paired && b.paired && a.along.is_along(b.along);
 }
 
 /// Steps less apart than this are repetitions of one step.
@@ -79,16 +66,15 @@ constexpr double distinct_steps = 1.2;
 
 /// Pairs along one direction, made one equation for a vanishing step.
 equation extrapolated(std::vector<equation> pairs) {
-    std::sort(pairs.begin(), pairs.end(), [](const equation& a, const equation& b) {
-        return a.d.squaredNorm() < b.d.squaredNorm();
-    });
+    std::sort(pairs.begin(), pairs.end(),
+              [](const equation& a, const equation& b) { return a.along.length < b.along.length; });
     const equation& smallest = pairs.front();
-    const double unit = smallest.d.norm();
+    const double unit = smallest.along.length;
     Eigen::Index terms = 0;
     double counted = 0;
     for (const equation& each : pairs) {
-        if (each.d.norm() < distinct_steps * counted) continue;
-        counted = each.d.norm();
+        if (each.along.length < distinct_steps * counted) continue;
+        counted = each.along.length;
         ++terms;
     }
     terms = std::min<Eigen::Index>(terms, 3);
@@ -97,9 +83,9 @@ equation extrapolated(std::vector<equation> pairs) {
     Eigen::MatrixXd slopes(index(pairs.size()), smallest.parts.size());
     for (Eigen::Index p = 0; p < powers.rows(); ++p) {
         const equation& each = pairs[static_cast<std::size_t>(p)];
-        const double step = each.d.norm() / unit;
+        const double step = each.along.length / unit;
         for (Eigen::Index t = 0; t < terms; ++t) powers(p, t) = step * std::pow(step, 2 * t);
-        slopes.row(p) = each.parts * (each.d.dot(smallest.d) > 0 ? 1 : -1);
+        slopes.row(p) = each.parts * (each.along.d.dot(smallest.along.d) > 0 ? 1 : -1);
     }
     equation result = smallest;
     const Eigen::MatrixXd fitted = orthogonal_decomposition(powers, 1e-9).solve(slopes);
@@ -161,9 +147,9 @@ Eigen::RowVectorXd step_squares(const equation& of, int coordinate_decimals) {
     constexpr double moves = 1e-6;
     const double rounding =
         std::pow(rounding_of_place(coordinate_decimals), 2) * of.parts.squaredNorm();
-    Eigen::RowVectorXd squares(of.d.size() / 3);
+    Eigen::RowVectorXd squares(of.along.d.size() / 3);
     for (Eigen::Index a = 0; a < squares.size(); ++a) {
-        const Eigen::RowVector3d d = of.d.segment<3>(3 * a);
+        const Eigen::RowVector3d d = of.along.d.segment<3>(3 * a);
         const double step = d.norm();
         double error = 0;
         if (!of.paired) {
@@ -249,7 +235,7 @@ derivatives differentiate(const displaced_set& set) {
     const std::vector<equation> equations = equations_of(set);
     Eigen::MatrixXd displacements(index(equations.size()), index(3 * atoms));
     for (std::size_t e = 0; e < equations.size(); ++e) {
-        displacements.row(index(e)) = equations[e].d;
+        displacements.row(index(e)) = equations[e].along.d;
     }
     // Coordinates have six decimals: what is a thousandth of a step has no direction.
     const orthogonal_decomposition solver(displacements, 1e-3);

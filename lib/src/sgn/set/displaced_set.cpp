@@ -161,6 +161,12 @@ std::string_view name_of(role of) {
     return names[static_cast<std::size_t>(of)];
 }
 
+std::vector<std::string> names_of(const displaced_set& set) {
+    std::vector<std::string> names;
+    for (const displaced_job& each : set.jobs) names.push_back(each.name);
+    return names;
+}
+
 std::string_view source_of_dipoles(const displaced_set& set) {
     if (set.has_moments) return "checkpoints";
     return set.jobs.front().name.ends_with(".fchk") ? "logs" : "result files";

@@ -104,6 +104,9 @@ struct displaced_set {
     std::vector<misfit> misfits;
 };
 
+/// Of its files, the reference's first.
+std::vector<std::string> names_of(const displaced_set& set);
+
 /// Where the dipoles come from: "checkpoints", "logs" (of jobs) or "result files".
 std::string_view source_of_dipoles(const displaced_set& set);
 

@@ -34,11 +34,7 @@ bool are_alike(const displacement& a, const displacement& b, double direction) {
 
 }  // namespace
 
-std::string displacement::text(std::string_view symbol) const {
-    return text_with(std::to_string(farthest + 1) + " " + flib::printable(symbol));
-}
-
-std::string displacement::text_with(const std::string& name) const {
+std::string displacement::text(const std::string& name) const {
     if (moved == 0) return "none";
     return (moved > 1 ? std::to_string(moved) + " atoms, " : "") + name + " " +
            direction_of(shift[farthest]) + " " + flib::decimal(distance, 4);

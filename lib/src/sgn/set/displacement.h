@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
 #include "sgn/set/geometry.h"
@@ -17,11 +16,9 @@ struct displacement {
     std::size_t farthest = 0;  ///< the one that moved most, from 0
     double distance = 0;       ///< of that one, Angstrom
 
-    /// "none", "1 O +x 0.0100", or "3 atoms, 2 H +y 0.0100" with the farthest, whose `symbol` it
+    /// "none", "1 O +x 0.0100", or "3 atoms, 2 H +y 0.0100" with the farthest, whose name_of() it
     /// is.
-    std::string text(std::string_view symbol) const;
-    /// The same with another name for that atom: "4 O (2 of the high layer) +x 0.0100".
-    std::string text_with(const std::string& name) const;
+    std::string text(const std::string& name) const;
 };
 
 /// Of `x` against `reference` (Angstrom). Throws flib::run_error unless they are as many.

@@ -11,6 +11,7 @@
 #include "sgn/set/decimals.h"
 #include "sgn/set/derivatives.h"
 #include "sgn/set/detail/balance.h"
+#include "sgn/set/detail/direction.h"
 #include "sgn/set/detail/rigid_motions.h"
 #include "sgn/set/detail/shape.h"
 #include "sgn/set/listed.h"
@@ -49,45 +50,25 @@ struct line {
     std::vector<double> steps;      // Bohr, of all coordinates together
 };
 
-Eigen::VectorXd shift_of(const displaced_job& of) {
-    Eigen::VectorXd shift(index(3 * of.moved.shift.size()));
-    for (std::size_t a = 0; a < of.moved.shift.size(); ++a) {
-        shift.segment<3>(index(3 * a)) = vector(of.moved.shift[a]) / flib::bohr_radius;
-    }
-    return shift;
-}
-
 std::vector<line> lines_of(const displaced_set& set) {
-    struct direction {
-        Eigen::VectorXd unit;
-        Eigen::Index largest = 0;
+    struct places {
+        direction along;
         std::vector<std::pair<double, std::size_t>> jobs;  // step, place
     };
-    std::vector<direction> directions;
+    std::vector<places> directions;
     for (std::size_t j = 1; j < set.jobs.size(); ++j) {
-        const Eigen::VectorXd shift = shift_of(set.jobs[j]);
-        const double length = shift.norm();
-        const auto along = std::ranges::find_if(directions, [&](const direction& of) {
-            constexpr double angle = 1e-3;
-            if (length == 0 || of.unit.size() == 0) return false;
-            const double share = std::abs(shift[of.largest]) / length;
-            if (std::abs(share - std::abs(of.unit[of.largest])) > 2 * angle) return false;
-            return std::abs(of.unit.dot(shift)) > length * (1 - angle * angle / 2);
-        });
-        if (along != directions.end()) {
-            along->jobs.emplace_back(along->unit.dot(shift), j);
-            continue;
+        direction now(set.jobs[j].moved.shift);
+        const auto same = std::ranges::find_if(
+            directions, [&](const places& of) { return of.along.is_along(now); });
+        if (same == directions.end()) {
+            const double step = now.length;
+            directions.push_back({std::move(now), {{step, j}}});
+        } else {
+            same->jobs.emplace_back(same->along.d.dot(now.d) / same->along.length, j);
         }
-        direction made;
-        made.jobs.emplace_back(length, j);
-        if (length > 0) {
-            made.unit = shift / length;
-            made.unit.cwiseAbs().maxCoeff(&made.largest);
-        }
-        directions.push_back(std::move(made));
     }
     std::vector<line> lines;
-    for (direction& each : directions) {
+    for (places& each : directions) {
         std::ranges::stable_sort(each.jobs, {}, [](const auto& of) { return std::abs(of.first); });
         line made;
         for (const auto& [step, job] : each.jobs) {
@@ -263,51 +244,32 @@ double evidence::mean_slope() const {
 }
 
 void evidence::see_sums() {
-    std::vector<Eigen::Index> rows;  // of the motions, three along and three about an axis
-    Eigen::MatrixXd weight;          // of each job in the sum of each motion
-    Eigen::VectorXd variance;
-    const rigid_motions motions(set_.atoms);
-    if (of_.complete()) {
-        Eigen::MatrixXd motion(motions.translation.rows(), 6);
-        motion << motions.translation, motions.rotation;
-        weight = motion.transpose() * view(of_.weights);
-        for (Eigen::Index l = 0; l < 6; ++l) {
-            if (l < 3 || motions.turns(l - 3)) rows.push_back(l);
-        }
-        // Errors come from the digits, also of the dipole that turns along, ...
-        variance = weight.rowwise().squaredNorm() * std::pow(noise(), 2);
-        variance.tail<3>().array() += std::pow(noise(), 2);
-        // ... from what the polynomials have behind the slope, and from the places.
-        for (std::size_t l = 0; l < lines_.size(); ++l) {
-            const double usual = std::max(slope(l), mean_slope());
-            Eigen::MatrixXd errors =
-                Eigen::MatrixXd::Zero(6, 1 + index(further_derivatives.size()));
-            for (std::size_t i = 0; i < lines_[l].jobs.size(); ++i) {
-                const Eigen::VectorXd of_job = weight.col(index(lines_[l].jobs[i]));
-                const double h = lines_[l].steps[i];
-                double term = h * h / 2;
-                errors.col(0) += of_job * term * usual_derivatives[1] * scale_;
-                for (std::size_t n = 0; n < further_derivatives.size(); ++n) {
-                    term *= h / static_cast<double>(n + 3);
-                    errors.col(index(n + 1)) += of_job * term * further_derivatives[n] * usual;
-                }
-                variance += of_job.cwiseAbs2() * std::pow(usual * place_error(), 2);
+    if (!of_.complete()) return;
+    const sums_of_jobs sums(rigid_motions(set_.atoms), of_.weights);
+    // Errors come from the digits, ...
+    Eigen::VectorXd variance = sums.variance() * std::pow(noise(), 2);
+    // ... from what the polynomials have behind the slope, and from the places.
+    for (std::size_t l = 0; l < lines_.size(); ++l) {
+        const double usual = std::max(slope(l), mean_slope());
+        Eigen::MatrixXd errors =
+            Eigen::MatrixXd::Zero(variance.size(), 1 + index(further_derivatives.size()));
+        for (std::size_t i = 0; i < lines_[l].jobs.size(); ++i) {
+            const Eigen::VectorXd of_job = sums.weight.col(index(lines_[l].jobs[i]));
+            const double h = lines_[l].steps[i];
+            double term = h * h / 2;
+            errors.col(0) += of_job * term * usual_derivatives[1] * scale_;
+            for (std::size_t n = 0; n < further_derivatives.size(); ++n) {
+                term *= h / static_cast<double>(n + 3);
+                errors.col(index(n + 1)) += of_job * term * further_derivatives[n] * usual;
             }
-            variance += errors.rowwise().squaredNorm();
+            variance += of_job.cwiseAbs2() * std::pow(usual * place_error(), 2);
         }
+        variance += errors.rowwise().squaredNorm();
     }
-    const auto share = [&](std::size_t job, double sign) {
-        Eigen::VectorXd result(index(3 * rows.size()));
-        for (std::size_t i = 0; i < rows.size(); ++i) {
-            const Eigen::Index l = rows[i];
-            Eigen::Vector3d sum = weight(l, index(job)) * sign * dipole(job);
-            if (job == 0 && l >= 3) {
-                const Eigen::Vector3d axis = motions.axes.col(l - 3);
-                sum -= axis.cross(dipole(0));
-            }
-            result.segment<3>(index(3 * i)) = sum / std::sqrt(variance[l]);
-        }
-        return result;
+    const auto share = [&](std::size_t job, double sign) -> Eigen::VectorXd {
+        Eigen::Matrix3Xd result = sums.share(job, sign * dipole(job));
+        result.array().rowwise() /= variance.transpose().array().sqrt();
+        return result.reshaped();
     };
     reference_share_ = share(0, 1);
     for (std::size_t l = 0; l < lines_.size(); ++l) {

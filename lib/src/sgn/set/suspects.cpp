@@ -123,7 +123,7 @@ class search {
     residues given_;
     std::vector<residues> change_;  // of the sums, by reversing each job
     std::vector<sign_pair> pairs_;
-    std::vector<std::size_t> pair_of_;  // job: its place in pairs_, or their count
+    std::vector<std::size_t> pair_of_;  // paired job: its place in pairs_
     std::vector<move> moves_;
     std::vector<move> open_;  // those that second differences do not decide
 };
@@ -142,37 +142,19 @@ double usual_step_error(const derivatives& of) {
 
 search::search(const displaced_set& set, const derivatives& of)
     : set_(set), of_(of), cost_of_sign_(cost_per_sign(set.jobs.size())) {
-    const rigid_motions motions(set.atoms);
+    const sums_of_jobs sums(rigid_motions(set.atoms), of.weights);
     const double step = std::pow(step_error_in_sums * usual_step_error(of), 2);
     const double rounding = std::pow(rounding_error(set.dipole_decimals), 2);
-    const Eigen::Vector3d moved = variance_of_sums(motions.translation, of.weights) * rounding;
-    const Eigen::Vector3d turned = variance_of_sums(motions.rotation, of.weights) * rounding;
+    const Eigen::VectorXd by_rounding = sums.variance() * rounding;
+    const Eigen::VectorXd by_step = sums.motion.rowwise().squaredNorm() * step;
     std::vector<residue_variance> variances;
-    const auto add = [&](double by_rounding, const Eigen::VectorXd& motion) {
-        variances.insert(variances.end(), 3, {by_rounding, motion.squaredNorm() * step});
-    };
-    for (Eigen::Index l = 0; l < 3; ++l) {
-        add(moved[l], motions.translation.col(l));
-        // The dipole itself, which turns along, is rounded too.
-        if (motions.turns(l)) add(turned[l] + rounding, motions.rotation.col(l));
+    for (Eigen::Index l = 0; l < by_rounding.size(); ++l) {
+        variances.insert(variances.end(), 3, {by_rounding[l], by_step[l]});
     }
-    const auto sums = index(variances.size());
+    given_ = residues::Zero(index(variances.size()));
     errors_.emplace(std::move(variances), noise_factor(largest_noise, set.dipole_decimals));
-
-    given_ = residues::Zero(sums);
     for (std::size_t j = 0; j < set.jobs.size(); ++j) {
-        const Eigen::Vector3d dipole = vector(set.jobs[j].dipole);
-        // What the derivatives owe to this job, and the dipole that turns along.
-        const Eigen::MatrixXd owed = view(of.weights).col(index(j)) * dipole.transpose();
-        const motion_sums shares(motions, owed, j == 0 ? dipole : Eigen::Vector3d::Zero());
-        residues share(sums);
-        Eigen::Index at = 0;
-        for (Eigen::Index l = 0; l < 3; ++l) {
-            share.segment<3>(std::exchange(at, at + 3)) = shares.translation.row(l);
-            if (motions.turns(l)) {
-                share.segment<3>(std::exchange(at, at + 3)) = shares.rotation.row(l);
-            }
-        }
+        const residues share = sums.share(j, vector(set.jobs[j].dipole)).reshaped();
         given_ += share;
         change_.emplace_back(-2 * share);
     }
@@ -184,15 +166,15 @@ void search::see_pairs() {
     const double rounding = std::pow(rounding_error(set_.dipole_decimals), 2);
     moves_.push_back({0});
     open_.push_back({0});
-    std::vector<std::size_t> pair_of(set_.jobs.size());
+    pair_of_.resize(set_.jobs.size());
     for (std::size_t j = 1; j < set_.jobs.size(); ++j) {
         const displaced_job& plus = set_.jobs[j];
         if (plus.is != role::paired) continue;
         if (plus.other < j) {
-            pair_of[j] = pair_of[plus.other];
+            pair_of_[j] = pair_of_[plus.other];
             continue;
         }
-        pair_of[j] = pairs_.size();
+        pair_of_[j] = pairs_.size();
         const displaced_job& minus = set_.jobs[plus.other];
         double step = 0;  // squared, Bohr
         for (const vec3& shift : plus.moved.shift) {
@@ -210,7 +192,6 @@ void search::see_pairs() {
         if (pair.is_open()) open_.insert(open_.end(), moves.begin(), moves.end());
         pairs_.push_back(pair);
     }
-    pair_of_ = std::move(pair_of);
 }
 
 double search::of_sums(const residues& left) const {
@@ -392,10 +373,18 @@ std::vector<std::size_t> search::unseen_beside(const guess& best) const {
         }
         signs reversed = best.reversed;
         reversed[j].flip();
-        if (with(std::move(reversed)).fit < best.fit + std::max(much_better, cost_of_sign_))
+        if (with(std::move(reversed)).fit < best.fit + std::max(much_better, cost_of_sign_)) {
             jobs.push_back(j);
+        }
     }
     return jobs;
+}
+
+/// Of guesses that are as likely but for rounding, as in symmetric molecules, the one whose jobs
+/// come first.
+bool likelier(const guess& a, const guess& b) {
+    const double costs[]{std::round(1e6 * a.cost), std::round(1e6 * b.cost)};
+    return costs[0] != costs[1] ? costs[0] < costs[1] : a.reversed > b.reversed;
 }
 
 }  // namespace
@@ -414,8 +403,7 @@ suspects find_suspects(const displaced_set& set, const derivatives& of, const su
         among.mend(given, given.cost - worse, found);
         if (!holds) among.mend(among.with_best_pairs(), given.cost, found);
     }
-    std::sort(found.begin(), found.end(),
-              [](const guess& a, const guess& b) { return a.cost < b.cost; });
+    std::sort(found.begin(), found.end(), likelier);
     for (const guess& each : found) {
         if (each.cost > found.front().cost + among.cost_of_sign()) break;
         std::vector<std::size_t> jobs = among.jobs_of(each);

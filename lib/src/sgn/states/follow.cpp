@@ -8,6 +8,7 @@
 
 #include "flib/excited/density_parts.h"
 #include "flib/io/stop_run.h"
+#include "sgn/set/set_moments.h"
 #include "sgn/states/assignment.h"
 
 namespace sgn {
@@ -41,6 +42,12 @@ bool of_other_spin(const job& reference, std::size_t row, const job& now, std::s
     return reference.spin[row] != now.spin[column];
 }
 
+/// Nothing where only the log tells.
+std::optional<full_digits> full_values(const job& now, std::int32_t root, std::int32_t sign) {
+    if (!now.moments) return {};
+    return full_digits_of(now.moments->of_states, root, sign);
+}
+
 continuation judge(const followed_state& of, double weight, const overlap_limits& limits) {
     // What is not a number is below every threshold.
     if (!(weight >= limits.lost_below)) return continuation::lost;
@@ -66,6 +73,7 @@ followed_state judge_state(const reference_state& state, std::optional<std::size
     result.spin = now.spin_of(result.root);
     result.nearest = nearest_to(now, result.root);
     for (double& component : result.values->dipole) component *= result.sign;
+    result.full = full_values(now, result.root, result.sign);
     result.element_value = density_element(now, result.root, state.element);
     return result;
 }
@@ -113,7 +121,8 @@ reference_set prepare(job&& reference, std::span<const std::int32_t> wanted) {
     for (const std::int32_t state : wanted) {
         const auto [at, value] = largest_element(reference, state);
         states.push_back({state, values_of(reference, state), reference.spin_of(state),
-                          nearest_to(reference, state), at, value});
+                          nearest_to(reference, state), full_values(reference, state, 1), at,
+                          value});
     }
     reference.moc = flib::matrix<double>(0, 0, "");
     reference.xpy = {};

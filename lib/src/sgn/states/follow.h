@@ -9,8 +9,9 @@
 #include <vector>
 
 #include "flib/util/math.h"
-#include "flib/util/units.h"
 #include "sgn/job/job.h"
+#include "sgn/set/displaced_set.h"
+#include "sgn/states/near_states.h"
 #include "sgn/states/overlap.h"
 
 namespace sgn {
@@ -19,19 +20,6 @@ namespace sgn {
 struct overlap_limits {
     double mixed_below = 0.8;  ///< of a state and the root that continues it
     double lost_below = 0.2;   ///< with less, no root continues the state
-};
-
-/// Two states of one spin no farther apart are near each other (Hartree; a tenth of an eV). What
-/// couples them changes by some hundredths of an eV over 0.01 Angstrom: by some ten percent of the
-/// distance, which is then the error of derivatives of their dipoles, if symmetry lets them mix.
-inline constexpr double near_energies = 0.1 / flib::hartree_energy;
-
-/// The state of the same spin whose energy is nearest to that of another.
-struct near_state {
-    std::int32_t root = 0;  ///< from 1 on
-    double distance = 0;    ///< of the energies, Hartree
-
-    bool is_near() const { return distance < near_energies; }
 };
 
 /// Nothing where there is no other state; where the dump does not tell spins, all count as equal.
@@ -50,7 +38,7 @@ struct root_values {
     double oscillator_strength() const;
 };
 
-/// The values of `root` (from 1 on).
+/// The values of `root` (from 1 on), as the log prints them.
 root_values values_of(const job& now, std::int32_t root);
 
 /// A state of the reference that is to be followed.
@@ -59,6 +47,7 @@ struct reference_state {
     root_values values;
     std::optional<flib::root_spin> spin{};  ///< if the dump tells it
     std::optional<near_state> nearest{};    ///< among the states of the reference
+    std::optional<full_digits> full{};      ///< if the job has the moments of its checkpoint
     /// The largest element of its transition density, which stigruz would choose, and its value.
     flib::element_location element{0, 0};
     double element_value = 0;
@@ -85,7 +74,9 @@ struct followed_state {
     std::optional<root_values> values{};  ///< of the root, the dipole times the sign
     std::optional<flib::root_spin> spin{};  ///< of the root, if the dump tells it
     std::optional<near_state> nearest{};    ///< among the states of the job
-    double element_value = 0;               ///< of the root's density at the state's element
+    /// The moments of the root times the sign, if the job has those of its checkpoint.
+    std::optional<full_digits> full{};
+    double element_value = 0;        ///< of the root's density at the state's element
     std::vector<double> overlaps{};  ///< with every state of the job; 0 where the spins differ
 };
 

@@ -10,13 +10,13 @@
 #include <thread>
 #include <utility>
 
+#include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
 #include "flib/qm_file/qm_file_type.h"
 #include "flib/qm_file/type_tag.h"
 #include "flib/util/file.h"
 #include "sgn/job/job_files.h"
 #include "sgn/job/same_file.h"
-#include "sgn/set/set_moments.h"
 #include "sgn/states/state_file.h"
 
 namespace sgn {
@@ -100,15 +100,18 @@ void require_forces(const job& of) {
 }
 
 void follow_into(job_result& result, const reference_set& reference, const follow_options& how) {
-    const job now = read_job(how.find(result.checkpoint), &reference.reference);
+    job now = read_job(how.find(result.checkpoint), &reference.reference);
+    const std::vector<vec3> x = take_full_coordinates(now);
     followed_job followed = follow(reference, now, how.limits);
     if (how.write) require_forces(now);
     if (how.keep || how.write) {
         for (const followed_state& state : followed.states) {
-            result.values.push_back(values_of_followed(reference, now, state));
+            result_file& made =
+                result.values.emplace_back(values_of_followed(reference, now, state));
+            if (made.full) made.full->x = x;
         }
     }
-    result.no_full_digits = why_not_full_digits(now, result.values);
+    result.no_full_digits = now.no_moments;
     result.no_forces = now.no_forces;
     result.forces_of = now.forces_of;
     result.followed = std::move(followed);
@@ -191,21 +194,39 @@ std::vector<job_result> follow_jobs(const reference_set& reference,
     return jobs;
 }
 
-std::string why_not_full_digits(const job& of, std::span<result_file> values) {
-    if (!of.no_moments.empty()) return of.no_moments;
-    try {
-        const std::vector<vec3> x =
-            full_coordinates(of.files.checkpoint, coordinates_of(of), of.files.log);
-        for (result_file& each : values) each.full->x = x;
-    } catch (const flib::ending& ending) {
-        return ending.what();
+std::optional<state_with_others> near_anywhere(const reference_set& reference,
+                                               std::span<const job_result> jobs,
+                                               std::size_t place) {
+    const reference_state& state = reference.states[place];
+    state_with_others found{.state = state.state, .distance = near_energies};
+    const auto look = [&](const std::string& name, const std::optional<near_state>& nearest) {
+        ++found.jobs;
+        if (!nearest || !nearest->is_near()) return;
+        ++found.near;
+        if (nearest->distance >= found.distance) return;
+        found.distance = nearest->distance;
+        found.job = name;
+    };
+    look(reference.reference.files.name, state.nearest);
+    for (const job_result& each : jobs) {
+        if (each.followed) look(each.name, each.followed->states[place].nearest);
     }
-    return {};
+    if (found.near == 0) return {};
+    return found;
+}
+
+std::string text_of(const state_with_others& of) {
+    using flib::decimal;
+    return "State " + std::to_string(of.state) + ": another state is " +
+           decimal(of.distance * flib::hartree_energy, 4) + " eV away in " +
+           flib::printable(of.job) + ", less than " +
+           decimal(near_energies * flib::hartree_energy, 1) + " eV in " + std::to_string(of.near) +
+           " of " + std::to_string(of.jobs) + (of.jobs == 1 ? " job" : " jobs") +
+           "; if the two mix, derivatives are not sound.";
 }
 
 std::string why_not_full_digits(const reference_set& reference, std::span<const job_result> jobs) {
-    std::string why_not = why_not_full_digits(reference.reference, {});
-    if (!why_not.empty()) return why_not;
+    if (!reference.reference.no_moments.empty()) return reference.reference.no_moments;
     const auto first = std::ranges::find_if(
         jobs, [](const job_result& each) { return !each.no_full_digits.empty(); });
     return first == jobs.end() ? std::string() : first->no_full_digits;

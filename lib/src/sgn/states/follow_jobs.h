@@ -32,7 +32,7 @@ struct job_result {
     std::string name;
     std::optional<followed_job> followed{};
     std::vector<result_file> values{};  ///< of each state of the reference, if they are kept
-    std::string no_full_digits{};       ///< why they lack those, with the file's name
+    std::string no_full_digits{};       ///< why there are none, with the file's name
     std::string no_forces{};            ///< why there are none, with the file's name
     std::int32_t forces_of = 0;         ///< the root that the job was run for; 0: not told
     std::size_t written_files = 0;
@@ -53,9 +53,10 @@ std::vector<job_result> follow_jobs(const reference_set& reference,
                                     std::span<const std::string> checkpoints,
                                     const follow_options& how, const follow_progress& tell = {});
 
-/// Why the digits of a job's checkpoint do not count, or nothing: `values`, what result files of
-/// its states would hold, get the coordinates then, too.
-std::string why_not_full_digits(const job& of, std::span<result_file> values);
+/// The state at `place` among those of the reference, if another one of its spin comes near to it,
+/// there or in a job that was followed; where it is lost, nothing is near it.
+std::optional<state_with_others> near_anywhere(const reference_set& reference,
+                                               std::span<const job_result> jobs, std::size_t place);
 
 /// Why the dipoles of the logs count and not the more exact ones of the checkpoints, of which all
 /// jobs that were followed or none must have them: names the first file. Empty if they do.

@@ -52,10 +52,12 @@ job_set set_of_jobs(const std::string& reference, std::span<const std::string> c
                     std::optional<std::int32_t> state, const follow_options& how,
                     const follow_progress& tell) {
     job first = read_job(how.find(reference));
+    const std::vector<vec3> x = take_full_coordinates(first);
     job_set made;
     made.state = wanted_state(first, state);
     const reference_set from = prepare(std::move(first), std::array{made.state});
     made.reference = values_of_reference(from, from.states.front());
+    if (made.reference.full) made.reference.full->x = x;
     made.no_forces =
         without_forces(reference, from.reference.no_forces, from.reference.forces_of, made.state);
 
@@ -85,8 +87,8 @@ job_set set_of_jobs(const std::string& reference, std::span<const std::string> c
         }
         made.files.push_back(std::move(each.values.front()));
     }
-    made.no_full_digits = why_not_full_digits(from.reference, std::span(&made.reference, 1));
-    if (made.no_full_digits.empty()) made.no_full_digits = why_not_full_digits(from, jobs);
+    made.near = near_anywhere(from, jobs, 0);
+    made.no_full_digits = why_not_full_digits(from, jobs);
     const auto forget = [&](result_file& of) {
         if (!made.no_full_digits.empty()) of.full.reset();
         if (!made.no_forces.empty()) std::ranges::fill(of.contents.frc, vec3{});

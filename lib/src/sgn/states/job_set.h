@@ -23,7 +23,8 @@ struct job_set {
     /// Why there are no forces, which are then zeros: those of a log belong to the state that its
     /// job was run for. Names the first job. Empty if there are.
     std::string no_forces;
-    std::vector<std::string> mixed;  ///< a line for each job in which the state is mixed
+    std::optional<state_with_others> near{};  ///< if another state comes near anywhere
+    std::vector<std::string> mixed;           ///< a line for each job in which the state is mixed
 };
 
 /// Reads the jobs with these checkpoints and follows `state` of the reference into all of them;

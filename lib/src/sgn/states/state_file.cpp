@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "flib/io/stop_run.h"
 #include "flib/io/unit.h"
 #include "flib/util/elements.h"
 #include "flib/util/matrix.h"
@@ -22,15 +23,11 @@ std::vector<vec3> columns_of(const flib::matrix<double>& of, double unit) {
     return columns;
 }
 
-/// The numbers of `root`, times the sign; zeros of root 0.
-full_digits full_values(const job& now, std::int32_t root, std::int32_t sign) {
-    return root > 0 ? full_digits_of(now.moments->of_states, root, sign) : full_digits{};
-}
-
 /// The sizes are those of the reference, as in every result file of a set.
 result_file values_of_state(const reference_set& from, const job& now, const reference_state& state,
                             std::int32_t root, std::int32_t sign, double element_value,
-                            const std::array<double, 3>& dipole) {
+                            const std::array<double, 3>& dipole,
+                            const std::optional<full_digits>& full) {
     const job_counts& counts = from.reference.counts;
     result_file made{now.files.checkpoint, {}};
     made.contents.parameters = {sign,          counts.natom, counts.nbasis, counts.mi,
@@ -43,7 +40,8 @@ result_file values_of_state(const reference_set& from, const job& now, const ref
     made.contents.x = coordinates_of(now);
     made.contents.corrected_tdip = dipole;
     made.contents.frc = columns_of(now.force, 1);
-    if (now.moments) made.full = full_values(now, root, sign);
+    // Zeros of a lost state, which has no dipole either.
+    if (now.moments) made.full = full.value_or(full_digits{});
     if (root > 0) {
         made.excited = {root, now.forces_of,
                         now.moments ? now.moments->excitation_energy(root) : std::nullopt};
@@ -57,20 +55,32 @@ std::vector<vec3> coordinates_of(const job& of) {
     return columns_of(of.atoms.x, flib::bohr_radius);
 }
 
+std::vector<vec3> take_full_coordinates(job& of) {
+    if (!of.moments) return {};
+    try {
+        return full_coordinates(of.files.checkpoint, coordinates_of(of), of.files.log);
+    } catch (const flib::ending& ending) {
+        of.moments.reset();
+        of.no_moments = ending.what();
+        return {};
+    }
+}
+
 std::string state_file_name(const std::string& name, std::int32_t state) {
     return name + "_s" + std::to_string(state) + std::string(suffix::result);
 }
 
 result_file values_of_reference(const reference_set& from, const reference_state& state) {
     return values_of_state(from, from.reference, state, state.state, 1, state.element_value,
-                           state.values.dipole);
+                           state.values.dipole, state.full);
 }
 
 result_file values_of_followed(const reference_set& from, const job& now,
                                const followed_state& state) {
     const auto its_reference = std::ranges::find(from.states, state.state, &reference_state::state);
     return values_of_state(from, now, *its_reference, state.root, state.sign, state.element_value,
-                           state.values ? state.values->dipole : std::array<double, 3>{});
+                           state.values ? state.values->dipole : std::array<double, 3>{},
+                           state.full);
 }
 
 void write_state_file(const std::string& name, const result_file& values, bool full_digits) {

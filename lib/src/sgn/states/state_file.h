@@ -12,6 +12,11 @@ namespace sgn {
 /// Where the atoms of a job are, as its log tells (Angstrom).
 std::vector<vec3> coordinates_of(const job& of);
 
+/// The coordinates in full digits (Angstrom); empty where only the log tells them. The moments of a
+/// checkpoint that is of another geometry than the log are no longer those of the job then, and
+/// job::no_moments says so.
+std::vector<vec3> take_full_coordinates(job& of);
+
 /// "NAME_sSTATE.sgn".
 std::string state_file_name(const std::string& name, std::int32_t state);
 

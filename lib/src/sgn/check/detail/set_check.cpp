@@ -41,8 +41,7 @@ participants participants_of(const assessment& of) {
 
 /// Adds a finding for every sign whose reversal, alone or with a few others, mends the sums.
 void add_suspects(assessment& of) {
-    std::vector<std::string> names;
-    for (const verdict& each : of.verdicts) names.push_back(each.file->name);
+    const std::vector<std::string> names = names_of(of);
     for (const std::vector<std::size_t>& flip : of.suspects.flips) {
         for (finding& each : suspect_findings(flip, names)) {
             verdict& one = of.verdicts[each.job];

@@ -10,6 +10,7 @@
 #include "flib/io/stop_run.h"
 #include "sgn/page/detail/drawings.h"
 #include "sgn/page/detail/svg.h"
+#include "sgn/set/input_numbers.h"
 
 namespace sgn::page {
 namespace {
@@ -155,15 +156,15 @@ std::string molecule_drawing(const sgn::report& of) {
             shrink * from.per_angstrom * (0.16 + 0.22 * sgn::covalent_radius(atoms[i].number)), 7.0,
             34.0);
         const point place = from.place(at[i]);
-        const std::string name = flib::printable(atoms[i].symbol) + std::to_string(i + 1);
+        const std::string number = std::to_string(number_of(atoms[i], i));
+        const std::string name = flib::printable(atoms[i].symbol) + number;
         const vec3& x = atoms[i].x;
         circles +=
             svg::circle(place, radius, kind_of(atoms[i].number),
                         name + ": " + flib::decimal(x[0], 6) + ", " + flib::decimal(x[1], 6) +
                             ", " + flib::decimal(x[2], 6) + " \u00C5");
         const bool small = radius < 13;
-        circles += svg::text({place[0], place[1] + (small ? 3 : 4.5)},
-                             small ? std::to_string(i + 1) : name,
+        circles += svg::text({place[0], place[1] + (small ? 3 : 4.5)}, small ? number : name,
                              small ? "atom-name small-name" : "atom-name", "middle");
     }
     // The dipole, as it comes towards the reader or not.

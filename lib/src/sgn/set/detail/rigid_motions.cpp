@@ -51,8 +51,35 @@ motion_sums::motion_sums(const rigid_motions& motions, const Eigen::MatrixXd& by
     }
 }
 
-Eigen::Vector3d variance_of_sums(const Eigen::MatrixXd& motion, const table& weights) {
-    return (motion.transpose() * view(weights)).rowwise().squaredNorm();
+sums_of_jobs::sums_of_jobs(const rigid_motions& motions, const table& weights) {
+    Eigen::Index turning = 0;
+    motion.resize(6, motions.translation.rows());
+    axes.resize(3, 3);
+    motion.topRows(3) = motions.translation.transpose();
+    for (Eigen::Index l = 0; l < 3; ++l) {
+        if (!motions.turns(l)) continue;
+        motion.row(3 + turning) = motions.rotation.col(l).transpose();
+        axes.col(turning++) = motions.axes.col(l);
+    }
+    motion.conservativeResize(3 + turning, Eigen::NoChange);
+    axes.conservativeResize(Eigen::NoChange, turning);
+    weight = motion * view(weights);
+}
+
+Eigen::Matrix3Xd sums_of_jobs::share(std::size_t job, const Eigen::Vector3d& vector) const {
+    Eigen::Matrix3Xd result = vector * weight.col(index(job)).transpose();
+    for (Eigen::Index l = 0; job == 0 && l < axes.cols(); ++l) {
+        const Eigen::Vector3d axis = axes.col(l);
+        result.col(3 + l) -= axis.cross(vector);
+    }
+    return result;
+}
+
+Eigen::VectorXd sums_of_jobs::variance() const {
+    Eigen::VectorXd result = weight.rowwise().squaredNorm();
+    // The vector itself, which turns along.
+    result.tail(axes.cols()).array() += 1;
+    return result;
 }
 
 }  // namespace sgn

@@ -31,8 +31,19 @@ struct motion_sums {
     Eigen::MatrixXd rotation;
 };
 
-/// For each of the motions the variance of its sum, if that of all jobs' values, from which
-/// derivatives are made with `weights`, is 1.
-Eigen::Vector3d variance_of_sums(const Eigen::MatrixXd& motion, const table& weights);
+/// The same sums of a vector, where derivatives are made with weights from that of every job: those
+/// along the axes of the frame, then those about the axes that turn anything.
+struct sums_of_jobs {
+    sums_of_jobs(const rigid_motions& motions, const table& weights);
+
+    /// 3 x sums: what the vector of a job contributes. That of the first one turns along.
+    Eigen::Matrix3Xd share(std::size_t job, const Eigen::Vector3d& vector) const;
+    /// Of each sum, if that of every job's vector is 1.
+    Eigen::VectorXd variance() const;
+
+    Eigen::MatrixXd motion;  ///< sums x 3N
+    Eigen::MatrixXd weight;  ///< sums x jobs
+    Eigen::Matrix3Xd axes;   ///< a column for each of the last sums
+};
 
 }  // namespace sgn
