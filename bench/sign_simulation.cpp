@@ -184,13 +184,16 @@ jobs_of_set displaced(const molecule& of, kind what, const precision& how, doubl
     return jobs;
 }
 
-sgn::report judged(const jobs_of_set& jobs, const precision& how) {
+sgn::displaced_set set_of(const jobs_of_set& jobs, const precision& how) {
     const std::vector<std::string> symbols(jobs.front().x.size(), "C");
     sgn::array_facts facts;
     facts.dipole_decimals = how.decimals;
     facts.coordinate_decimals = 6;
-    return sgn::analyse(
-        sgn::set_of_arrays(symbols, jobs.front(), std::span(jobs).subspan(1), facts));
+    return sgn::set_of_arrays(symbols, jobs.front(), std::span(jobs).subspan(1), facts);
+}
+
+sgn::report judged(const jobs_of_set& jobs, const precision& how) {
+    return sgn::analyse(set_of(jobs, how));
 }
 
 /// The derivatives of the dipole without errors, 3N rows.
@@ -326,9 +329,9 @@ void wrong_sets(int sets) {
                 return std::ranges::find(unseen, job) == unseen.end() &&
                        sgn::length(jobs[job].dipole) > 0;
             };
-            const auto seen = [&](const auto& of) {
+            const auto seen = [&](const auto& those) {
                 std::set<std::size_t> result;
-                for (const std::size_t job : of) {
+                for (const std::size_t job : those) {
                     if (matters(job)) result.insert(job);
                 }
                 return result;
@@ -358,11 +361,133 @@ void wrong_sets(int sets) {
     }
 }
 
+/// The other moments of a molecule: vectors that move and turn with it as the dipole does, the
+/// magnetic one of them about the centroid, and six numbers about it.
+struct moment_model {
+    molecule velocity;
+    molecule about_centroid;
+    molecule quadrupole[2];
+
+    explicit moment_model(const molecule& of)
+        : velocity(other(of)), about_centroid(other(of)), quadrupole{other(of), other(of)} {}
+
+    /// As large, of other numbers.
+    static molecule other(molecule of) {
+        std::ranges::shuffle(of.exchange, dice);
+        std::ranges::shuffle(of.neighbour, dice);
+        std::ranges::fill(of.constant, 0);
+        return of;
+    }
+
+    /// Velocity dipole, magnetic dipole, quadrupole; jobs that converged less are off in all of
+    /// them, also by what moving the origin makes of the velocity dipole.
+    std::vector<double> at(const geometry& x, double noise = 0) const {
+        const auto off = [&](vec3 of) {
+            if (noise > 0) {
+                for (double& each : of) each += noise * gaussian();
+            }
+            return of;
+        };
+        const vec3 v = off(dipole(velocity, x));
+        const vec3 m = off(dipole(about_centroid, x));
+        vec3 centre{};
+        for (const vec3& each : x) {
+            centre = sgn::sum(centre, sgn::scaled(1 / flib::bohr_radius, each));
+        }
+        centre = sgn::scaled(1 / static_cast<double>(x.size()), centre);
+        std::vector<double> all(v.begin(), v.end());
+        for (std::size_t k = 0; k < 3; ++k) {
+            const std::size_t l = (k + 1) % 3;
+            const std::size_t n = (k + 2) % 3;
+            all.push_back(m[k] + centre[l] * v[n] - centre[n] * v[l]);
+        }
+        const vec3 diagonal = off(off(dipole(quadrupole[0], x)));
+        const vec3 others = off(dipole(quadrupole[1], x));
+        for (std::size_t k = 0; k < 3; ++k) all.push_back(diagonal[k] + 2 * centre[k] * v[k]);
+        for (std::size_t k = 0; k < 3; ++k) {
+            const std::size_t l = k == 2 ? 1 : 0;
+            const std::size_t n = k == 0 ? 1 : 2;
+            all.push_back(others[k] + centre[l] * v[n] + centre[n] * v[l]);
+        }
+        return all;
+    }
+};
+
+/// How far the derivatives of the other moments are off, in their uncertainties.
+void moments_coverage(int sets) {
+    struct row {
+        const char* name;
+        kind what;
+        precision how;
+        std::size_t most;
+    };
+    const row rows[] = {
+        {"9 decimals", kind::pairs, {9, 0}, 100},
+        {"9, noise 1e-5", kind::pairs, {9, 1e-5}, 100},
+        {"9, two steps, noise 1e-6", kind::two_steps, {9, 1e-6}, 30},
+        {"9, two steps, noise 1e-5", kind::two_steps, {9, 1e-5}, 30},
+        {"9, oblique", kind::oblique, {9, 0}, 20},
+    };
+    std::printf("%-26s %5s %7s | %20s | %20s | %20s\n", "other moments", "sets", "alarms",
+                "velocity 1, 2, 3", "magnetic 1, 2, 3", "quadrupole 1, 2, 3");
+    for (const row& each : rows) {
+        int alarms = 0;
+        tally off[3];
+        for (int i = 0; i < sets; ++i) {
+            const molecule of =
+                made_up(std::min(each.most, drawn_size()), i % 5 == 0, i % 3 == 0 ? 0.001 : 1);
+            const moment_model model(of);
+            const jobs_of_set jobs = displaced(of, each.what, each.how);
+            sgn::displaced_set set = set_of(jobs, each.how);
+            for (std::size_t j = 0; j < jobs.size(); ++j) {
+                std::vector<double> all = model.at(jobs[j].x, each.how.noise);
+                for (double& value : all) value = std::round(value * 1e9) / 1e9;
+                sgn::other_moments& moments = set.jobs[j].moments.emplace();
+                std::copy_n(all.begin(), 3, moments.velocity_dipole.begin());
+                std::copy_n(all.begin() + 3, 3, moments.magnetic_dipole.begin());
+                std::copy_n(all.begin() + 6, 6, moments.velocity_quadrupole.begin());
+            }
+            set.has_moments = true;
+            set.moment_decimals = {9, 9, 9};
+            const sgn::report found = sgn::analyse(set);
+            alarms += !found.velocity_rules.satisfied || !found.magnetic_rules.satisfied;
+            const double h = 0.0015;  // Bohr
+            for (std::size_t c = 0; c < 3 * of.size(); ++c) {
+                const auto at = [&](double factor) {
+                    geometry x = of.x;
+                    x[c / 3][c % 3] += factor * h * flib::bohr_radius;
+                    return model.at(x);
+                };
+                const auto far_back = at(-2), back = at(-1), on = at(1), far_on = at(2);
+                std::size_t first = 0;
+                std::size_t moment = 0;
+                for (const auto& [name, made] : sgn::other_derivatives(found.derivatives)) {
+                    for (std::size_t k = 0; k < made->values.columns; ++k) {
+                        const std::size_t j = first + k;
+                        const double right =
+                            (8 * (on[j] - back[j]) - (far_on[j] - far_back[j])) / (12 * h);
+                        off[moment].add(std::abs(made->values(c, k) - right) /
+                                        made->uncertainty(c, k));
+                    }
+                    first += made->values.columns;
+                    ++moment;
+                }
+            }
+        }
+        std::printf("%-26s %5d %7d |", each.name, sets, alarms);
+        for (const tally& one : off) {
+            std::printf(" %6.1f %6.1f %6.1f |", one.below(1), one.below(2), one.below(3));
+        }
+        std::printf("\n");
+    }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
     const int sets = argc > 1 ? std::atoi(argv[1]) : 100;
     right_sets_and_coverage(sets);
     wrong_sets(sets);
+    moments_coverage(sets);
     return 0;
 }

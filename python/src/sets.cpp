@@ -18,6 +18,7 @@
 #include "sgn/job/job_files.h"
 #include "sgn/job/same_file.h"
 #include "sgn/page/html.h"
+#include "sgn/result/output_kind.h"
 #include "sgn/set/find_signs.h"
 #include "sgn/set/from_arrays.h"
 #include "sgn/set/input_numbers.h"
@@ -292,16 +293,32 @@ void require_no_input(const set_report& of, const std::string& file,
     }
 }
 
+/// Nor what others wrote, unless it is asked for; result files cannot be made again from what is
+/// here.
+void require_replaceable(const std::string& file, sgn::output_kind kind, bool overwrite) {
+    const sgn::occupant old = sgn::occupant_of(file);
+    if (old.is_file && old.kind == kind) return;
+    if (old.kind == sgn::output_kind::result_file) {
+        throw flib::io_error(file, 0, "is not written: it is a result file");
+    }
+    if (!old.is_file || overwrite) return;
+    throw flib::io_error(file, 0,
+                         "is there and is not " + std::string(name_of(kind)) +
+                             " that stigruz wrote: overwrite=True writes over it");
+}
+
 std::optional<std::string> template_from(const py::object& file) {
     if (file.is_none()) return {};
     return path_from(file);
 }
 
-void write_fchk(const set_report& of, const py::object& file, const py::object& from) {
+void write_fchk(const set_report& of, const py::object& file, const py::object& from,
+                bool overwrite) {
     const std::string name = path_from(file);
     const std::optional<std::string> its_template = template_from(from);
     without_lock([&] {
         require_no_input(of, name, its_template);
+        require_replaceable(name, sgn::output_kind::checkpoint, overwrite);
         const sgn::report& report = of.made.is;
         flib::replace_file(name, its_template
                                      ? checkpoint_of(report.set, report.derivatives, *its_template)
@@ -322,7 +339,8 @@ std::string checkpoint_with_energy(const set_report& of,
                           ", which would tell the energy: name another one as template");
 }
 
-py::list write_fcc(const set_report& of, const py::object& name, const py::object& from) {
+py::list write_fcc(const set_report& of, const py::object& name, const py::object& from,
+                   bool overwrite) {
     const std::string family = path_from(name);
     const std::optional<std::string> its_template = template_from(from);
     if (family.empty() || family.ends_with('/')) {
@@ -334,7 +352,10 @@ py::list write_fcc(const set_report& of, const py::object& name, const py::objec
         const std::string checkpoint = checkpoint_with_energy(of, its_template);
         const auto files = fcc_files_of(family, report.set, report.derivatives,
                                         energy_of_checkpoint(checkpoint, report.set));
-        for (const sgn::fcc_file& each : files) require_no_input(of, each.name, checkpoint);
+        for (const sgn::fcc_file& each : files) {
+            require_no_input(of, each.name, checkpoint);
+            require_replaceable(each.name, sgn::output_kind::vibronic, overwrite);
+        }
         for (const sgn::fcc_file& each : files) {
             flib::replace_file(each.name, each.text);
             written.push_back(each.name);
@@ -515,22 +536,25 @@ void add_sets(py::module_& module) {
                py::arg("coordinate_decimals"), py::arg("sum_rules"), py::arg("find"));
     module.def(
         "report_values", [](const set_report& of) { return values_of(of); }, py::arg("report"));
-    module.def("write_fchk", write_fchk, py::arg("report"), py::arg("file"), py::arg("template"));
-    module.def("write_fcc", write_fcc, py::arg("report"), py::arg("name"), py::arg("template"));
+    module.def("write_fchk", write_fchk, py::arg("report"), py::arg("file"), py::arg("template"),
+               py::arg("overwrite"));
+    module.def("write_fcc", write_fcc, py::arg("report"), py::arg("name"), py::arg("template"),
+               py::arg("overwrite"));
     module.def(
         "html",
         [](const set_report& of) { return text_of(without_lock([&] { return page_of(of); })); },
         py::arg("report"));
     module.def(
         "write_html",
-        [](const set_report& of, const py::object& file) {
+        [](const set_report& of, const py::object& file, bool overwrite) {
             const std::string name = path_from(file);
             without_lock([&] {
                 require_no_input(of, name);
+                require_replaceable(name, sgn::output_kind::page, overwrite);
                 flib::replace_file(name, page_of(of));
             });
         },
-        py::arg("report"), py::arg("file"));
+        py::arg("report"), py::arg("file"), py::arg("overwrite"));
     module.def("displace", displace, py::arg("input"), py::arg("step"), py::arg("atoms"),
                py::arg("directory"), py::arg("one_sided"), py::arg("overwrite"));
 }

@@ -450,31 +450,36 @@ class Set:
         """The page that write_html() writes."""
         return _core.html(self._core)
 
-    def write_html(self, file: Path) -> None:
+    def write_html(self, file: Path, overwrite: bool = False) -> None:
         """Writes a page to look at, which needs nothing else; whole or not at all.
 
-        An earlier file is replaced, but none that the set was made of: Error.
+        An earlier page is replaced, another file only with `overwrite`, and none that the set was
+        made of, nor a result file: Error.
         """
-        _core.write_html(self._core, file)
+        _core.write_html(self._core, file, overwrite)
 
-    def write_fchk(self, file: Path, template: Optional[Path] = None) -> None:
+    def write_fchk(
+        self, file: Path, template: Optional[Path] = None, overwrite: bool = False
+    ) -> None:
         """Writes a formatted checkpoint with the derivatives, as vibronic programs read them.
 
-        template: the reference's checkpoint, whose other sections are kept. An earlier file is
-        replaced as by write_html().
+        template: the reference's checkpoint, whose other sections are kept. An earlier file of
+        its kind is replaced, others as by write_html().
         """
-        _core.write_fchk(self._core, file, template)
+        _core.write_fchk(self._core, file, template, overwrite)
 
-    def write_fcc(self, name: Path, template: Optional[Path] = None) -> list[str]:
+    def write_fcc(
+        self, name: Path, template: Optional[Path] = None, overwrite: bool = False
+    ) -> list[str]:
         """Writes the files of the state for FCclasses 3; returns their names.
 
         They are NAME.fcc, with forces and force constants, eldip_NAME and, if the jobs tell magnetic
         dipoles, magdip_NAME, the latter two in the directory of NAME. Earlier ones are replaced as
-        by write_html(), all having been made before.
+        by write_fchk(), all having been made before.
         template: the reference's checkpoint, which tells the energy; without, the one that the set
         was made of or that lies beside the reference's result file. Error without an energy or forces.
         """
-        return _core.write_fcc(self._core, name, template)
+        return _core.write_fcc(self._core, name, template, overwrite)
 
     def to_ase(self) -> "VibrationsData":
         """The force constants as ASE has them, with the atoms; Error without forces."""

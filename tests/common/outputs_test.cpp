@@ -10,14 +10,14 @@
 namespace {
 
 namespace fs = std::filesystem;
-using tools::output_kind;
+using sgn::output_kind;
 using tools::planned_output;
 using strings = std::vector<std::string>;
 
 /// Every tool's outputs are known by their first bytes, and what others write is not.
 TEST(OutputKinds, AreKnownByTheirBeginning) {
     const auto kind_of = [](const std::string& fixture) {
-        return tools::kind_that_begins(
+        return sgn::kind_that_begins(
             support::contents_of(support::data_file(fixture)).substr(0, 256));
     };
     for (const auto& [fixture, kind] : {std::pair{"sgn_check.json", output_kind::json},
@@ -38,7 +38,7 @@ TEST(OutputKinds, AreKnownByTheirBeginning) {
           "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n"
           "<title>",
           "[Molden Format]\n[Title]\n\n[Atoms] AU\n", "INFORMATION\n"}) {
-        EXPECT_EQ(tools::kind_that_begins(text), std::nullopt) << text;
+        EXPECT_EQ(sgn::kind_that_begins(text), std::nullopt) << text;
     }
 }
 

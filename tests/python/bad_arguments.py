@@ -131,9 +131,9 @@ def sound_calls(others, job, reference, report):
         "sign": (np.eye(22), np.ones((17, 4)), np.eye(22), np.ones((17, 4)), 1),
         "report_on_files": ("h2o_ref.fchk", others, 1, True, None),
         "report_on_arrays": (*arrays, None, None, None, 9, True, True), "report_values": (report._core,),
-        "html": (report._core,), "write_html": (report._core, "out.html"),
-        "write_fchk": (report._core, "out.fchk", "h2o_ref.fchk"),
-        "write_fcc": (report._core, "out", None),
+        "html": (report._core,), "write_html": (report._core, "out.html", False),
+        "write_fchk": (report._core, "out.fchk", "h2o_ref.fchk", False),
+        "write_fcc": (report._core, "out", None, False),
         "displace": ("h2o.gjf", 0.01, [1], "inputs", False, True),
     }
     functions = {name for name, each in vars(_core).items() if callable(each) and not isinstance(each, type)}

@@ -206,6 +206,21 @@ def test_outputs(water):
     with pytest.raises(stigruz.Error):
         s.write_html("none/page.html")
 
+    # Files of others, results, and outputs of another kind.
+    Path("notes.txt").write_text("mine\n")
+    Path("eldip_notes").write_text("mine\n")
+    Path("result").write_bytes((SOURCE / "tests" / "data" / "crossing_results" / "h2ox_ref.sgn").read_bytes())
+    there = {name: Path(name).read_bytes() for name in ("notes.txt", "eldip_notes", "result", "out.fchk", "page.html")}
+    for write, name in ((s.write_html, "notes.txt"), (s.write_html, "out.fchk"), (s.write_fchk, "page.html"),
+                        (s.write_fcc, "notes")):
+        assert "overwrite=True writes over it" in ending(lambda: write(name)).reason
+    for overwrite in (False, True):
+        assert "it is a result file" in ending(lambda: s.write_html("result", overwrite=overwrite)).reason
+    assert there == {name: Path(name).read_bytes() for name in there} and not Path("notes.fcc").exists()
+    for write, name in ((s.write_html, "notes.txt"), (s.write_fchk, "page.html"), (s.write_fcc, "notes")):
+        write(name, overwrite=True)
+    assert Path("notes.txt").read_text() == s.html() and Path("eldip_notes").read_text() != "mine\n"
+
 
 def test_files_for_fcclasses(water):
     reference, others = jobs_of(water)

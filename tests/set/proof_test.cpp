@@ -63,15 +63,20 @@ TEST(Noise, IsToldFromWrongSigns) {
     }
 }
 
-/// Per cent of the derivatives that are off by less than so many of their uncertainties.
-double within(double uncertainties, const report& of, const report& exact) {
+/// Per cent of derivatives that are off by less than so many of their uncertainties.
+double within(double uncertainties, const table& made, const table& uncertainty,
+              const table& exact) {
     int inside = 0;
-    const table& made = of.derivatives.dipole;
     for (std::size_t i = 0; i < made.values.size(); ++i) {
-        inside += std::abs(made.values[i] - exact.derivatives.dipole.values[i]) <=
-                  uncertainties * of.uncertainties.total.values[i];
+        inside +=
+            std::abs(made.values[i] - exact.values[i]) <= uncertainties * uncertainty.values[i];
     }
     return 100.0 * inside / static_cast<double>(made.values.size());
+}
+
+double within(double uncertainties, const report& of, const report& exact) {
+    return within(uncertainties, of.derivatives.dipole, of.uncertainties.total,
+                  exact.derivatives.dipole);
 }
 
 /// Of all models, against pairs so near that nothing but the limit is left.
@@ -202,6 +207,85 @@ TEST(Decimals, AreThoseOfMostFiles) {
     const report all = analyse(model::reference(model::bent), files);
     EXPECT_EQ(all.set.dipole_decimals, 4);
     EXPECT_TRUE(all.fine());
+}
+
+/// A set of two steps with all moments; those of jobs that converged less are off, the magnetic
+/// dipole also by what that of the velocity dipole is at the place of the molecule.
+report with_noisy_moments(const molecule& of, double by) {
+    auto files = model::displaced(of, 0.01);
+    const auto far = model::displaced(of, 0.02);
+    files.insert(files.end(), far.begin(), far.end());
+    const auto add = [&](const result_file& to) {
+        result_file made = model::with_moments(of, to);
+        const auto off = [&](vec3& moment) {
+            vec3 by_this{};
+            for (double& each : by_this) each = by * noise();
+            moment = sum(moment, by_this);
+            return by_this;
+        };
+        other_moments& moments = made.full->moments;
+        off(made.full->dipole);
+        const vec3 v = off(moments.velocity_dipole);
+        off(moments.magnetic_dipole);
+        vec3 x{};
+        for (const vec3& each : of.x) x = sum(x, scaled(1 / flib::bohr_radius, each));
+        x = scaled(1.0 / static_cast<double>(of.x.size()), x);
+        const vec3 moved{x[1] * v[2] - x[2] * v[1], x[2] * v[0] - x[0] * v[2],
+                         x[0] * v[1] - x[1] * v[0]};
+        moments.magnetic_dipole = sum(moments.magnetic_dipole, moved);
+        for (vec3* each :
+             {&made.full->dipole, &moments.velocity_dipole, &moments.magnetic_dipole}) {
+            for (double& value : *each) value = model::rounded(value, 9);
+        }
+        return made;
+    };
+    for (result_file& each : files) each = add(each);
+    return analyse(add(model::reference(of)), files);
+}
+
+TEST(Uncertainties, OfTheOtherMomentsHaveTheNoiseOfTheirSums) {
+    for (const double away : {0.0, 8.0}) {  // Angstrom from the origin
+        double velocity = 0;
+        double magnetic = 0;
+        const std::vector<molecule> all{model::bent, model::line, model::diatomic};
+        for (molecule of : all) {
+            for (vec3& each : of.x) each[0] += away;
+            const report exact = with_noisy_moments(of, 0);
+            const report made = with_noisy_moments(of, 1e-5);
+            const derivatives& d = made.derivatives;
+            EXPECT_TRUE(made.velocity_rules.satisfied && made.magnetic_rules.satisfied);
+            const auto share = 1 / static_cast<double>(all.size());
+            velocity += share * within(1, d.velocity_dipole.values, d.velocity_dipole.uncertainty,
+                                       exact.derivatives.velocity_dipole.values);
+            magnetic += share * within(1, d.magnetic_dipole.values, d.magnetic_dipole.uncertainty,
+                                       exact.derivatives.magnetic_dipole.values);
+            // Noise goes through the weights as rounding does.
+            const auto noise_of_values = [&](const moment_derivatives& moment, std::size_t c) {
+                double square = 0;
+                for (const double weight : d.weights.row(c)) square += weight * weight;
+                return moment.noise[c] / std::sqrt(square);
+            };
+            for (std::size_t c = 0; c < d.weights.rows; ++c) {
+                const double v = noise_of_values(d.velocity_dipole, c);
+                const double m = noise_of_values(d.magnetic_dipole, c);
+                EXPECT_GT(v, 0.5e-5);
+                EXPECT_LT(v, 2e-5);
+                const double lever = away / flib::bohr_radius;
+                EXPECT_NEAR(m, 1e-5 * std::hypot(1, lever), 0.6 * m);
+                EXPECT_NEAR(noise_of_values(d.velocity_quadrupole, c), std::sqrt(2) * m, 1e-12);
+                EXPECT_EQ(exact.derivatives.magnetic_dipole.noise[c], 0);
+                const moment_derivatives& all_parts = d.velocity_dipole;
+                EXPECT_NEAR(all_parts.uncertainty(c, 1),
+                            std::hypot(all_parts.rounding[c], all_parts.noise[c],
+                                       made.velocity_rules.step_scale * all_parts.step(c, 1)),
+                            1e-12);
+            }
+        }
+        EXPECT_GT(velocity, 55) << away;
+        EXPECT_LT(velocity, 85) << away;
+        EXPECT_GT(magnetic, 55) << away;
+        EXPECT_LT(magnetic, 90) << away;
+    }
 }
 
 }  // namespace

@@ -1,26 +1,19 @@
 // What a call writes must not be what it reads, nor anything else that would be missed.
 #pragma once
 
-#include <optional>
 #include <span>
 #include <string>
-#include <string_view>
-#include <vector>
+
+#include "sgn/result/output_kind.h"
 
 namespace tools {
-
-/// What the tools write to files.
-enum class output_kind { json, page, checkpoint, modes, table, vibronic, result_file };
 
 /// A file that a call is to write.
 struct planned_output {
     std::string option;  ///< that asks for it: "--json"
     std::string file;    ///< or "-", standard output
-    output_kind kind;
+    sgn::output_kind kind;
 };
-
-/// Which of our outputs begins like `text`; nullopt if none does.
-std::optional<output_kind> kind_that_begins(std::string_view text);
 
 /// Throws flib::run_error, which names both, if one of the outputs is an input of the call (that
 /// file, by whatever name or link), or another one of the outputs; and if it would take the place

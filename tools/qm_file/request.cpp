@@ -125,7 +125,7 @@ request request_of(std::span<const std::string_view> arguments) {
                 "before the quantity " +
                 *asked.json);
         }
-        const tools::planned_output output{"--json", *asked.json, tools::output_kind::json};
+        const tools::planned_output output{"--json", *asked.json, sgn::output_kind::json};
         tools::require_harmless({&output, 1}, names, overwrite);
     }
     if (names.empty()) throw flib::run_error("no file is given (see --help)");

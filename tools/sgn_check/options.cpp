@@ -45,7 +45,7 @@ options parse_options(std::span<const std::string_view> arguments) {
     if (result.shown) return result;
     std::vector<tools::planned_output> outputs;
     if (result.csv) outputs.push_back({"--csv", "-", {}});
-    if (result.json) outputs.push_back({"--json", *result.json, tools::output_kind::json});
+    if (result.json) outputs.push_back({"--json", *result.json, sgn::output_kind::json});
     tools::require_harmless(outputs, line.names, result.overwrite);
     if (line.names.size() < 2) {
         throw flib::run_error("needs a reference and files to check (usage: sgn_check " +

@@ -25,7 +25,8 @@ std::string derivatives_csv(const sgn::report& of) {
     if (of.set.has_moments) {
         text +=
             ",velocity_x,velocity_y,velocity_z,magnetic_x,magnetic_y,magnetic_z,"
-            "quadrupole_xx,quadrupole_yy,quadrupole_zz,quadrupole_xy,quadrupole_xz,quadrupole_yz";
+            "quadrupole_xx,quadrupole_yy,quadrupole_zz,quadrupole_xy,quadrupole_xz,quadrupole_yz,"
+            "velocity_uncertainty,magnetic_uncertainty,quadrupole_uncertainty";
     }
     text += "\r\n";
     const auto& d = of.derivatives;
@@ -37,6 +38,10 @@ std::string derivatives_csv(const sgn::report& of) {
         fields.push_back(csv_real(std::ranges::max(of.uncertainties.total.row(c))));
         for (const auto& [name, derivatives] : other_derivatives(d)) {
             if (of.set.has_moments) add(fields, derivatives->values.row(c));
+        }
+        for (const auto& [name, derivatives] : other_derivatives(d)) {
+            if (!of.set.has_moments) break;
+            fields.push_back(csv_real(std::ranges::max(derivatives->uncertainty.row(c))));
         }
         text += tools::csv_line(fields);
     }

@@ -89,7 +89,9 @@ json_value json_of(const sgn::moment_derivatives& of) {
     if (of.values.rows == 0) return nullptr;
     return {{"values", json_of(of.values)},
             {"rounding", of.rounding},
-            {"step_errors", json_of(of.step)}};
+            {"noise", of.noise},
+            {"step_errors", json_of(of.step)},
+            {"uncertainties", json_of(of.uncertainty)}};
 }
 
 }  // namespace

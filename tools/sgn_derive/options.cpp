@@ -53,7 +53,7 @@ std::vector<std::string> inputs_of(const std::vector<std::string>& names) {
 /// Whatever else is wrong: a result goes to a place of its own. In "--json ref.sgn a.sgn" the name
 /// of the file to be written was forgotten.
 void check_outputs(const options& of, std::vector<std::string> read) {
-    using tools::output_kind;
+    using sgn::output_kind;
     std::vector<tools::planned_output> outputs;
     const auto add = [&](const char* option, const auto& file, output_kind kind) {
         if (file) outputs.push_back({option, *file, kind});

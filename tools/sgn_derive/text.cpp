@@ -8,6 +8,7 @@
 #include "flib/io/fixed_field.h"
 #include "flib/io/stop_run.h"
 #include "flib/util/units.h"
+#include "sgn/set/decimals.h"
 #include "sgn/set/geometry.h"
 #include "sgn/set/input_numbers.h"
 #include "sgn/set/listed.h"
@@ -112,6 +113,10 @@ std::string coordinate_text(const sgn::report& of, std::size_t c) {
            left(flib::printable(of.set.atoms[c / 3].symbol), 3) + axis_names[c % 3];
 }
 
+std::string noise_text(double noise) {
+    return flib::scientific_field(noise, 7, 1) + " au";
+}
+
 std::string dipole_text(const sgn::report& of, const tools::terminal& on, bool by_angstrom) {
     const auto& d = of.derivatives;
     const sgn::vec3& dipole = of.set.jobs.front().dipole;
@@ -122,7 +127,7 @@ std::string dipole_text(const sgn::report& of, const tools::terminal& on, bool b
     std::string uncertain = "), and what makes them uncertain: the rounding of the dipoles to " +
                             std::to_string(of.set.dipole_decimals) + " decimals";
     if (of.dipole_rules.noise > 0) {
-        uncertain += ", noise of " + flib::scientific_field(of.dipole_rules.noise, 7, 1) + " au";
+        uncertain += ", noise of " + noise_text(of.dipole_rules.noise);
     }
     uncertain += of.signs.unseen.empty() ? " and the size of the steps"
                                          : ", the size of the steps, and signs that would not be "
@@ -165,9 +170,8 @@ std::string moment_table(const sgn::report& of, const sgn::moment_derivatives& d
         for (const double value : derivatives.values.row(c)) {
             text += number(value / step, width, decimals);
         }
-        const double uncertainty =
-            std::hypot(derivatives.rounding[c], std::ranges::max(derivatives.step.row(c)));
-        text += number(uncertainty / step, last_width, decimals);
+        text +=
+            number(std::ranges::max(derivatives.uncertainty.row(c)) / step, last_width, decimals);
         if (c % 3 == 0) text += place_text(of.set.atoms[c / 3], c / 3);
         text += '\n';
     }
@@ -187,17 +191,26 @@ std::string moments_text(const sgn::report& of, const tools::terminal& on, bool 
     static constexpr std::string_view axes[] = {"x", "y", "z"};
     static constexpr std::string_view products[] = {"xx", "yy", "zz", "xy", "xz", "yz"};
     const auto& d = of.derivatives;
+    const auto& decimals = of.set.moment_decimals;
     const auto table = [&](const std::string& name, const sgn::moment_derivatives& derivatives,
                            std::span<const std::string_view> components,
-                           std::span<const double> reference) {
-        const char* const unit = by_angstrom ? " (au, by Angstrom)" : " (au, by Bohr)";
-        return '\n' + paragraph("Derivatives of the " + name + unit, on) +
+                           std::span<const double> reference, int digits) {
+        std::string title =
+            "Derivatives of the " + name + (by_angstrom ? " (au, by Angstrom)" : " (au, by Bohr)");
+        if (derivatives.noise.front() > 0) {
+            const double noise = derivatives.noise.front() / derivatives.rounding.front() *
+                                 sgn::rounding_error(digits);
+            title += ", with noise of " + noise_text(noise);
+        }
+        return '\n' + paragraph(title, on) +
                moment_table(of, derivatives, components, reference, by_angstrom);
     };
-    return table("velocity dipole", d.velocity_dipole, axes, moments->velocity_dipole) +
-           table("magnetic dipole", d.magnetic_dipole, axes, moments->magnetic_dipole) +
+    return table("velocity dipole", d.velocity_dipole, axes, moments->velocity_dipole,
+                 decimals[0]) +
+           table("magnetic dipole", d.magnetic_dipole, axes, moments->magnetic_dipole,
+                 decimals[1]) +
            table("velocity quadrupole", d.velocity_quadrupole, products,
-                 moments->velocity_quadrupole);
+                 moments->velocity_quadrupole, decimals[2]);
 }
 
 std::string rule_line(const char* name, const sum_rules& rules, const tools::terminal& on) {

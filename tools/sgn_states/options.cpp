@@ -37,7 +37,7 @@ std::vector<std::string> inputs_of(const options& of) {
 std::vector<tools::planned_output> outputs_of(const options& of) {
     std::vector<tools::planned_output> outputs;
     if (of.csv) outputs.push_back({"--csv", "-", {}});
-    if (of.json) outputs.push_back({"--json", *of.json, tools::output_kind::json});
+    if (of.json) outputs.push_back({"--json", *of.json, sgn::output_kind::json});
     return outputs;
 }
 

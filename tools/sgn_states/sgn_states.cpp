@@ -43,7 +43,7 @@ void prepare_places(const sgn_states::options& how, const sgn::reference_set& re
     for (const std::string& name : names) {
         for (const sgn::reference_state& state : reference.states) {
             outputs.push_back({"--write", sgn::state_file_name(name, state.state),
-                               tools::output_kind::result_file});
+                               sgn::output_kind::result_file});
         }
     }
     tools::require_harmless(outputs, inputs_of(how), how.overwrite);

@@ -99,6 +99,7 @@ report analyse_whole(displaced_set&& set, bool sum_rules) {
             each->why_not = "sum rules are not wanted";
         }
     }
+    add_noise(result.derivatives, result.set, sum_rules);
     result.signs = proof_of(result.set, d, result.dipole_rules, result.suspects);
     result.uncertainties = uncertainties_of(result.set, d, result.dipole_rules, result.signs);
     if (result.set.has_forces) add_forces(result);

@@ -9,14 +9,14 @@ namespace sgn {
 namespace {
 
 /// As many as a result file gives of a number below 1.
-constexpr std::array powers{1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10};
-static_assert(powers.size() == most_decimals + 1);
+constexpr std::array powers_of_ten{1e0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6, 1e7, 1e8, 1e9, 1e10};
+static_assert(powers_of_ten.size() == most_decimals + 1);
 
 /// So many different values do not end in zeros by chance.
 constexpr std::size_t enough = 8;
 
 bool has_decimals(double magnitude, int decimals) {
-    const double shifted = magnitude * powers[static_cast<std::size_t>(decimals)];
+    const double shifted = magnitude * powers_of_ten[static_cast<std::size_t>(decimals)];
     return std::abs(shifted - std::round(shifted)) <= 1e-10 * shifted + 1e-12;
 }
 
@@ -35,7 +35,7 @@ int decimals_seen::decimals() const {
 
 double rounding_error(int decimals) {
     // Of a uniform distribution whose width is one unit of the last decimal.
-    return 1 / (2 * std::numbers::sqrt3 * powers[static_cast<std::size_t>(decimals)]);
+    return 1 / (2 * std::numbers::sqrt3 * powers_of_ten[static_cast<std::size_t>(decimals)]);
 }
 
 }  // namespace sgn

@@ -28,7 +28,7 @@ struct equation {
     bool extrapolated = false;  // of_smallest differs
 };
 
-direction displacement_of(const displaced_set& set, std::size_t plus, std::size_t minus) {
+direction displacement_between(const displaced_set& set, std::size_t plus, std::size_t minus) {
     std::vector<vec3> shift = set.jobs[plus].moved.shift;
     for (std::size_t i = 0; minus != 0 && i < shift.size(); ++i) {
         shift[i] = scaled(0.5, difference(shift[i], set.jobs[minus].moved.shift[i]));
@@ -44,7 +44,7 @@ std::vector<equation> single_equations(const displaced_set& set) {
         const bool paired = each.is == role::paired;
         if (!(paired && each.other > i) && each.is != role::one_sided) continue;
         const std::size_t minus = paired ? each.other : 0;
-        equation made{displacement_of(set, i, minus),
+        equation made{displacement_between(set, i, minus),
                       Eigen::RowVectorXd::Zero(index(set.jobs.size()))};
         made.parts[index(i)] = paired ? 0.5 : 1;
         made.parts[index(minus)] = paired ? -0.5 : -1;

@@ -23,6 +23,8 @@ struct moment_derivatives {
     table values;                  ///< 3N x 3, or 3N x 6 of a quadrupole
     std::vector<double> rounding;  ///< 3N: from the digits, the same for all components
     table step;                    ///< 3N x components: from the size of the displacements
+    std::vector<double> noise{};   ///< 3N: from noise, once add_noise() has seen the sums
+    table uncertainty{};           ///< 3N x components: all of them together, from then on
 };
 
 /// Coordinates are in the order 1x 1y 1z 2x ...: 3N for N atoms. All in atomic units, per Bohr.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numbers>
 #include <utility>
 
 #include <Eigen/Geometry>
@@ -238,8 +239,8 @@ constexpr double moment_step = 2;
 /// Of a vector that turns along: `read` gives that of each job, with so many decimals; `lever` are
 /// errors from the size of the steps beside its own, or nothing.
 template <class Read>
-sum_rules rules_of_moment(const displaced_set& set, const derivatives& of, Read read, int decimals,
-                          const table& lever = {}) {
+sum_rules rules_of_moment(const displaced_set& set, const derivatives& of, double part_of_step,
+                          Read read, int decimals, const table& lever = {}) {
     sum_rules result;
     result.why_not =
         set.has_moments ? why_not(set, of) : "the files hold no other moments than the dipole";
@@ -255,7 +256,7 @@ sum_rules rules_of_moment(const displaced_set& set, const derivatives& of, Read 
         made.step.values[i] = std::hypot(made.step.values[i], lever.values[i]);
     }
     return rules(set, of, view(made.values), read(set.jobs.front()), made.step, decimals,
-                 moment_noise * dipole_rules(set, of).noise, moment_step);
+                 moment_noise * dipole_rules(set, of).noise, part_of_step);
 }
 
 /// That of the atoms, where a job has them (Bohr).
@@ -267,15 +268,14 @@ Eigen::Vector3d centroid_of(const displaced_set& set, const displaced_job& of) {
     return total / (flib::bohr_radius * static_cast<double>(set.atoms.size()));
 }
 
-}  // namespace
-
-sum_rules velocity_rules(const displaced_set& set, const derivatives& of) {
+sum_rules velocity_rules(const displaced_set& set, const derivatives& of, double part_of_step) {
     return rules_of_moment(
-        set, of, [](const displaced_job& job) { return vector(job.moments->velocity_dipole); },
+        set, of, part_of_step,
+        [](const displaced_job& job) { return vector(job.moments->velocity_dipole); },
         set.moment_decimals[0]);
 }
 
-sum_rules magnetic_rules(const displaced_set& set, const derivatives& of) {
+sum_rules magnetic_rules(const displaced_set& set, const derivatives& of, double part_of_step) {
     const auto about_centroid = [&](const displaced_job& job) -> Eigen::Vector3d {
         const Eigen::Vector3d velocity = vector(job.moments->velocity_dipole);
         return vector(job.moments->magnetic_dipole) - centroid_of(set, job).cross(velocity);
@@ -290,9 +290,49 @@ sum_rules magnetic_rules(const displaced_set& set, const derivatives& of) {
     const Eigen::Matrix3Xd x = centred(set.atoms, Eigen::VectorXd::Ones(index(set.atoms.size())));
     const double size = x.colwise().norm().maxCoeff();
     for (double& each : lever.values) each *= size;
-    return rules_of_moment(set, of, about_centroid,
+    return rules_of_moment(set, of, part_of_step, about_centroid,
                            std::clamp(set.moment_decimals[0] - lost, 0, set.moment_decimals[1]),
                            lever);
+}
+
+/// `noise` is that of the values, which have so many decimals (standard deviations, au).
+void add_noise(moment_derivatives& of, double noise, int decimals, double step_scale) {
+    const double factor = noise / rounding_error(decimals);
+    of.noise.clear();
+    for (const double rounding : of.rounding) of.noise.push_back(rounding * factor);
+    of.uncertainty = of.step;
+    for (std::size_t c = 0; c < of.step.rows; ++c) {
+        for (std::size_t k = 0; k < of.step.columns; ++k) {
+            of.uncertainty(c, k) =
+                std::hypot(of.rounding[c], of.noise[c], step_scale * of.step(c, k));
+        }
+    }
+}
+
+}  // namespace
+
+sum_rules velocity_rules(const displaced_set& set, const derivatives& of) {
+    return velocity_rules(set, of, moment_step);
+}
+
+sum_rules magnetic_rules(const displaced_set& set, const derivatives& of) {
+    return magnetic_rules(set, of, moment_step);
+}
+
+void add_noise(derivatives& of, const displaced_set& set, bool sum_rules) {
+    if (!set.has_moments || !of.complete()) return;
+    // Large errors of the steps would hide the noise: nothing is judged here.
+    const auto velocity =
+        sum_rules ? velocity_rules(set, of, step_error_in_sums) : sgn::sum_rules{};
+    const auto magnetic =
+        sum_rules ? magnetic_rules(set, of, step_error_in_sums) : sgn::sum_rules{};
+    const double noise =
+        std::hypot(magnetic.noise, centroid_of(set, set.jobs.front()).norm() * velocity.noise);
+    const auto& decimals = set.moment_decimals;
+    add_noise(of.velocity_dipole, velocity.noise, decimals[0], velocity.step_scale);
+    add_noise(of.magnetic_dipole, noise, decimals[1], magnetic.step_scale);
+    // The noise of xx = 2 x d/dx is larger than that of xy = x d/dy + y d/dx.
+    add_noise(of.velocity_quadrupole, std::numbers::sqrt2 * noise, decimals[2], 1);
 }
 
 }  // namespace sgn

@@ -103,4 +103,12 @@ sum_rules velocity_rules(const displaced_set& set, const derivatives& of);
 /// each geometry, m - X_0 x v, it obeys the rules of the dipole, which are judged.
 sum_rules magnetic_rules(const displaced_set& set, const derivatives& of);
 
+/// Adds to the derivatives of the other moments what noise makes them uncertain by, and all parts
+/// together. The noise of the velocity dipole and of the magnetic dipole about the centroid is what
+/// explains their sums best, as that of the dipole; about the origin there is that of the velocity
+/// dipole at the centroid's distance besides. The sums of the quadrupole are not judged: it is the
+/// symmetric part of the tensor <0| r del |n>, the antisymmetric part of which is the magnetic
+/// dipole, and so as noisy as that. Without `sum_rules` nothing is known of noise.
+void add_noise(derivatives& of, const displaced_set& set, bool sum_rules = true);
+
 }  // namespace sgn
