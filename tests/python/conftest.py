@@ -2,6 +2,7 @@
 
 import json
 import os
+import shutil
 import subprocess
 from pathlib import Path
 
@@ -38,8 +39,8 @@ def json_of(tool, *arguments, cwd, **how):
 
 @pytest.fixture
 def water(tmp_path, monkeypatch):
-    """A directory with the bundled set, which is the working directory."""
+    """A directory with a copy of the bundled set, which is the working directory."""
     for file in WATER.glob("h2o*"):
-        (tmp_path / file.name).symlink_to(file)
+        shutil.copyfile(file, tmp_path / file.name)
     monkeypatch.chdir(tmp_path)
     return tmp_path
