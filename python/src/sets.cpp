@@ -69,7 +69,9 @@ py::object moment_or_none(const sgn::moment_derivatives& of) {
     py::dict values;
     values["values"] = array_of(of.values);
     values["rounding"] = array_of(of.rounding);
+    values["noise"] = array_of(of.noise);
     values["step_errors"] = array_of(of.step);
+    values["uncertainties"] = array_of(of.uncertainty);
     return values;
 }
 

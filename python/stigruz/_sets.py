@@ -57,12 +57,15 @@ class MomentDerivatives:
     """Derivatives of a transition moment by 1x 1y 1z 2x ..., atomic units by Bohr.
 
     values: (3N, 3), or (3N, 6) of a quadrupole (xx, yy, zz, xy, xz, yz)
-    rounding: (3N,), standard deviation from the digits; step_errors: as values, from the step
+    rounding, noise: (3N,), standard deviations from the digits and from jobs that converged less
+    step_errors: as values, from the step; uncertainties: as values, of all together
     """
 
     values: Floats
     rounding: Floats
+    noise: Floats
     step_errors: Floats
+    uncertainties: Floats
 
 
 @dataclass(frozen=True, eq=False)
