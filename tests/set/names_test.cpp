@@ -40,7 +40,6 @@ TEST(OddNames, AreShownInPrintableCharacters) {
                {"a partner that is missing", ended([&] { differentiate(without_partner); })},
                {"a sign that is not seen", reservation_of(unseen, names)},
                {"signs that fit as well", reservation_of(dark, names)},
-               {"a displacement", set.jobs[1].moved.text(odd)},
                {"an element", ended([&] { set_of_arrays(std::vector{odd}, {}, {}, {}); })}};
     for (const auto& [what, text] : all) {
         EXPECT_THAT(text, testing::HasSubstr("a\\x1B[2J")) << what;
