@@ -353,6 +353,8 @@ TEST(Suspects, OfSetsThatAreWrongInOtherWays) {
         return verdict(model::reference(of), files);
     };
     EXPECT_EQ(dark(0.2, {20, 26}), "failed: 4y+: 5y+");
+    // The likeliest first, though each of the others is of a single sign.
+    EXPECT_EQ(dark(0.05, {10, 11}), "satisfied: 2z+ 2z-: 2z+: 2z-");
     EXPECT_EQ(dark(0.2, {9, 15}), "failed: 2y- 3y-");
     EXPECT_EQ(dark(1, {1, 7, 15, 21}), "failed: 1x- 2x- 3y- 4y-");
     EXPECT_EQ(dark(1, {1, 7, 15, 21, 29}), "failed, unsound");
