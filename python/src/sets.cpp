@@ -335,7 +335,7 @@ std::string checkpoint_with_energy(const set_report& of,
     if (of.reference.empty()) {
         throw flib::run_error("arrays tell no energy: name the reference's checkpoint as template");
     }
-    const std::string beside = sgn::file_beside(of.reference, ".fchk");
+    std::string beside = sgn::file_beside(of.reference, ".fchk");
     if (std::error_code ignored; std::filesystem::exists(beside, ignored)) return beside;
     throw flib::run_error("there is no " + flib::printable(beside) +
                           ", which would tell the energy: name another one as template");
