@@ -12,6 +12,10 @@ fi
 
 if [ "$(id -u)" -eq 0 ]; then prefix=/usr/local; else prefix=$HOME/.local; fi
 prefix=${1:-$prefix}
+if [[ $prefix = -* ]]; then
+    echo "usage: install.sh [-j N] [PREFIX]" >&2
+    exit 2
+fi
 
 # All that is missing is named at once; but the headers of the other tools can be done without.
 if ! scripts/setup.sh build tools; then
