@@ -239,14 +239,16 @@ struct tally {
     }
 };
 
+/// Right sets, of up to so many atoms.
+struct row_of_right_sets {
+    const char* name;
+    kind what;
+    precision how;
+    std::size_t most;
+};
+
 void right_sets_and_coverage(int sets) {
-    struct row {
-        const char* name;
-        kind what;
-        precision how;
-        std::size_t most;
-    };
-    const row rows[] = {
+    const row_of_right_sets rows[] = {
         {"4 decimals", kind::pairs, {4, 0}, 100},
         {"9 decimals", kind::pairs, {9, 0}, 100},
         {"9, two steps", kind::two_steps, {9, 0}, 30},
@@ -261,7 +263,7 @@ void right_sets_and_coverage(int sets) {
     };
     std::printf("%-26s %5s %7s %7s %7s | %8s %8s %8s\n", "right sets", "sets", "alarms", "mean",
                 "99 %", "within 1", "within 2", "within 3");
-    for (const row& each : rows) {
+    for (const row_of_right_sets& each : rows) {
         int alarms = 0;
         tally mean_square;
         tally off;
@@ -415,13 +417,7 @@ struct moment_model {
 
 /// How far the derivatives of the other moments are off, in their uncertainties.
 void moments_coverage(int sets) {
-    struct row {
-        const char* name;
-        kind what;
-        precision how;
-        std::size_t most;
-    };
-    const row rows[] = {
+    const row_of_right_sets rows[] = {
         {"9 decimals", kind::pairs, {9, 0}, 100},
         {"9, noise 1e-5", kind::pairs, {9, 1e-5}, 100},
         {"9, two steps, noise 1e-6", kind::two_steps, {9, 1e-6}, 30},
@@ -430,7 +426,7 @@ void moments_coverage(int sets) {
     };
     std::printf("%-26s %5s %7s | %20s | %20s | %20s\n", "other moments", "sets", "alarms",
                 "velocity 1, 2, 3", "magnetic 1, 2, 3", "quadrupole 1, 2, 3");
-    for (const row& each : rows) {
+    for (const row_of_right_sets& each : rows) {
         int alarms = 0;
         tally off[3];
         for (int i = 0; i < sets; ++i) {

@@ -119,12 +119,6 @@ struct whole_job {
         : is(sgn::read_job(files)), full_x(sgn::take_full_coordinates(is)) {}
 };
 
-/// The values of a root, with the dipole of the checkpoint where there is one.
-sgn::root_values best_values(sgn::root_values values, const std::optional<sgn::full_digits>& full) {
-    if (full) values.dipole = full->dipole;
-    return values;
-}
-
 /// Of one state; None where only the log tells.
 void add_moments(py::dict& to, const std::optional<sgn::full_digits>& full) {
     for (const char* name : {"velocity_dipole", "magnetic_dipole", "velocity_quadrupole"}) {

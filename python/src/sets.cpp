@@ -384,20 +384,9 @@ std::unique_ptr<set_report> report_on_files(const py::object& reference, const p
     }
     auto made = std::make_unique<set_report>();
     made->reference = wanted.reference;
-    made->inputs = wanted.files;
-    made->inputs.push_back(wanted.reference);
-    const bool of_jobs = sgn::is_job(wanted.reference);
-    for (std::size_t i = 0; i <= wanted.files.size(); ++i) {
-        const std::string file = made->inputs[i];
-        if (of_jobs) {
-            const sgn::job_files each = sgn::files_beside(file);
-            made->inputs.push_back(each.log);
-            made->inputs.push_back(each.dump);
-        } else {
-            made->inputs.push_back(sgn::file_beside(file, ".fchk"));
-            made->inputs.push_back(sgn::file_beside(file, std::string(sgn::suffix::log)));
-        }
-    }
+    std::vector<std::string> names = wanted.files;
+    names.push_back(wanted.reference);
+    made->inputs = files_read_for(names, wanted.find);
     const interruption interrupted(progress);
     without_lock([&] {
         made->made = sgn::report_on(

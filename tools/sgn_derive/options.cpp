@@ -7,11 +7,8 @@
 #include "common/number_ranges.h"
 #include "common/outputs.h"
 #include "flib/io/stop_run.h"
-#include "flib/util/file.h"
 #include "sgn/check/files_report.h"
 #include "sgn/checkpoint/fcc_files.h"
-#include "sgn/job/job_files.h"
-#include "sgn/set/set_moments.h"
 
 namespace sgn_derive {
 namespace {
@@ -32,22 +29,6 @@ void take_family(const std::string& name, std::optional<std::string>& into) {
             flib::quoted(name) + " is none");
     }
     into = name;
-}
-
-/// What is read of a set: of a job its log and its dump, too, and what lies beside a result file.
-std::vector<std::string> inputs_of(const std::vector<std::string>& names) {
-    std::vector<std::string> files;
-    for (const std::string& name : names) {
-        files.push_back(name);
-        if (sgn::is_job(name)) {
-            files.push_back(flib::name_main(name) + std::string(sgn::suffix::log));
-            files.push_back(flib::name_main(name) + std::string(sgn::suffix::amplitudes));
-        } else {
-            files.push_back(sgn::file_beside(name, ".fchk"));
-            files.push_back(sgn::file_beside(name, std::string(sgn::suffix::log)));
-        }
-    }
-    return files;
 }
 
 /// Whatever else is wrong: a result goes to a place of its own. In "--json ref.sgn a.sgn" the name
@@ -137,7 +118,7 @@ options parse_options(std::span<const std::string_view> arguments) {
         }
         return result;
     }
-    check_outputs(result, inputs_of(line.names));
+    check_outputs(result, sgn::files_read_for(line.names));
     if (line.names.size() < 2) {
         throw flib::run_error("needs a reference and displaced files (usage: sgn_derive " +
                               std::string(usage) + ")");

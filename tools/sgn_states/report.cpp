@@ -177,12 +177,6 @@ tools::json_value nearest_json(const std::optional<sgn::near_state>& of) {
     return {{"root", of->root}, {"distance", of->distance * flib::hartree_energy}};
 }
 
-/// With the dipole of the checkpoint where there is one.
-root_values best_values(root_values values, const std::optional<sgn::full_digits>& full) {
-    if (full) values.dipole = full->dipole;
-    return values;
-}
-
 /// The moments that a checkpoint alone tells.
 void add_moments(tools::json_value& to, const std::optional<sgn::full_digits>& full) {
     const sgn::other_moments of = full.value_or(sgn::full_digits{}).moments;

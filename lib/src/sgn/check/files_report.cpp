@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "flib/io/stop_run.h"
+#include "sgn/job/job_files.h"
 #include "sgn/job/same_file.h"
 #include "sgn/result/sgn_file.h"
 #include "sgn/set/centre.h"
@@ -93,6 +94,22 @@ files_report report_on_result_files(const set_files& wanted, const report_listen
 
 bool is_job(std::string_view name) {
     return name.ends_with(".fchk");
+}
+
+std::vector<std::string> files_read_for(std::span<const std::string> names,
+                                        job_files (*find)(const std::string& checkpoint)) {
+    std::vector<std::string> read;
+    for (const std::string& name : names) {
+        read.push_back(name);
+        if (is_job(name)) {
+            const job_files beside = find(name);
+            read.insert(read.end(), {beside.log, beside.dump});
+        } else {
+            read.insert(read.end(),
+                        {file_beside(name, ".fchk"), file_beside(name, std::string(suffix::log))});
+        }
+    }
+    return read;
 }
 
 files_report report_on(const set_files& wanted, const report_listener& listener) {

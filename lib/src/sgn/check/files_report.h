@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,6 +24,12 @@ struct set_files {
     /// Where the log and the dump of a checkpoint are: files_of or files_beside.
     job_files (*find)(const std::string& checkpoint) = files_of;
 };
+
+/// What is read of a set of these names: of a job its log and dump too, as `find` tells them, and
+/// what may lie beside a result file. Throws as `find` does.
+std::vector<std::string> files_read_for(
+    std::span<const std::string> names,
+    job_files (*find)(const std::string& checkpoint) = files_of);
 
 /// Who is told how far it is, and what should be known beside the report, a line each.
 struct report_listener {

@@ -104,6 +104,11 @@ root_values values_of(const job& now, std::int32_t root) {
             {now.tdip(1, root), now.tdip(2, root), now.tdip(3, root)}};
 }
 
+root_values best_values(root_values values, const std::optional<full_digits>& full) {
+    if (full) values.dipole = full->dipole;
+    return values;
+}
+
 std::optional<near_state> nearest_to(const job& now, std::int32_t root) {
     std::optional<near_state> nearest;
     const double energy = values_of(now, root).energy;

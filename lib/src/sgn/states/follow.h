@@ -41,6 +41,9 @@ struct root_values {
 /// The values of `root` (from 1 on), as the log prints them.
 root_values values_of(const job& now, std::int32_t root);
 
+/// The same with the dipole of the checkpoint, if there is one.
+root_values best_values(root_values values, const std::optional<full_digits>& full);
+
 /// A state of the reference that is to be followed.
 struct reference_state {
     std::int32_t state = 0;  ///< from 1 on
