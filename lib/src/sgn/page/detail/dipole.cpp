@@ -10,6 +10,7 @@
 
 namespace sgn::page {
 namespace {
+namespace dipole {
 
 using flib::decimal;
 using sgn::displaced_job;
@@ -98,11 +99,12 @@ std::string panel_of(const sgn::report& of, std::size_t k, double from) {
            marks_before + marks_after;
 }
 
+}  // namespace dipole
 }  // namespace
 
 std::vector<std::string> short_names(const sgn::displaced_set& set) {
     std::vector<std::string> names;
-    for (const displaced_job& each : set.jobs) names.push_back(stem_of(each.name));
+    for (const displaced_job& each : set.jobs) names.push_back(dipole::stem_of(each.name));
     // What all displaced jobs begin with, cut between words only.
     const std::string first = names.back();
     std::size_t shared = first.size();
@@ -121,6 +123,7 @@ std::vector<std::string> short_names(const sgn::displaced_set& set) {
 }
 
 std::string dipole_drawing(const sgn::report& of) {
+    using namespace dipole;
     const std::size_t jobs = of.set.jobs.size();
     std::string text;
     double at = top;

@@ -11,6 +11,7 @@
 
 namespace sgn::page {
 namespace {
+namespace modes {
 
 using flib::decimal;
 using sgn::normal_mode;
@@ -21,6 +22,7 @@ constexpr double right = 24;
 constexpr double top = 34;
 constexpr double bottom = 270;
 
+}  // namespace modes
 }  // namespace
 
 bool has_own_intensity(const sgn::report& of) {
@@ -35,6 +37,7 @@ double borrowed_by(const sgn::report& of, const normal_mode& mode) {
 }
 
 std::string modes_drawing(const sgn::report& of) {
+    using namespace modes;
     double low = 0;
     double high = 100;
     std::vector<double> heights;

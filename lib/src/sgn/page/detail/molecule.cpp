@@ -14,6 +14,7 @@
 
 namespace sgn::page {
 namespace {
+namespace molecule {
 
 using sgn::vec3;
 using svg::point;
@@ -127,9 +128,11 @@ std::string frame_of(const view& from) {
     return text;
 }
 
+}  // namespace molecule
 }  // namespace
 
 std::string molecule_drawing(const sgn::report& of) {
+    using namespace molecule;
     const std::vector<sgn::atom>& atoms = of.set.atoms;
     const view from = view_of(atoms);
     std::vector<vec3> at;

@@ -9,6 +9,7 @@
 
 namespace sgn::page {
 namespace {
+namespace rules {
 
 constexpr double width = 1000;
 constexpr double name_width = 196;
@@ -64,9 +65,11 @@ std::string axis_of(const bars& on, std::string_view title) {
     return text;
 }
 
+}  // namespace rules
 }  // namespace
 
 std::string rules_drawing(const sgn::report& of) {
+    using namespace rules;
     const sgn::sum_rules& found = of.dipole_rules;
     const double most = std::max(6.0, 1.15 * found.largest);
     const bars moving{0, most};
