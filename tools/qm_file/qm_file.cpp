@@ -115,7 +115,9 @@ int show_probe(const request& asked) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+namespace qm_file {
+
+int run_program(int argc, char** argv) {
     return tools::run_tool("qm_file", argc, argv, [](std::span<const std::string_view> arguments) {
         const request asked = qm_file::request_of(arguments);
         if (asked.shown) {
@@ -125,3 +127,5 @@ int main(int argc, char** argv) {
         return asked.routine ? show_probe(asked) : show_files(asked);
     });
 }
+
+}  // namespace qm_file

@@ -121,6 +121,10 @@ int run(std::span<const std::string_view> arguments) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+namespace sgn_derive {
+
+int run_program(int argc, char** argv) {
     return tools::run_tool(tool, argc, argv, run);
 }
+
+}  // namespace sgn_derive

@@ -58,6 +58,10 @@ int run(std::span<const std::string_view> arguments) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+namespace sgn_displace {
+
+int run_program(int argc, char** argv) {
     return tools::run_tool("sgn_displace", argc, argv, run);
 }
+
+}  // namespace sgn_displace

@@ -91,6 +91,10 @@ int follow_states(std::span<const std::string_view> arguments) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+namespace sgn_states {
+
+int run_program(int argc, char** argv) {
     return tools::run_tool("sgn_states", argc, argv, follow_states);
 }
+
+}  // namespace sgn_states
