@@ -71,6 +71,7 @@ py::object moment_or_none(const sgn::moment_derivatives& of) {
     values["rounding"] = array_of(of.rounding);
     values["noise"] = array_of(of.noise);
     values["step_errors"] = array_of(of.step);
+    values["step_scale"] = of.step_scale;
     values["uncertainties"] = array_of(of.uncertainty);
     return values;
 }

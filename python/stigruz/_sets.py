@@ -58,13 +58,15 @@ class MomentDerivatives:
 
     values: (3N, 3), or (3N, 6) of a quadrupole (xx, yy, zz, xy, xz, yz)
     rounding, noise: (3N,), standard deviations from the digits and from jobs that converged less
-    step_errors: as values, from the step; uncertainties: as values, of all together
+    step_errors: as values, from the step as far as one derivative tells; step_scale: what they are as a part of
+        that, as the sums tell; uncertainties: as values, of all together
     """
 
     values: Floats
     rounding: Floats
     noise: Floats
     step_errors: Floats
+    step_scale: float
     uncertainties: Floats
 
 
@@ -138,7 +140,7 @@ class SumRules:
     chi2: sum of (residue / uncertainty)^2 over all `sums`; largest: |residue| / uncertainty;
     largest_residue: |residue|, atomic units
     noise: of every value, beyond its rounding, so far as the sums see it (standard deviation, au);
-    step_scale: by how much the errors of the steps are larger than estimated
+    step_scale: what the errors of the steps are as a part of those estimated, more or less, as the sums tell
     translation, rotation: (3, components), residues: axis, component (per Bohr, per radian), and
         their uncertainties; components: 3 of the dipole, 3N of the forces
     """

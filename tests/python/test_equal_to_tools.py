@@ -96,7 +96,7 @@ def as_told_of_set(s):
         atom["place"] = i + 1
     for name in OTHERS:
         of = getattr(s, f"{name}_derivatives")
-        told[f"{name}_derivatives"] = None if of is None else picked(of, "values rounding noise step_errors uncertainties")
+        told[f"{name}_derivatives"] = None if of is None else picked(of, "values rounding noise step_errors step_scale uncertainties")
     # Without forces the tools tell zeros.
     told["forces"] = np.zeros((len(s.symbols), 3)) if s.forces is None else s.forces
     told["force_constants"] = [] if s.force_constants is None else s.force_constants

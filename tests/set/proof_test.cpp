@@ -299,7 +299,7 @@ TEST(Uncertainties, OfTheOtherMomentsHaveTheNoiseOfTheirSums) {
                 const moment_derivatives& all_parts = d.velocity_dipole;
                 EXPECT_NEAR(all_parts.uncertainty(c, 1),
                             std::hypot(all_parts.rounding[c], all_parts.noise[c],
-                                       made.velocity_rules.step_scale * all_parts.step(c, 1)),
+                                       all_parts.step_scale * all_parts.step(c, 1)),
                             1e-12);
             }
         }

@@ -91,6 +91,7 @@ json_value json_of(const sgn::moment_derivatives& of) {
             {"rounding", of.rounding},
             {"noise", of.noise},
             {"step_errors", json_of(of.step)},
+            {"step_scale", of.step_scale},
             {"uncertainties", json_of(of.uncertainty)}};
 }
 

@@ -126,13 +126,18 @@ std::vector<coordinate> missing_coordinates(const Eigen::MatrixXd& spanned) {
     return missing;
 }
 
-/// Errors of the steps, as parts of the largest derivative by the displaced atom: of a difference
-/// of two sides times the square of the step (Bohr), of one side times the step, and of an
-/// extrapolation, times the square of the longest step, as a part of what the smallest alone is off
-/// by. Two thirds of the derivatives of four states of water are off by less, all by less than
-/// three times that but for differences of one side, the tail of which is longer.
-constexpr double third_derivatives = 1.3;
+/// Errors of the steps. A difference of two sides is off by so much of its derivative, times the
+/// square of the step (Bohr), and in the same way by what is near it: third derivatives have the
+/// symmetry of first ones, and are small where those are, but for chance.
+constexpr double third_derivatives = 1.4;
+constexpr double part_of_nearby = 0.3;
+
+/// A difference of one side, times the step, as a part of the largest derivative by the displaced
+/// atom: second derivatives have another symmetry.
 constexpr double second_derivatives = 1.3;
+
+/// An extrapolation, times the square of the longest step, as a part of what the smallest alone is
+/// off by.
 constexpr double fifth_derivatives = 2.5;
 
 /// The standard deviation of a coordinate printed in Angstrom, Bohr.
@@ -140,25 +145,31 @@ double rounding_of_place(int decimals) {
     return rounding_error(decimals) / flib::bohr_radius;
 }
 
-/// What the left side of an equation is off by, per unit of the largest derivative by each atom
-/// that it displaces, squared.
-Eigen::RowVectorXd step_squares(const equation& of, int coordinate_decimals) {
+/// What the left side of an equation is off by, squared: per unit of the squares of the derivatives
+/// by each coordinate, and of the largest ones by each atom.
+struct step_squares {
+    Eigen::RowVectorXd by_coordinate;
+    Eigen::RowVectorXd by_atom;
+};
+
+step_squares squares_of(const equation& of, int coordinate_decimals) {
     // A coordinate that does not move is rounded alike everywhere.
     constexpr double moves = 1e-6;
     const double rounding =
         std::pow(rounding_of_place(coordinate_decimals), 2) * of.parts.squaredNorm();
-    Eigen::RowVectorXd squares(of.along.d.size() / 3);
-    for (Eigen::Index a = 0; a < squares.size(); ++a) {
+    const Eigen::Index coordinates = of.along.d.size();
+    step_squares squares{(of.along.d.array().abs() > moves).cast<double>() * rounding,
+                         Eigen::RowVectorXd::Zero(coordinates / 3)};
+    for (Eigen::Index a = 0; a < squares.by_atom.size(); ++a) {
         const Eigen::RowVector3d d = of.along.d.segment<3>(3 * a);
-        const double step = d.norm();
-        double error = 0;
+        const double square = d.squaredNorm();
         if (!of.paired) {
-            error = second_derivatives * step * step;
+            squares.by_atom[a] = std::pow(second_derivatives * square, 2);
         } else if (!of.extrapolated) {
-            error = third_derivatives * step * step * step;
+            const double error = std::pow(third_derivatives * square, 2);
+            squares.by_coordinate.segment<3>(3 * a) += error * d.cwiseAbs2();
+            squares.by_atom[a] = error * square * part_of_nearby * part_of_nearby;
         }
-        const auto moved = static_cast<double>((d.array().abs() > moves).count());
-        squares[a] = error * error + moved * rounding;
     }
     return squares;
 }
@@ -167,13 +178,17 @@ Eigen::RowVectorXd step_squares(const equation& of, int coordinate_decimals) {
 void see_steps(derivatives& result, const displaced_set& set,
                const std::vector<equation>& equations, const Eigen::MatrixXd& solution) {
     const Eigen::MatrixXd through = solution.cwiseAbs2();
-    Eigen::MatrixXd squares(index(equations.size()), index(set.atoms.size()));
+    Eigen::MatrixXd by_coordinate(index(equations.size()), index(3 * set.atoms.size()));
+    Eigen::MatrixXd by_atom(index(equations.size()), index(set.atoms.size()));
     std::vector<Eigen::Index> several;
     for (std::size_t e = 0; e < equations.size(); ++e) {
-        squares.row(index(e)) = step_squares(equations[e], set.coordinate_decimals);
+        const step_squares squares = squares_of(equations[e], set.coordinate_decimals);
+        by_coordinate.row(index(e)) = squares.by_coordinate;
+        by_atom.row(index(e)) = squares.by_atom;
         if (equations[e].extrapolated) several.push_back(index(e));
     }
-    result.step_squares = table_of(product(through, squares));
+    result.step_squares = table_of(product(through, by_coordinate));
+    result.atom_step_squares = table_of(product(through, by_atom));
     Eigen::MatrixXd measured(index(several.size()), index(set.jobs.size()));
     Eigen::MatrixXd measured_squares(through.rows(), measured.rows());
     for (Eigen::Index s = 0; s < measured.rows(); ++s) {
@@ -197,19 +212,28 @@ Eigen::MatrixXd largest_of_three(const Eigen::Ref<const Eigen::MatrixXd>& of, bo
     return rows ? Eigen::MatrixXd(result.transpose()) : result;
 }
 
+/// What is differentiated. A bond that is stretched makes forces whose third derivatives are large
+/// beside where first ones are, too.
+enum class quantity { moment, forces };
+
 /// The errors of the steps of `values`, rows of all jobs, whose derivatives are `all`.
 Eigen::MatrixXd step_errors(const derivatives& by, const Eigen::Ref<const Eigen::MatrixXd>& values,
-                            const Eigen::MatrixXd& all) {
+                            const Eigen::MatrixXd& all, quantity of) {
     const Eigen::MatrixXd nearby = largest_of_three(largest_of_three(all, true), false);
-    Eigen::MatrixXd squares = product(view(by.step_squares), nearby.cwiseAbs2());
+    Eigen::MatrixXd own = all;
+    for (Eigen::Index c = 0; c < own.rows() && of == quantity::forces; ++c) {
+        for (Eigen::Index k = 0; k < own.cols(); ++k) own(c, k) = nearby(c / 3, k / 3);
+    }
+    Eigen::MatrixXd squares = product(view(by.step_squares), own.cwiseAbs2());
+    const Eigen::MatrixXd of_atoms = product(view(by.atom_step_squares), nearby.cwiseAbs2());
+    for (Eigen::Index k = 0; k < all.cols(); ++k) squares.col(k) += of_atoms.col(k / 3);
     if (by.measured_steps.rows > 0) {
         const Eigen::MatrixXd change =
             largest_of_three(product(view(by.measured_steps), values), false);
-        squares += product(view(by.measured_squares), change.cwiseAbs2());
+        const Eigen::MatrixXd left = product(view(by.measured_squares), change.cwiseAbs2());
+        for (Eigen::Index k = 0; k < all.cols(); ++k) squares.col(k) += left.col(k / 3);
     }
-    Eigen::MatrixXd errors(all.rows(), all.cols());
-    for (Eigen::Index k = 0; k < all.cols(); ++k) errors.col(k) = squares.col(k / 3).cwiseSqrt();
-    return errors;
+    return squares.cwiseSqrt();
 }
 
 /// What `read` gives of every job, a row each.
@@ -221,6 +245,15 @@ table rows_of(const displaced_set& set, std::size_t columns, Read read) {
         for (std::size_t k = 0; k < columns; ++k) rows(j, k) = numbers[k];
     }
     return rows;
+}
+
+moment_derivatives derivatives_of(quantity what, const derivatives& by, const table& values,
+                                  int decimals) {
+    const Eigen::MatrixXd all = product(view(by.weights), view(values));
+    const Eigen::VectorXd error = view(by.weights).rowwise().norm() * rounding_error(decimals);
+    return {table_of(all),
+            {error.begin(), error.end()},
+            table_of(step_errors(by, view(values), all, what))};
 }
 
 double largest(const table& of) {
@@ -267,8 +300,8 @@ derivatives differentiate(const displaced_set& set) {
             for (const vec3& force : of.forces) all.insert(all.end(), force.begin(), force.end());
             return all;
         };
-        moment_derivatives forces =
-            differentiate(result, rows_of(set, 3 * atoms, components), set.force_decimals);
+        moment_derivatives forces = derivatives_of(
+            quantity::forces, result, rows_of(set, 3 * atoms, components), set.force_decimals);
         result.forces = std::move(forces.values);
         result.force_rounding = std::move(forces.rounding);
         result.force_step = std::move(forces.step);
@@ -299,10 +332,7 @@ moment_derivatives differentiate(const derivatives& by, const table& values, int
                               " cannot be differentiated: there are " +
                               std::to_string(by.weights.columns) + " jobs");
     }
-    const Eigen::MatrixXd all = product(view(by.weights), view(values));
-    const Eigen::VectorXd error = view(by.weights).rowwise().norm() * rounding_error(decimals);
-    return {
-        table_of(all), {error.begin(), error.end()}, table_of(step_errors(by, view(values), all))};
+    return derivatives_of(quantity::moment, by, values, decimals);
 }
 
 std::string text_of(const std::vector<coordinate>& coordinates, const std::vector<atom>& atoms) {

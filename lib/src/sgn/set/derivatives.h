@@ -24,6 +24,7 @@ struct moment_derivatives {
     std::vector<double> rounding;  ///< 3N: from the digits, the same for all components
     table step;                    ///< 3N x components: from the size of the displacements
     std::vector<double> noise{};   ///< 3N: from noise, once add_noise() has seen the sums
+    double step_scale = 1;         ///< what errors of the steps are as a part of `step`, likewise
     table uncertainty{};           ///< 3N x components: all of them together, from then on
 };
 
@@ -51,8 +52,10 @@ struct derivatives {
     /// single jobs go on.
     table weights;
     // What is known of errors from the size of the steps, in squares.
-    /// 3N x N: of a coordinate's derivative, times the square of the largest derivative by an atom.
+    /// 3N x 3N: of a coordinate's derivative, times the squares of those by all coordinates.
     table step_squares;
+    /// 3N x N: the same, times the square of the largest derivative by an atom.
+    table atom_step_squares;
     /// Directions with several steps x jobs: times the values of the jobs, how much the smallest
     /// step alone is off by along the direction (au), and how much of this is thought to be left.
     table measured_steps;
@@ -71,7 +74,7 @@ struct derivatives {
 derivatives differentiate(const displaced_set& set);
 
 /// The derivatives of any numbers: `values` has a row for each job of the set that `by` was made
-/// of, and a multiple of three columns, numbers that are rounded to so many decimals.
+/// of, and a multiple of three columns, moments that are rounded to so many decimals.
 moment_derivatives differentiate(const derivatives& by, const table& values, int decimals);
 
 /// "1 O x, y, z; 2 H y", and how many more if the list is long.

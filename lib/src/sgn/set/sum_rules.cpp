@@ -71,7 +71,11 @@ void explain(const rigid_motions& motions, const Eigen::MatrixXd& sums, const er
     }
     const explanation by = residue_errors(variances, known.largest_factor).explain(residues);
     result.noise = known.rounding * std::sqrt(by.noise - 1);
-    result.step_scale = std::sqrt(by.step);
+    // What is left in these sums may be thought more than usual, so that less is found wrong.
+    const double more = known.part_of_step / step_error_in_sums;
+    for (residue_variance& each : variances) each.step /= more * more;
+    result.step_scale =
+        step_scale_of(variances, residues, {by.noise, by.step > 1 ? by.step * more * more : 1});
     of.rounding *= by.noise;
     of.step *= by.step;
 }
@@ -298,6 +302,7 @@ sum_rules magnetic_rules(const displaced_set& set, const derivatives& of, double
 /// `noise` is that of the values, which have so many decimals (standard deviations, au).
 void add_noise(moment_derivatives& of, double noise, int decimals, double step_scale) {
     const double factor = noise / rounding_error(decimals);
+    of.step_scale = step_scale;
     of.noise.clear();
     for (const double rounding : of.rounding) of.noise.push_back(rounding * factor);
     of.uncertainty = of.step;
@@ -330,9 +335,11 @@ void add_noise(derivatives& of, const displaced_set& set, bool sum_rules) {
         std::hypot(magnetic.noise, centroid_of(set, set.jobs.front()).norm() * velocity.noise);
     const auto& decimals = set.moment_decimals;
     add_noise(of.velocity_dipole, velocity.noise, decimals[0], velocity.step_scale);
-    add_noise(of.magnetic_dipole, noise, decimals[1], magnetic.step_scale);
+    // The levers in the sums of the magnetic dipole make errors of its steps look small.
+    const double step_scale = std::max(velocity.step_scale, magnetic.step_scale);
+    add_noise(of.magnetic_dipole, noise, decimals[1], step_scale);
     // The noise of xx = 2 x d/dx is larger than that of xy = x d/dy + y d/dx.
-    add_noise(of.velocity_quadrupole, std::numbers::sqrt2 * noise, decimals[2], 1);
+    add_noise(of.velocity_quadrupole, std::numbers::sqrt2 * noise, decimals[2], step_scale);
 }
 
 }  // namespace sgn

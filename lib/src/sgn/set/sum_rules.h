@@ -13,7 +13,7 @@
 namespace sgn {
 
 /// The mean square of the residues of the dipole in units of their uncertainties beyond which its
-/// sums fail. Of right sets one in a hundred is beyond TODO.
+/// sums fail. Of right sets one in a hundred is beyond 3.3.
 inline constexpr double largest_mean_square = 4;
 
 /// Values that are more uncertain than their digits tell, by up to so much (standard deviation,
@@ -53,8 +53,10 @@ struct sum_rules {
     table rotation;                 ///< 3 x components: axis l, component k (au, per radian)
     table translation_uncertainty;  ///< of each, from rounding, noise and step
     table rotation_uncertainty;
-    double noise = 0;       ///< beyond the rounding, of every value (standard deviation, au)
-    double step_scale = 1;  ///< by how much the errors of the steps are larger than estimated
+    double noise = 0;  ///< beyond the rounding, of every value (standard deviation, au)
+    /// What the errors of the steps of the derivatives are as a part of those estimated from the
+    /// derivatives nearby: more than 1 or less, if the sums tell.
+    double step_scale = 1;
 
     std::size_t sums = 0;        ///< how many there are: 18 for the dipole of a molecule off a line
     double chi2 = 0;             ///< sum over all of (residue / uncertainty)^2

@@ -111,4 +111,43 @@ explanation residue_errors::explain(std::span<const double> residues) const {
     return found;
 }
 
+double step_scale_of(std::span<const residue_variance> variances, std::span<const double> residues,
+                     const explanation& by) {
+    // Errors of the steps are neither Gaussian nor independent: all residues tell what so many of
+    // them would if they were.
+    constexpr double weight = 0.2;
+    // Molecules differ by a factor of two about this.
+    constexpr double usual = 0.6;
+    constexpr double spread = 0.7;
+    const double smallest = std::log(0.02);
+    const double largest = std::log(largest_step_scale);
+    constexpr int attempts = 60;
+    std::vector<double> scales;
+    std::vector<double> costs;
+    for (int i = 0; i <= attempts; ++i) {
+        const double logarithm = smallest + (largest - smallest) * i / attempts;
+        const double scale = std::exp(logarithm);
+        double cost = 0;
+        for (std::size_t r = 0; r < residues.size(); ++r) {
+            const double variance =
+                by.noise * variances[r].rounding + scale * scale * variances[r].step;
+            cost += residues[r] * residues[r] / variance + std::log(variance);
+        }
+        scales.push_back(scale);
+        costs.push_back(weight * cost + std::pow((logarithm - std::log(usual)) / spread, 2));
+    }
+    // The mean of its square over all that is likely.
+    const double least = *std::ranges::min_element(costs);
+    double total = 0;
+    double squares = 0;
+    for (std::size_t i = 0; i < costs.size(); ++i) {
+        const double likelihood = std::exp((least - costs[i]) / 2);
+        total += likelihood;
+        squares += likelihood * scales[i] * scales[i];
+    }
+    const double scale = std::sqrt(squares / total);
+    if (!std::isfinite(scale)) return 1;
+    return by.step > 1 ? std::max(scale, std::sqrt(by.step)) : scale;
+}
+
 }  // namespace sgn

@@ -51,4 +51,9 @@ class residue_errors {
     std::vector<attempt> attempts_;  // the first without noise and with steps as they usually are
 };
 
+/// What the errors of the steps are as a part of those estimated, more or less, as the residues
+/// tell that `by` explains.
+double step_scale_of(std::span<const residue_variance> variances, std::span<const double> residues,
+                     const explanation& by);
+
 }  // namespace sgn
