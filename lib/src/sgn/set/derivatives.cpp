@@ -221,18 +221,20 @@ Eigen::MatrixXd step_errors(const derivatives& by, const Eigen::Ref<const Eigen:
                             const Eigen::MatrixXd& all, quantity of) {
     const Eigen::MatrixXd nearby = largest_of_three(largest_of_three(all, true), false);
     Eigen::MatrixXd own = all;
-    for (Eigen::Index c = 0; c < own.rows() && of == quantity::forces; ++c) {
-        for (Eigen::Index k = 0; k < own.cols(); ++k) own(c, k) = nearby(c / 3, k / 3);
+    if (of == quantity::forces) {
+        for (Eigen::Index c = 0; c < own.rows(); ++c) {
+            for (Eigen::Index k = 0; k < own.cols(); ++k) own(c, k) = nearby(c / 3, k / 3);
+        }
     }
-    Eigen::MatrixXd squares = product(view(by.step_squares), own.cwiseAbs2());
-    const Eigen::MatrixXd of_atoms = product(view(by.atom_step_squares), nearby.cwiseAbs2());
-    for (Eigen::Index k = 0; k < all.cols(); ++k) squares.col(k) += of_atoms.col(k / 3);
+    // The same for three components.
+    Eigen::MatrixXd shared = product(view(by.atom_step_squares), nearby.cwiseAbs2());
     if (by.measured_steps.rows > 0) {
         const Eigen::MatrixXd change =
             largest_of_three(product(view(by.measured_steps), values), false);
-        const Eigen::MatrixXd left = product(view(by.measured_squares), change.cwiseAbs2());
-        for (Eigen::Index k = 0; k < all.cols(); ++k) squares.col(k) += left.col(k / 3);
+        shared += product(view(by.measured_squares), change.cwiseAbs2());
     }
+    Eigen::MatrixXd squares = product(view(by.step_squares), own.cwiseAbs2());
+    for (Eigen::Index k = 0; k < all.cols(); ++k) squares.col(k) += shared.col(k / 3);
     return squares.cwiseSqrt();
 }
 
